@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# Flags that every target shares.
+
+# Printed bytes depend on the last bit of single-precision results. Compilers
+# fuse multiply and add on arm64 unless told otherwise, and then pages change.
+add_compile_options(-ffp-contract=off)
+
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wdouble-promotion
+  -Wformat=2 -Wnon-virtual-dtor)
+
+if(WREN_WERROR)
+  add_compile_options(-Werror)
+endif()
