@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Runs a fuzz target over the files of its corpus, without a fuzzer, so that
+// every ordinary test run tries each of them again.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<fs::path> filesOf(const fs::path& folder) {
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+bool replay(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  if (!in) return false;
+  const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
+  // The name comes first, so that a crash shows which input it was.
+  std::printf("%s\n", file.filename().c_str());
+  std::fflush(stdout);
+  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: %s corpus-folder\n", argv[0]);
+    return 2;
+  }
+  std::error_code missing;
+  if (!fs::is_directory(argv[1], missing)) {
+    std::fprintf(stderr, "%s is not a folder\n", argv[1]);
+    return 2;
+  }
+  const std::vector<fs::path> files = filesOf(argv[1]);
+  if (files.empty()) {
+    std::fprintf(stderr, "%s holds no inputs\n", argv[1]);
+    return 2;
+  }
+  const bool all = std::all_of(files.begin(), files.end(), replay);
+  return all ? 0 : 1;
+}
