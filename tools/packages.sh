@@ -1,0 +1,103 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# What each job needs from the system, and the one place that installs it.
+
+# Debian packages by purpose; need() takes the names of these lists.
+declare -rA DEBIAN_PACKAGES=(
+  [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
+           libpng-dev libcli11-dev"
+  [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
+  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools git"
+  [libcxx]="clang libc++-dev libc++abi-dev googletest"
+  [coverage]="gcovr"
+)
+
+# Homebrew's names for the same; the system brings CUPS itself.
+declare -rA BREW_PACKAGES=(
+  [build]="cmake ninja libpng cli11 pkg-config"
+  [chain]="ghostscript poppler"
+  [test]="googletest imagemagick zbar git"
+  [libcxx]=""
+  [coverage]="gcovr"
+)
+
+# need PURPOSE...: makes sure that the packages for these purposes are there.
+# When nothing is missing this costs one query.
+need() {
+  if command -v dpkg-query >/dev/null; then
+    need_debian "$@"
+  elif [[ $(uname) == Darwin ]]; then
+    need_brew "$@"
+  else
+    note "this is neither Debian nor a Mac: install by hand what $* needs (tools/packages.sh)"
+  fi
+}
+
+need_debian() {
+  local purpose wanted=() missing=()
+  for purpose in "$@"; do
+    read -r -d '' -a wanted < <(printf '%s %s\0' "${wanted[*]}" "${DEBIAN_PACKAGES[$purpose]}") || true
+  done
+  mapfile -t missing < <(missing_debian "${wanted[@]}")
+  ((${#missing[@]} == 0)) || install_debian "${missing[@]}"
+}
+
+# Prints those of the named packages that are not installed.
+missing_debian() {
+  local installed
+  installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "$@" 2>/dev/null |
+    sed -n 's/^installed //p') || true
+  comm -23 <(printf '%s\n' "$@" | sort -u) <(sort -u <<<"$installed")
+}
+
+install_debian() {
+  local log
+  log=$(mktemp)
+  note "installing Debian packages: $*"
+  if ! have_package_lists || ! apt_get install "$@" >"$log" 2>&1; then
+    note "fetching the package lists"
+    apt_get update >"$log" 2>&1 || fail_install "$log" "the package lists cannot be fetched"
+    apt_get install "$@" >"$log" 2>&1 || fail_install "$log" "the packages cannot be installed"
+  fi
+  rm -f "$log"
+}
+
+fail_install() {
+  tail -n 5 "$1" >&2
+  fail "$STATUS_SETUP" "$2; the whole log is in $1"
+}
+
+have_package_lists() { compgen -G '/var/lib/apt/lists/*Packages*' >/dev/null; }
+
+# apt_get VERB [PACKAGE...]: as root, asking nothing.
+apt_get() {
+  local verb=$1
+  shift
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y --no-install-recommends \
+    -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300 "$verb" "$@" </dev/null
+}
+
+as_root() {
+  if ((EUID == 0)); then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    fail "$STATUS_SETUP" "this needs root, and there is no sudo: $*"
+  fi
+}
+
+need_brew() {
+  command -v brew >/dev/null || fail "$STATUS_SETUP" "Homebrew is missing: see https://brew.sh"
+  local purpose package missing=()
+  for purpose in "$@"; do
+    for package in ${BREW_PACKAGES[$purpose]}; do
+      brew list --versions "$package" >/dev/null || missing+=("$package")
+    done
+  done
+  ((${#missing[@]} == 0)) && return
+  note "installing with Homebrew: ${missing[*]}"
+  brew install -q "${missing[@]}" >&2 || fail "$STATUS_SETUP" "Homebrew could not install them"
+}

@@ -1,0 +1,22 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# What the front door says, and the statuses it ends with.
+
+# shellcheck disable=SC2034 # used by those who source this
+readonly STATUS_FAILED=1 STATUS_USAGE=2 STATUS_DOCUMENT=3 STATUS_SETUP=4
+
+say() { printf '%s\n' "$*"; }
+
+note() { printf 'wren: %s\n' "$*" >&2; }
+
+# fail STATUS TEXT: one line, then the end.
+fail() {
+  local status=$1
+  shift
+  note "$*"
+  exit "$status"
+}
+
+fail_usage() { fail "$STATUS_USAGE" "$*"; }

@@ -1,0 +1,43 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# ./wren test
+
+test_command() {
+  case ${1:-} in
+    "") need build chain test && test_preset dev ;;
+    --all) test_all ;;
+    --preset) need build chain test && test_preset "${2:?--preset wants a name}" ;;
+    *) fail_usage "test has no argument '$1'" ;;
+  esac
+}
+
+test_all() {
+  need build chain test libcxx coverage
+  local preset
+  for preset in dev asan clang coverage; do
+    say "== $preset"
+    test_preset "$preset"
+  done
+  coverage_report
+}
+
+# Prints ctest's own closing lines; its whole output only when a test failed.
+test_preset() {
+  local preset=$1 log=$WREN_ROOT/build/$1-tests.log
+  build "$preset"
+  if (cd "$WREN_ROOT" && ctest --preset "$preset") >"$log" 2>&1; then
+    sed -n '/% tests passed/,$p' "$log"
+  else
+    cat "$log" >&2
+    fail "$STATUS_FAILED" "tests failed; the whole log is in $log"
+  fi
+}
+
+coverage_report() {
+  local folder
+  (cd "$WREN_ROOT" && for folder in common bitmap stencil printer filter escpos; do
+    [[ -d $folder ]] && printf -- '--filter=%s/ ' "$folder"
+  done) | (cd "$WREN_ROOT" && xargs gcovr --root . build/coverage)
+}

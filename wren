@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# The one front door. Each command sets up what it needs and is missing, builds
+# below build/ and does its work; "./wren help" lists them.
+#
+# A new command is a function in a file of tools/, a row in the case table
+# below, and a line in usage().
+set -euo pipefail
+
+WREN_ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+readonly WREN_ROOT
+
+# shellcheck source=tools/say.sh
+source "$WREN_ROOT/tools/say.sh"
+# shellcheck source=tools/packages.sh
+source "$WREN_ROOT/tools/packages.sh"
+# shellcheck source=tools/build.sh
+source "$WREN_ROOT/tools/build.sh"
+# shellcheck source=tools/print.sh
+source "$WREN_ROOT/tools/print.sh"
+# shellcheck source=tools/test.sh
+source "$WREN_ROOT/tools/test.sh"
+
+usage() {
+  cat <<'TEXT'
+Usage: ./wren COMMAND [ARGUMENTS]
+
+  print FILE [-n COPIES] [-o NAME=VALUE]... [--paper 58|80|112]
+             [--out FILE.prn] [--raster FILE.ras]
+        Turns a PDF, PNG, JPEG or text file into printer bytes. No queue, no
+        root and no running scheduler needed. --raster also keeps the pages
+        that the filter was given.
+  test [--all | --preset NAME]
+        Builds with warnings as errors and runs every test. --all adds the
+        sanitizers, clang with libc++, and coverage; --preset runs the tests of
+        one preset of CMakePresets.json.
+  help
+        This list.
+
+Exit status: 0 done; 1 it was tried and failed; 2 wrong usage; 3 the document
+cannot be used; 4 a needed package or the build is missing.
+TEXT
+}
+
+main() {
+  local command=${1:-help}
+  shift || true
+  case $command in
+    print) print_command "$@" ;;
+    test) test_command "$@" ;;
+    help | -h | --help) usage ;;
+    *) fail_usage "unknown command '$command'; ./wren help lists them" ;;
+  esac
+}
+
+main "$@"
