@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// wren-bench-floor job-id user title copies options file
+//
+// What printing costs when it computes nothing: takes a filter's arguments, opens
+// and marks the PPD, reads the raster with CUPS, measures the blank edges, and
+// writes as many bytes to standard output and to the two images of a page as the
+// filter does, each in one write. No page is halftoned: what comes out is not
+// printable. The time of a filter is stated as a multiple of this program's.
+#include <cups/ppd.h>
+#include <cups/raster.h>
+#include <fcntl.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kPrologueBytes = 64 + 2 + 8 + 3;
+constexpr std::size_t kEpilogueBytes = 8 + 2;
+constexpr std::size_t kGreyHeaderBytes = 54 + 1024;
+constexpr std::size_t kDotHeaderBytes = 54 + 8;
+constexpr const char* kFolder = "/var/spool/cups/tmp/";
+
+// Memory that only grows, so that every page after the first finds its pages mapped.
+struct Buffer {
+  unsigned char* bytes = nullptr;
+  std::size_t size = 0;
+
+  unsigned char* atLeast(std::size_t wanted) {
+    if (wanted > size) {
+      std::free(bytes);
+      bytes = static_cast<unsigned char*>(std::malloc(wanted));
+      size = wanted;
+    }
+    return bytes;
+  }
+};
+
+struct Trim {
+  std::size_t first;
+  std::size_t rows;
+};
+
+bool isBlank(const unsigned char* row, std::size_t count) {
+  return row[0] == 0 && std::memcmp(row, row + 1, count - 1) == 0;
+}
+
+Trim measure(const unsigned char* page, std::size_t pitch, std::size_t columns, std::size_t rows) {
+  std::size_t end = rows;
+  while (end > 0 && isBlank(page + (end - 1) * pitch, columns)) --end;
+  if (end == 0) return {0, rows};
+  std::size_t first = 0;
+  while (first + 1 < end && isBlank(page + (first + 1) * pitch, columns)) ++first;
+  return {first, end - first};
+}
+
+void put(int descriptor, const unsigned char* bytes, std::size_t count) {
+  if (write(descriptor, bytes, count) != static_cast<ssize_t>(count)) std::exit(1);
+}
+
+void writeImage(const char* kind, int number, std::size_t headerBytes, unsigned char* pixels,
+                std::size_t count) {
+  static unsigned char header[kGreyHeaderBytes];
+  char name[128];
+  std::snprintf(name, sizeof name, "%s%s_%d.bmp", kFolder, kind, number);
+  const int descriptor = open(name, O_RDWR | O_CREAT | O_TRUNC, 0666);
+  if (descriptor == -1) return;
+  iovec parts[] = {{header, headerBytes}, {pixels, count}};
+  if (writev(descriptor, parts, 2) != static_cast<ssize_t>(headerBytes + count)) std::exit(1);
+  close(descriptor);
+}
+
+double maxMediaWidth(const char* options) {
+  ppd_file_t* ppd = ppdOpenFile(std::getenv("PPD"));
+  if (ppd == nullptr) std::exit(1);
+  ppdMarkDefaults(ppd);
+  cups_option_t* list = nullptr;
+  const int count = cupsParseOptions(options, 0, &list);
+  cupsMarkOptions(ppd, count, list);
+  cupsFreeOptions(count, list);
+  const ppd_attr_t* attribute = ppdFindAttr(ppd, "MaxMediaWidth", nullptr);
+  const double points =
+      attribute != nullptr && attribute->value != nullptr ? std::atof(attribute->value) : 0.0;
+  ppdClose(ppd);
+  return points;
+}
+
+// The bytes of the bands of a page and of the commands around them.
+std::size_t printerBytes(std::size_t columns, std::size_t rows) {
+  const std::size_t bands = (rows + 7) / 8;
+  return 2 + bands * (5 + columns + 3) + 3;
+}
+
+void printPage(Buffer& page, Buffer& output, const cups_page_header2_t& header, double points,
+               int number) {
+  const std::size_t pitch = header.cupsBytesPerLine;
+  const auto printable = static_cast<std::size_t>(points / 72.0 * header.HWResolution[0]);
+  const std::size_t columns = printable > 0 && pitch > printable ? printable : pitch;
+  if (columns < pitch) {
+    for (std::size_t y = 0; y < header.cupsHeight; ++y) {
+      unsigned char* row = page.bytes + y * pitch;
+      std::memmove(row, row + (pitch - columns) / 2, columns);
+    }
+  }
+  const Trim trim = measure(page.bytes, pitch, columns, header.cupsHeight);
+  writeImage("origin", 2 * number, kGreyHeaderBytes, page.bytes, pitch * header.cupsHeight);
+  const std::size_t dotRowBytes = (pitch + 31) / 32 * 4;
+  const std::size_t outputBytes = printerBytes(columns, trim.rows);
+  unsigned char* bytes = output.atLeast(outputBytes + dotRowBytes * trim.rows);
+  writeImage("dithered", 2 * number + 1, kDotHeaderBytes, bytes, dotRowBytes * trim.rows);
+  put(STDOUT_FILENO, bytes, outputBytes);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 7) {
+    std::fprintf(stderr, "Usage: %s job-id user title copies options file\n", argv[0]);
+    return 2;
+  }
+  const int input = open(argv[6], O_RDONLY);
+  if (input == -1) return 1;
+  const double points = maxMediaWidth(argv[5]);
+  static const unsigned char commands[kPrologueBytes] = {};
+  put(STDOUT_FILENO, commands, kPrologueBytes);
+  cups_raster_t* stream = cupsRasterOpen(input, CUPS_RASTER_READ);
+  cups_page_header2_t header;
+  Buffer page;
+  Buffer output;
+  int pages = 0;
+  while (cupsRasterReadHeader2(stream, &header) != 0) {
+    const unsigned size = header.cupsHeight * header.cupsBytesPerLine;
+    if (cupsRasterReadPixels(stream, page.atLeast(size), size) == 0) break;
+    printPage(page, output, header, points, pages++);
+  }
+  put(STDOUT_FILENO, commands, kEpilogueBytes);
+  cupsRasterClose(stream);
+  close(input);
+  return pages > 0 ? 0 : 1;
+}

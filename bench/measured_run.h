@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Runs one program at a time and measures what it used. All runs happen in a
+// mount namespace of their own in which /var/spool is an empty tmpfs, so that
+// the images written for every page cost every program the same and leave
+// nothing behind. Linux only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// What one run of a program used and left.
+struct Usage {
+  double cpuMs = 0;         ///< user and system time, milliseconds
+  double peakMiB = 0;       ///< largest resident set, MiB
+  long long outBytes = 0;   ///< bytes on standard output
+  long long fileBytes = 0;  ///< bytes of all files in the spool's temporary folder
+  int status = 0;           ///< exit status, or 128 + the signal that ended it
+};
+
+/// A command line with the PPD that the program is given.
+struct Command {
+  std::string program;
+  std::string ppd;
+  std::string options;  ///< the job options, argument 5 of a CUPS filter
+  std::string raster;   ///< the input file, argument 6
+};
+
+/// Moves this process into its own mount namespace with an empty tmpfs on
+/// /var/spool that holds cups/tmp/. Returns an empty text or what went wrong.
+std::string enterPrivateSpool();
+
+/// Runs `command` with standard output in a file on the tmpfs and messages
+/// thrown away, waits for it, and empties the folder again.
+Usage measure(const Command& command);
+
+/// The middle value (the mean of the middle two); `values` must not be empty.
+double median(std::vector<double> values);
+
+}  // namespace bench
