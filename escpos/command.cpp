@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "escpos/command.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cinttypes>
+#include <cstdio>
+
+namespace escpos {
+namespace {
+
+constexpr std::uint8_t kNulByte = 0x00;
+constexpr std::uint8_t kEsc = 0x1B;
+constexpr std::uint8_t kGs = 0x1D;
+constexpr std::uint8_t kUs = 0x1F;
+
+// The part of the buzzer set-up that never changes; one more byte says on or off.
+constexpr std::array<std::uint8_t, 7> kBuzzerSetupStart = {kUs, kEsc, kUs, 'B', 'e', 'e', 'p'};
+
+// Commands of ESC and a letter whose length does not depend on what follows.
+struct PlainCommand {
+  std::uint8_t letter;
+  std::size_t length;
+  CommandKind kind;
+};
+
+constexpr std::array<PlainCommand, 7> kPlainCommands = {{
+    {'@', 2, CommandKind::kInitialise},
+    {'<', 2, CommandKind::kHome},
+    {'v', 2, CommandKind::kStatusRequest},
+    {'J', 3, CommandKind::kFeed},
+    {'U', 3, CommandKind::kDirection},
+    {'B', 4, CommandKind::kBeep},
+    {'p', 5, CommandKind::kDrawerPulse},
+}};
+
+const PlainCommand* plainCommand(std::uint8_t letter) {
+  const auto found = std::find_if(kPlainCommands.begin(), kPlainCommands.end(),
+                                  [&](const PlainCommand& c) { return c.letter == letter; });
+  return found == kPlainCommands.end() ? nullptr : &*found;
+}
+
+bool isZeroOrOne(std::uint8_t byte) {
+  return byte <= 1;
+}
+
+Measure measureBitImage(std::span<const std::uint8_t> start) {
+  if (start.size() < 3) return {true, 3};
+  if (!isZeroOrOne(start[2])) return {};
+  if (start.size() < kBitImageHeaderBytes) return {true, kBitImageHeaderBytes};
+  const std::size_t columns = start[3] + 256U * start[4];
+  return {true, kBitImageHeaderBytes + columns};
+}
+
+Measure measureEscape(std::span<const std::uint8_t> start) {
+  if (start.size() < 2) return {true, 2};
+  if (start[1] == '*') return measureBitImage(start);
+  const PlainCommand* plain = plainCommand(start[1]);
+  if (plain == nullptr) return {};
+  const bool badConnector =
+      plain->kind == CommandKind::kDrawerPulse && start.size() > 2 && !isZeroOrOne(start[2]);
+  return badConnector ? Measure{} : Measure{true, plain->length};
+}
+
+Measure measureCut(std::span<const std::uint8_t> start) {
+  if (start.size() > 1 && start[1] != 'V') return {};
+  if (start.size() > 2 && !isZeroOrOne(start[2])) return {};
+  return {true, 3};
+}
+
+Measure measureBuzzerSetup(std::span<const std::uint8_t> start) {
+  const std::size_t common = std::min(start.size(), kBuzzerSetupStart.size());
+  if (!std::equal(start.begin(), start.begin() + common, kBuzzerSetupStart.begin())) return {};
+  return {true, kBuzzerSetupStart.size() + 1};
+}
+
+std::string number(std::uint64_t value) {
+  return std::to_string(value);
+}
+
+std::string counted(std::uint64_t count, const std::string& noun) {
+  return number(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string describeBitImage(const Command& command) {
+  unsigned dots = 0;
+  for (const std::uint8_t column : columnsOf(command)) {
+    dots += static_cast<unsigned>(std::popcount(column));
+  }
+  const std::string density = columnWidthDots(command) == 2 ? "single" : "double";
+  return "bit image, " + density + " density, " + counted(columnsOf(command).size(), "column") +
+         ", " + counted(dots, "dot");
+}
+
+std::string describeFeed(unsigned units) {
+  const std::string half = units % 2 == 0 ? "" : " and a half";
+  return "print and feed " + counted(units, "unit") + " (" + number(units / 2) + half + " rows)";
+}
+
+std::string describeDrawerPulse(std::span<const std::uint8_t> bytes) {
+  return "drawer pulse on connector " + number(bytes[2]) + ", " + number(2U * bytes[3]) +
+         " ms on, " + number(2U * bytes[4]) + " ms off";
+}
+
+std::string describeBuzzerSetup(unsigned value) {
+  if (value == 6) return "buzzer off";
+  if (value == 8) return "buzzer on";
+  return "buzzer set-up " + number(value);
+}
+
+std::string hexBytes(std::span<const std::uint8_t> bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+// The bytes column of a listing: what a reader wants to see of them.
+std::string shownBytes(const Command& command) {
+  const std::span<const std::uint8_t> bytes = command.bytes;
+  const std::size_t shown = std::min(
+      bytes.size(), command.kind == CommandKind::kBitImage ? kBitImageHeaderBytes : std::size_t{8});
+  const std::string hex = hexBytes(bytes.first(shown));
+  return command.length > shown ? hex + " .." : hex;
+}
+
+}  // namespace
+
+Measure measureCommand(std::span<const std::uint8_t> start) {
+  if (start.empty()) return {true, 1};
+  switch (start[0]) {
+    case kNulByte:
+      return {true, 1};
+    case kEsc:
+      return measureEscape(start);
+    case kGs:
+      return measureCut(start);
+    case kUs:
+      return measureBuzzerSetup(start);
+    default:
+      return {};
+  }
+}
+
+CommandKind kindOf(std::span<const std::uint8_t> bytes) {
+  if (bytes[0] == kNulByte) return CommandKind::kNul;
+  if (bytes[0] == kGs) return CommandKind::kCut;
+  if (bytes[0] == kUs) return CommandKind::kBuzzerSetup;
+  const PlainCommand* plain = plainCommand(bytes[1]);
+  return plain == nullptr ? CommandKind::kBitImage : plain->kind;
+}
+
+std::span<const std::uint8_t> columnsOf(const Command& bitImage) {
+  return std::span<const std::uint8_t>(bitImage.bytes).subspan(kBitImageHeaderBytes);
+}
+
+std::uint32_t columnWidthDots(const Command& bitImage) {
+  return bitImage.bytes[2] == 0 ? 2 : 1;
+}
+
+std::string describe(const Command& command) {
+  const auto& bytes = command.bytes;
+  switch (command.kind) {
+    case CommandKind::kNul:
+      return counted(command.length, "zero byte");
+    case CommandKind::kInitialise:
+      return "initialise the printer";
+    case CommandKind::kHome:
+      return "print head home, a page begins";
+    case CommandKind::kBitImage:
+      return describeBitImage(command);
+    case CommandKind::kFeed:
+      return describeFeed(bytes[2]);
+    case CommandKind::kCut:
+      return bytes[2] == 0 ? "full cut" : "partial cut";
+    case CommandKind::kDrawerPulse:
+      return describeDrawerPulse(bytes);
+    case CommandKind::kDirection:
+      return (bytes[2] & 1) != 0 ? "unidirectional printing on" : "unidirectional printing off";
+    case CommandKind::kBeep:
+      return "beep " + counted(bytes[2], "time") + ", on-time " + number(bytes[3]);
+    case CommandKind::kBuzzerSetup:
+      return describeBuzzerSetup(bytes[7]);
+    case CommandKind::kStatusRequest:
+      return "ask for the paper status";
+    case CommandKind::kUnknown:
+      return counted(command.length, "unknown byte");
+    case CommandKind::kTruncated:
+      return "the stream ends inside a command, after " + counted(command.length, "byte") +
+             " of it";
+  }
+  return {};
+}
+
+std::string listingLine(const Command& command) {
+  char place[48];
+  std::snprintf(place, sizeof place, "%10" PRIu64 " %8" PRIX64 "  ", command.offset,
+                command.offset);
+  std::string bytes = shownBytes(command);
+  bytes.resize(std::max<std::size_t>(bytes.size(), 26), ' ');
+  return place + bytes + "  " + describe(command);
+}
+
+}  // namespace escpos

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "escpos/virtual_printer.h"
+
+#include <gtest/gtest.h>
+
+#include "escpos/reader.h"
+#include "tests/escpos/streams.h"
+
+namespace {
+
+using escpos::MarkKind;
+using escpos::PaperLimits;
+using escpos::readAll;
+using escpos::Reading;
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::repeat;
+using streams::operator+;
+
+// The paper as text, one line per raster row.
+std::string drawn(const escpos::Paper& paper) {
+  std::string text;
+  std::vector<std::uint8_t> dots(paper.widthDots);
+  for (std::uint64_t row = 0; row < paper.allRows().end; ++row) {
+    escpos::renderRow(paper, row, dots);
+    for (const std::uint8_t dot : dots) text += dot != 0 ? '#' : '.';
+    text += '\n';
+  }
+  return text;
+}
+
+std::string problemsOf(const Reading& reading) {
+  std::string text;
+  for (const auto& problem : reading.problems) {
+    text += std::to_string(problem.offset) + ": " + problem.text + "; ";
+  }
+  return text;
+}
+
+TEST(VirtualPrinter, PrintsThirteenRowsInTwoBands) {
+  const Bytes page = hex("1B3C") + bitImage(1, hex("FF 80 01")) + feed(16) +
+                     bitImage(1, hex("08 F8 80")) + feed(10);
+  const Reading reading = readAll(page);
+  EXPECT_EQ(drawn(reading.paper),
+            "##.\n#..\n#..\n#..\n#..\n#..\n#..\n#.#\n"
+            ".##\n.#.\n.#.\n.#.\n##.\n");
+  EXPECT_EQ(reading.paper.lengthUnits, 26u);
+  EXPECT_EQ(problemsOf(reading), "");
+}
+
+TEST(VirtualPrinter, FeedsEightRowsAtTheEndOfAPage) {
+  EXPECT_EQ(readAll(hex("1B4A10")).paper.allRows().end, 8u);
+}
+
+TEST(VirtualPrinter, DrawsAColumnOfSingleDensityTwiceAsWide) {
+  EXPECT_EQ(drawn(readAll(bitImage(0, hex("80 40 80")) + feed(4)).paper), "##..##\n..##..\n");
+  EXPECT_EQ(drawn(readAll(bitImage(1, hex("80 40 80")) + feed(4)).paper), "#.#\n.#.\n");
+}
+
+TEST(VirtualPrinter, SetsBitImagesOfOneLineSideBySide) {
+  EXPECT_EQ(drawn(readAll(bitImage(1, hex("8080")) + bitImage(0, hex("40")) + feed(4)).paper),
+            "##..\n..##\n");
+}
+
+TEST(VirtualPrinter, PrintsOverALineThatWasNotFed) {
+  const Bytes stream = bitImage(1, hex("80")) + feed(0) + bitImage(1, hex("0080")) + feed(2);
+  EXPECT_EQ(drawn(readAll(stream).paper), "##\n");
+}
+
+TEST(VirtualPrinter, ShowsTheDotsBelowATooShortFeed) {
+  EXPECT_EQ(drawn(readAll(bitImage(1, hex("90")) + feed(2)).paper), "#\n.\n.\n#\n");
+}
+
+TEST(VirtualPrinter, CountsAHalfRowAtTheEndAsARow) {
+  EXPECT_EQ(readAll(feed(3)).paper.lengthUnits, 3u);
+  EXPECT_EQ(readAll(feed(3)).paper.allRows().end, 2u);
+}
+
+TEST(VirtualPrinter, NotesCutsPulsesAndBeepsWhereTheyHappen) {
+  const Bytes stream = hex("1B42 0301") + hex("1B3C") + feed(16) + hex("1D5601") + feed(48) +
+                       hex("1D5600") + hex("1B70009632") + hex("1B420205");
+  const Reading reading = readAll(stream);
+  const auto& marks = reading.paper.marks;
+  ASSERT_EQ(marks.size(), 6u);
+  EXPECT_EQ(marks[0].kind, MarkKind::kBeep);
+  EXPECT_EQ(marks[0].atUnits, 0u);
+  EXPECT_EQ(marks[0].first, 3u);
+  EXPECT_EQ(marks[0].second, 1u);
+  EXPECT_EQ(marks[1].kind, MarkKind::kPage);
+  EXPECT_EQ(marks[1].offset, 4u);
+  EXPECT_EQ(marks[2].kind, MarkKind::kPartialCut);
+  EXPECT_EQ(marks[2].atUnits, 16u);
+  EXPECT_EQ(marks[3].kind, MarkKind::kFullCut);
+  EXPECT_EQ(marks[3].atUnits, 64u);
+  EXPECT_EQ(marks[4].kind, MarkKind::kDrawerPulse);
+  EXPECT_EQ(marks[4].first, 0u);
+  EXPECT_EQ(marks[4].second, 300u);
+  EXPECT_EQ(marks[5].kind, MarkKind::kBeep);
+  EXPECT_EQ(reading.totals.pages, 1u);
+  EXPECT_EQ(reading.totals.cuts, 2u);
+  EXPECT_EQ(reading.totals.drawerPulses, 1u);
+  EXPECT_EQ(reading.totals.beeps, 5u);
+  EXPECT_EQ(reading.totals.problems, 0u);
+}
+
+TEST(VirtualPrinter, ReportsUnknownAndMissingBytesAndPrintsTheRest) {
+  const Reading reading =
+      readAll(feed(2) + hex("414243") + bitImage(1, hex("80")) + feed(2) + hex("1B2A01"));
+  EXPECT_EQ(problemsOf(reading),
+            "3: 3 unknown bytes; 15: the stream ends inside a command, after 3 bytes of it; ");
+  EXPECT_EQ(drawn(reading.paper), ".\n#\n");
+}
+
+TEST(VirtualPrinter, ReportsDotsThatAreNeverPrinted) {
+  EXPECT_EQ(problemsOf(readAll(feed(2) + bitImage(1, hex("80")))),
+            "3: dots that were not printed before the end of the stream; ");
+  EXPECT_EQ(problemsOf(readAll(bitImage(1, hex("80")) + hex("1B40") + feed(2))),
+            "0: dots that were not printed before an initialisation; ");
+  EXPECT_EQ(problemsOf(readAll(bitImage(1, {}))), "");
+}
+
+TEST(VirtualPrinter, LetsWideLinesFallOffThePaper) {
+  PaperLimits limits;
+  limits.widthDots = 3;
+  const Bytes line = bitImage(1, hex("80 80")) + bitImage(0, hex("80 80")) + bitImage(1, hex("80"));
+  const Reading reading = readAll(line + feed(2) + bitImage(1, hex("40")) + feed(4), limits);
+  EXPECT_EQ(drawn(reading.paper), "##\n..\n#.\n");
+  EXPECT_EQ(problemsOf(reading), "7: a line is wider than 3 dots, the rest is lost; ");
+}
+
+TEST(VirtualPrinter, StopsWhereThePaperEnds) {
+  PaperLimits limits;
+  limits.lengthUnits = 40;
+  const Bytes line = bitImage(1, hex("FF")) + feed(16);
+  const Reading reading = readAll(line + line + line + hex("1B3C"), limits);
+  EXPECT_EQ(reading.paper.lengthUnits, 32u);
+  EXPECT_EQ(reading.paper.stripes.size(), 2u);
+  EXPECT_EQ(problemsOf(reading), "24: the paper limit is reached, printing stops here; ");
+  EXPECT_EQ(reading.totals.pages, 0u);
+}
+
+TEST(VirtualPrinter, UsesThePaperUpToItsLastUnit) {
+  PaperLimits limits;
+  limits.lengthUnits = 32;
+  const Bytes line = bitImage(1, hex("FF")) + feed(16);
+  EXPECT_EQ(problemsOf(readAll(line + line, limits)), "");
+  EXPECT_NE(problemsOf(readAll(line + line + feed(1), limits)), "");
+}
+
+TEST(VirtualPrinter, StopsWhenTooManyDotsPileUp) {
+  PaperLimits limits;
+  limits.storedBytes = 1000;
+  const Bytes line = bitImage(1, repeat(300, 0xFF)) + feed(0);
+  const Reading reading = readAll(line + line + line + line, limits);
+  EXPECT_EQ(reading.paper.stripes.size(), 2u);
+  EXPECT_EQ(problemsOf(reading), "616: more dots than can be kept, printing stops here; ");
+}
+
+TEST(VirtualPrinter, StopsWhenTooMuchHappensInOnePlace) {
+  PaperLimits limits;
+  limits.marks = 2;
+  EXPECT_EQ(problemsOf(readAll(hex("1B3C 1D5600 1B3C 1D5600"), limits)),
+            "5: more than 2 pages, cuts, pulses and beeps, printing stops here; ");
+}
+
+TEST(VirtualPrinter, KeepsTheFirstProblemsAndCountsTheOthers) {
+  Bytes stream;
+  for (int i = 0; i < 250; ++i) stream = stream + hex("41 1B40");
+  const Reading reading = readAll(stream);
+  EXPECT_EQ(reading.problems.size(), escpos::VirtualPrinter::kKeptProblems);
+  EXPECT_EQ(reading.totals.problems, 250u);
+}
+
+TEST(Reader, TellsThatTheRestNeedNotBeFed) {
+  PaperLimits limits;
+  limits.lengthUnits = 2;
+  escpos::Reader reader(limits);
+  EXPECT_TRUE(reader.feed(feed(2)));
+  EXPECT_FALSE(reader.feed(feed(1)));
+  EXPECT_FALSE(reader.feed(feed(1)));
+  reader.finish();
+  EXPECT_EQ(reader.bytesTaken(), 6u);
+  EXPECT_EQ(reader.printer().totals().problems, 1u);
+}
+
+TEST(Pieces, EndAtCutsAndAtTheBeginningOfPages) {
+  const Bytes page = hex("1B3C") + bitImage(1, hex("FF")) + feed(16) + feed(16);
+  const auto ranges = [](const Bytes& stream) {
+    std::string text;
+    for (const auto& piece : escpos::pieces(readAll(stream).paper)) {
+      text += std::to_string(piece.first) + "-" + std::to_string(piece.end) + " ";
+    }
+    return text;
+  };
+  EXPECT_EQ(ranges(page), "0-16 ");
+  EXPECT_EQ(ranges(page + page), "0-16 16-32 ");
+  EXPECT_EQ(ranges(page + hex("1D5600") + page + hex("1D5600")), "0-16 16-32 ");
+  EXPECT_EQ(ranges(page + feed(16) + hex("1D5601")), "0-24 ");
+  EXPECT_EQ(ranges(hex("1D5600") + page + hex("1D5600") + feed(2)), "0-16 16-17 ");
+  EXPECT_EQ(ranges({}), "");
+}
+
+TEST(RenderRow, LeavesOutWhatIsRightOfTheDotsAskedFor) {
+  const Reading reading = readAll(bitImage(0, hex("80 80")) + feed(16));
+  std::vector<std::uint8_t> dots(3, 9);
+  escpos::renderRow(reading.paper, 0, dots);
+  EXPECT_EQ(dots, (std::vector<std::uint8_t>{1, 1, 1}));
+  escpos::renderRow(reading.paper, 1, dots);
+  EXPECT_EQ(dots, (std::vector<std::uint8_t>{0, 0, 0}));
+  escpos::renderRow(reading.paper, 1'000'000, dots);
+  EXPECT_EQ(dots, (std::vector<std::uint8_t>{0, 0, 0}));
+}
+
+}  // namespace
