@@ -22,6 +22,8 @@ source "$WREN_ROOT/tools/build.sh"
 source "$WREN_ROOT/tools/print.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
+# shellcheck source=tools/bench.sh
+source "$WREN_ROOT/tools/bench.sh"
 
 usage() {
   cat <<'TEXT'
@@ -36,6 +38,10 @@ Usage: ./wren COMMAND [ARGUMENTS]
         Builds with warnings as errors and runs every test. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json.
+  bench [--pairs N | --kernels [FLAGS]]
+        Compares the time and memory of the filter with a program that computes
+        nothing and with other printer filters (docs/PERFORMANCE.md), N times
+        each. --kernels times the inner loops alone.
   help
         This list.
 
@@ -50,6 +56,7 @@ main() {
   case $command in
     print) print_command "$@" ;;
     test) test_command "$@" ;;
+    bench) bench_command "$@" ;;
     help | -h | --help) usage ;;
     *) fail_usage "unknown command '$command'; ./wren help lists them" ;;
   esac

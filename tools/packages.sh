@@ -12,6 +12,7 @@ declare -rA DEBIAN_PACKAGES=(
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools git"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
+  [bench]="libbenchmark-dev"
 )
 
 # Homebrew's names for the same; the system brings CUPS itself.
@@ -21,6 +22,7 @@ declare -rA BREW_PACKAGES=(
   [test]="googletest imagemagick zbar git"
   [libcxx]=""
   [coverage]="gcovr"
+  [bench]="google-benchmark"
 )
 
 # need PURPOSE...: makes sure that the packages for these purposes are there.

@@ -1,0 +1,49 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# ./wren bench: the comparison that docs/PERFORMANCE.md explains.
+
+bench_command() {
+  case ${1:-} in
+    --kernels) shift && bench_kernels "$@" ;;
+    "" | --pairs) bench_filter "${2:-11}" ;;
+    *) fail_usage "bench has no argument '$1'" ;;
+  esac
+}
+
+# The times of the whole filter, as multiples of a program that computes nothing.
+bench_filter() {
+  local pairs=$1 bin=$WREN_ROOT/build/bench data=$WREN_ROOT/build/bench/data
+  [[ $pairs =~ ^[1-9][0-9]*$ ]] || fail_usage "--pairs wants a number"
+  need build chain bench
+  build bench
+  mkdir -p "$data"
+  "$bin/bench/wren-bench-rasters" "$data" || fail "$STATUS_FAILED" "the rasters cannot be written"
+  local peers=()
+  add_peer rastertoepson 1 epson9.ppd /usr/share/cups/drv/sample.drv
+  add_peer rastertoescpx 8 escpx.ppd "$WREN_ROOT/bench/peer.drv"
+  "$bin/bench/wren-bench-compare" --filter "$bin/filter/rastertowren" \
+    --floor "$bin/bench/wren-bench-floor" --ppd "$bin/ppd/wren112.ppd" --data "$data" \
+    --pairs "$pairs" "${peers[@]}" || fail "$STATUS_FAILED" "the comparison failed"
+}
+
+# add_peer NAME BITS PPD DRV: adds to `peers` if the filter is installed.
+add_peer() {
+  local program
+  program=$(cups-config --serverbin 2>/dev/null || echo /usr/lib/cups)/filter/$1
+  if [[ ! -x $program ]]; then
+    note "without $1: $program is not installed"
+  elif ! ppdc -d "$data" "$4" >/dev/null 2>&1 || [[ ! -f $data/$3 ]]; then
+    note "without $1: ppdc made no $3 of $4"
+  else
+    peers+=(--peer "$1" "$program" "$data/$3" "$2")
+  fi
+}
+
+# The kernels alone, beside the slow versions that the tests hold them to.
+bench_kernels() {
+  need build bench
+  build bench wren-bench-kernels
+  "$WREN_ROOT/build/bench/bench/wren-bench-kernels" "$@"
+}
