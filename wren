@@ -24,6 +24,8 @@ source "$WREN_ROOT/tools/print.sh"
 source "$WREN_ROOT/tools/test.sh"
 # shellcheck source=tools/bench.sh
 source "$WREN_ROOT/tools/bench.sh"
+# shellcheck source=tools/checks.sh
+source "$WREN_ROOT/tools/checks.sh"
 
 usage() {
   cat <<'TEXT'
@@ -35,13 +37,20 @@ Usage: ./wren COMMAND [ARGUMENTS]
         root and no running scheduler needed. --raster also keeps the pages
         that the filter was given.
   test [--all | --preset NAME]
-        Builds with warnings as errors and runs every test. --all adds the
+        Lints, builds with warnings as errors and runs every test. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json.
   bench [--pairs N | --kernels [FLAGS]]
         Compares the time and memory of the filter with a program that computes
         nothing and with other printer filters (docs/PERFORMANCE.md), N times
         each. --kernels times the inner loops alone.
+  lint
+        clang-tidy, cppcheck and shellcheck; part of test.
+  fuzz [TARGET] [SECONDS]
+        Feeds made-up input to one target of fuzz/, or to each of them.
+  mutate [--list] [--count N] [FOLDER...]
+        Makes small changes in the product code, one at a time, and shows which
+        of them the tests do not notice. Takes most of an hour.
   help
         This list.
 
@@ -57,6 +66,9 @@ main() {
     print) print_command "$@" ;;
     test) test_command "$@" ;;
     bench) bench_command "$@" ;;
+    lint) lint_command "$@" ;;
+    fuzz) fuzz_command "$@" ;;
+    mutate) mutate_command "$@" ;;
     help | -h | --help) usage ;;
     *) fail_usage "unknown command '$command'; ./wren help lists them" ;;
   esac

@@ -101,8 +101,9 @@ std::string describeFeed(unsigned units) {
 }
 
 std::string describeDrawerPulse(std::span<const std::uint8_t> bytes) {
-  return "drawer pulse on connector " + number(bytes[2]) + ", " + number(2U * bytes[3]) +
-         " ms on, " + number(2U * bytes[4]) + " ms off";
+  return "drawer pulse on connector " + number(bytes[2]) + ", " +
+         number(std::uint64_t{2} * bytes[3]) + " ms on, " + number(std::uint64_t{2} * bytes[4]) +
+         " ms off";
 }
 
 std::string describeBuzzerSetup(unsigned value) {

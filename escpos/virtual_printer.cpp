@@ -10,7 +10,7 @@
 namespace escpos {
 namespace {
 
-constexpr std::uint64_t kBandUnits = kBandRows * kUnitsPerRow;
+constexpr std::uint64_t kBandUnits = std::uint64_t{kBandRows} * kUnitsPerRow;
 
 // What the allocator adds to each stripe; without it a stream of one-column images would take
 // several times the memory that it is allowed.
@@ -25,7 +25,7 @@ std::uint64_t inkedUnits(const Stripe& stripe) {
   std::uint8_t used = 0;
   for (const std::uint8_t column : stripe.columns) used |= column;
   if (used == 0) return 0;
-  return (kBandRows - static_cast<std::uint32_t>(std::countr_zero(used))) * kUnitsPerRow;
+  return (kBandRows - static_cast<std::uint64_t>(std::countr_zero(used))) * kUnitsPerRow;
 }
 
 }  // namespace

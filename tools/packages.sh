@@ -13,6 +13,8 @@ declare -rA DEBIAN_PACKAGES=(
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
+  [lint]="clang-tidy cppcheck shellcheck"
+  [fuzz]="clang"
 )
 
 # Homebrew's names for the same; the system brings CUPS itself.
@@ -23,6 +25,8 @@ declare -rA BREW_PACKAGES=(
   [libcxx]=""
   [coverage]="gcovr"
   [bench]="google-benchmark"
+  [lint]="llvm cppcheck shellcheck"
+  [fuzz]="llvm"
 )
 
 # need PURPOSE...: makes sure that the packages for these purposes are there.

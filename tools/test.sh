@@ -6,7 +6,7 @@
 
 test_command() {
   case ${1:-} in
-    "") need build chain test && test_preset dev ;;
+    "") need build chain test lint && "$WREN_ROOT/tools/lint" && test_preset dev ;;
     --all) test_all ;;
     --preset) need build chain test && test_preset "${2:?--preset wants a name}" ;;
     *) fail_usage "test has no argument '$1'" ;;
@@ -14,7 +14,8 @@ test_command() {
 }
 
 test_all() {
-  need build chain test libcxx coverage
+  need build chain test lint libcxx coverage
+  "$WREN_ROOT/tools/lint"
   local preset
   for preset in dev asan clang coverage; do
     say "== $preset"
