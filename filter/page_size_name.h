@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Page sizes are named by their dimensions: X72D5MMY200MM is 72.5 wide and 200 high,
+// D standing for the decimal point and M for the letters of the unit.
+#pragma once
+
+struct PageSizeNumbers {
+  float width = 0.0F;
+  float height = 0.0F;
+};
+
+/// The numbers in a page size's name, in the unit of the name; 0 and 0 when the name
+/// does not follow the pattern or a number has more than 19 characters.
+/// @param name must not be null.
+PageSizeNumbers parsePageSizeName(const char* name);
