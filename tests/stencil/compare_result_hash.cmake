@@ -1,0 +1,25 @@
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# Builds result_hash_main.cpp and the stencil sources with one compiler and one
+# level of optimisation, runs it and compares its line with that of the build
+# under test.
+#   cmake -D COMPILER=g++ -D FLAGS=-O3 -D SOURCE_DIR=... -D WORK_DIR=... -D EXPECTED=<program>
+#         -P compare_result_hash.cmake
+find_program(compiler_path ${COMPILER} NO_CACHE)
+if(NOT compiler_path)
+  message("SKIPPED: ${COMPILER} is not installed")
+  return()
+endif()
+
+file(GLOB sources ${SOURCE_DIR}/stencil/*.cpp)
+file(MAKE_DIRECTORY ${WORK_DIR})
+execute_process(
+  COMMAND ${compiler_path} -std=c++20 -ffp-contract=off ${FLAGS} -I${SOURCE_DIR} ${sources}
+          ${SOURCE_DIR}/tests/stencil/result_hash_main.cpp -o ${WORK_DIR}/result_hash
+  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${WORK_DIR}/result_hash OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${EXPECTED} OUTPUT_VARIABLE expected COMMAND_ERROR_IS_FATAL ANY)
+if(NOT actual MATCHES "^[0-9a-f]+\n$" OR NOT actual STREQUAL expected)
+  message(FATAL_ERROR "${COMPILER} ${FLAGS} gives ${actual}instead of ${expected}")
+endif()
