@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Reads the debug images back, field by field.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace wren_test {
+
+struct BmpFile {
+  bool complete = false;  ///< the 54 header bytes are there and start with "BM"
+  std::uint32_t fileSize = 0;
+  std::uint32_t reserved = 0;
+  std::uint32_t pixelOffset = 0;
+  std::uint32_t infoSize = 0;
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  std::uint32_t planes = 0;
+  std::uint32_t bitsPerPixel = 0;
+  std::uint32_t compression = 0;
+  std::uint32_t imageSize = 0;
+  std::uint32_t resolutionX = 0;
+  std::uint32_t resolutionY = 0;
+  std::uint32_t coloursUsed = 0;
+  std::uint32_t coloursImportant = 0;
+  std::string palette;  ///< the bytes between header and pixels
+  std::string pixels;   ///< the bytes from pixelOffset on
+};
+
+BmpFile readBmp(const std::string& bytes);
+
+}  // namespace wren_test

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "tests/support/process.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+namespace wren_test {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A file without a name, closed on exec.
+int openNameless() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "wren-out-XXXXXX").string();
+  const int descriptor = mkostemp(pattern.data(), O_CLOEXEC | O_APPEND);
+  if (descriptor < 0) throw std::runtime_error("no temporary file");
+  unlink(pattern.c_str());
+  return descriptor;
+}
+
+std::string contentOf(int descriptor) {
+  std::string bytes;
+  char block[65536];
+  off_t at = 0;
+  for (ssize_t count = 0; (count = pread(descriptor, block, sizeof block, at)) > 0; at += count) {
+    bytes.append(block, static_cast<std::size_t>(count));
+  }
+  return bytes;
+}
+
+std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const auto& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+[[noreturn]] void becomeProgram(const ProcessSpec& spec, int input, int out, int err) {
+  dup2(input, 0);
+  dup2(out, 1);
+  dup2(err, 2);
+  std::signal(SIGPIPE, SIG_DFL);
+  if (!spec.workingFolder.empty() && chdir(spec.workingFolder.c_str()) != 0) _exit(126);
+  const auto arguments = pointersTo(spec.arguments);
+  const auto environment = pointersTo(spec.environment);
+  if (spec.beforeExec) spec.beforeExec();
+  execve(spec.program.c_str(), arguments.data(), environment.data());
+  _exit(127);
+}
+
+template <typename Condition>
+bool waitUntil(Condition condition, double seconds) {
+  const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+  while (!condition()) {
+    if (Clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+}  // namespace
+
+Process::Process(const ProcessSpec& spec) : timeoutSeconds(spec.timeoutSeconds) {
+  std::signal(SIGPIPE, SIG_IGN);
+  outDescriptor = openNameless();
+  errDescriptor = openNameless();
+  int ends[2] = {-1, -1};
+  if (spec.inputPath.empty()) {
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    inputDescriptor = ends[1];
+  } else {
+    ends[0] = open(spec.inputPath.c_str(), O_RDONLY | O_CLOEXEC);
+  }
+  pid = fork();
+  if (pid == 0) becomeProgram(spec, ends[0], outDescriptor, errDescriptor);
+  if (ends[0] >= 0) close(ends[0]);
+  if (pid < 0) throw std::runtime_error("fork failed");
+}
+
+Process::~Process() {
+  if (pid > 0) {
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+  }
+  closeInput();
+  close(outDescriptor);
+  close(errDescriptor);
+}
+
+void Process::feed(const std::string& bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = write(inputDescriptor, bytes.data() + done, bytes.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return;
+    done += static_cast<std::size_t>(count);
+  }
+}
+
+void Process::closeInput() {
+  if (inputDescriptor >= 0) close(inputDescriptor);
+  inputDescriptor = -1;
+}
+
+void Process::signal(int number) const {
+  if (pid > 0) kill(pid, number);
+}
+
+std::string Process::outSoFar() const {
+  return contentOf(outDescriptor);
+}
+
+std::string Process::errSoFar() const {
+  return contentOf(errDescriptor);
+}
+
+bool Process::waitForError(const std::string& text, double seconds) const {
+  return waitUntil([&] { return errSoFar().find(text) != std::string::npos; }, seconds);
+}
+
+bool Process::waitForOutput(std::size_t bytes, double seconds) const {
+  return waitUntil([&] { return lseek(outDescriptor, 0, SEEK_END) >= static_cast<off_t>(bytes); },
+                   seconds);
+}
+
+bool Process::hasEnded() {
+  if (pid < 0) return true;
+  int status = 0;
+  rusage usage = {};
+  if (wait4(pid, &status, WNOHANG, &usage) != pid) return false;
+  collect(status, usage.ru_maxrss);
+  return true;
+}
+
+void Process::collect(int status, long peakKilobytes) {
+  pid = -1;
+  if (WIFEXITED(status)) result.exitStatus = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+  result.peakKilobytes = peakKilobytes;
+}
+
+ProcessResult Process::finish() {
+  closeInput();
+  if (!waitUntil([this] { return hasEnded(); }, timeoutSeconds)) {
+    result.timedOut = true;
+    signal(SIGKILL);
+    waitUntil([this] { return hasEnded(); }, 10.0);
+  }
+  result.out = outSoFar();
+  result.err = errSoFar();
+  return result;
+}
+
+ProcessResult runProcess(const ProcessSpec& spec, const std::string& input) {
+  Process process(spec);
+  if (spec.inputPath.empty()) process.feed(input);
+  return process.finish();
+}
+
+}  // namespace wren_test
