@@ -5,23 +5,12 @@
 #include <algorithm>
 #include <vector>
 
+#include "printer/dot_kernels.h"
+
 namespace {
 
 constexpr unsigned long kRowsPerBand = 8;
 constexpr unsigned char kEscape = 0x1B;
-
-// The columns of a band: bit 7 is its top row; rows that a short band lacks give 0.
-void packColumns(const unsigned char* band, unsigned long rows, unsigned long stride,
-                 std::vector<unsigned char>& columns) {
-  std::fill(columns.begin(), columns.end(), static_cast<unsigned char>(0));
-  for (unsigned long row = 0; row < rows; ++row) {
-    const unsigned char* pixels = band + row * stride;
-    const auto bit = static_cast<unsigned char>(0x80U >> row);
-    for (unsigned long x = 0; x < columns.size(); ++x) {
-      columns[x] = static_cast<unsigned char>(columns[x] | (pixels[x] != 0 ? bit : 0));
-    }
-  }
-}
 
 }  // namespace
 
@@ -37,7 +26,7 @@ void DotMatrixEpPrinter::doPrintImage(const unsigned char* data, unsigned long /
   std::vector<unsigned char> columns(count);
   while (height > 0 && !isCancelled()) {
     const unsigned long rows = std::min(height, kRowsPerBand);
-    packColumns(data, rows, width, columns);
+    packColumns(data, static_cast<unsigned>(rows), width, columns.data(), count);
     printBytes(bandStart, sizeof bandStart);
     printBytes(columns.data(), count);
     // Printed output depends on the factor 2: the feed is in half dot rows.

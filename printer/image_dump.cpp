@@ -13,6 +13,7 @@
 
 #include "common/log.h"
 #include "common/own_file.h"
+#include "printer/dot_kernels.h"
 #include "printer/dump_names.h"
 #include "printer/wren_printer.h"
 
@@ -144,13 +145,7 @@ std::array<unsigned char, kBmpHeaderBytes> bmpHeader(unsigned long width, unsign
 
 void packDumpRow(const unsigned char* pixels, unsigned long count, unsigned char* row,
                  std::size_t rowBytes) {
-  const unsigned long bytes = std::min<unsigned long>((count + 7) / 8, rowBytes);
-  for (unsigned long j = 0; j < bytes; ++j) {
-    const unsigned long left = std::min<unsigned long>(count - 8 * j, 8);
-    unsigned bits = 0xFFU >> left;
-    for (unsigned long x = 0; x < left; ++x) bits |= pixels[8 * j + x] == 0 ? 0x80U >> x : 0;
-    row[j] = static_cast<unsigned char>(bits);
-  }
+  packWhiteBits(pixels, std::min<std::size_t>(count, 8 * rowBytes), row);
 }
 
 void writeDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel) {
