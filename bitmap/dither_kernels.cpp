@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "bitmap/dither_kernels.h"
+
+#include "bitmap/diffusion_plain.h"
+#include "bitmap/dither_tables.h"
+#include "bitmap/level_rows.h"
+#include "bitmap/threshold_cells.h"
+
+namespace {
+
+bool compare(const ThresholdCell& cell, const LevelRows& rows) {
+  ditherByThresholds(cell, rows);
+  return true;
+}
+
+}  // namespace
+
+bool ditherPage(std::int64_t method, const DitherPage& page, BitmapAllocator allocator) {
+  const LevelRows rows(page);
+  switch (ditherMethodOf(method)) {
+    case DitherMethod::kThreshold:
+      return compare(fixedThresholdCell(), rows);
+    case DitherMethod::kOrdered:
+      return compare(orderedCell(), rows);
+    case DitherMethod::kBayer:
+      return compare(bayerCell(), rows);
+    case DitherMethod::kBurkes:
+      return diffusePlain(kBurkes, rows, allocator);
+    case DitherMethod::kStucki:
+      return diffusePlain(kStucki, rows, allocator);
+    case DitherMethod::kJarvisJudiceNinke:
+      return diffusePlain(kJarvisJudiceNinke, rows, allocator);
+    case DitherMethod::kSierra:
+      return diffusePlain(kSierra, rows, allocator);
+    case DitherMethod::kStevensonArce:
+      return diffusePlain(kStevensonArce, rows, allocator);
+    case DitherMethod::kFloydSteinberg:
+      break;
+  }
+  return diffusePlain(kFloydSteinberg, rows, allocator);
+}

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// What the tests of the bitmap share: an image whose protected members can be
+// seen, allocation that fails on demand, and images written out as rows.
+
+#ifndef WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
+#define WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
+
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "bitmap/cximage.h"
+
+using Bytes = std::vector<std::uint8_t>;
+using Rows = std::vector<Bytes>;
+
+/// A CxImage whose header and information record a test may look at.
+class OpenImage : public CxImage {
+ public:
+  using CxImage::CxImage;
+  using CxImage::dib;
+  using CxImage::header;
+  using CxImage::info;
+};
+
+/// How many allocations allocateUntilSpent still grants.
+inline int grantedAllocations = 0;
+
+inline void* allocateUntilSpent(std::size_t bytes) {
+  return grantedAllocations-- > 0 ? std::malloc(bytes) : nullptr;
+}
+
+/// The palette indexes of an image.
+inline Rows indexesOf(const CxImage& image) {
+  Rows rows;
+  for (int y = 0; y < image.GetHeight(); ++y) {
+    Bytes row;
+    for (int x = 0; x < image.GetWidth(); ++x) row.push_back(image.GetPixelIndex(x, y));
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+/// Makes an 8-bit grey image of rows of equal length.
+inline void makeGrey(CxImage& image, const Rows& rows) {
+  Bytes bytes;
+  for (const Bytes& row : rows) bytes.insert(bytes.end(), row.begin(), row.end());
+  const auto width = static_cast<std::uint32_t>(rows.front().size());
+  image.CreateFromArray(bytes.data(), width, static_cast<std::uint32_t>(rows.size()), 8, width,
+                        false);
+}
+
+/// Makes an image of any depth with a grey palette and the given indexes.
+inline void makeIndexed(CxImage& image, std::uint32_t depth, const Rows& rows) {
+  image.Create(static_cast<std::uint32_t>(rows.front().size()),
+               static_cast<std::uint32_t>(rows.size()), depth, 0);
+  image.SetGrayPalette();
+  for (std::size_t y = 0; y < rows.size(); ++y) {
+    for (std::size_t x = 0; x < rows[y].size(); ++x) {
+      image.SetPixelIndex(static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), rows[y][x]);
+    }
+  }
+}
+
+#endif  // WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
