@@ -23,8 +23,8 @@ void renderStripeRow(const Stripe& stripe, unsigned bandRow, std::span<std::uint
   }
 }
 
-bool dividesPaper(MarkKind kind) {
-  return kind == MarkKind::kPage || kind == MarkKind::kFullCut || kind == MarkKind::kPartialCut;
+bool isCut(MarkKind kind) {
+  return kind == MarkKind::kFullCut || kind == MarkKind::kPartialCut;
 }
 
 }  // namespace
@@ -39,17 +39,25 @@ void renderRow(const Paper& paper, std::uint64_t row, std::span<std::uint8_t> do
   }
 }
 
-std::vector<RowRange> pieces(const Paper& paper) {
-  std::vector<RowRange> result;
-  std::uint64_t first = 0;
-  const auto close = [&](std::uint64_t end) {
-    if (end > first) result.push_back({first, end});
-    first = std::max(first, end);
+Piece wholeStrip(const Paper& paper) { return {paper.allRows(), 0, paper.marks.size()}; }
+
+std::vector<Piece> pieces(const Paper& paper) {
+  std::vector<Piece> result;
+  Piece open;
+  const auto close = [&](std::uint64_t endRow, std::size_t endMark) {
+    if (endRow <= open.rows.first) return;
+    open.rows.end = endRow;
+    open.endMark = endMark;
+    result.push_back(open);
+    open = {{endRow, 0}, endMark, 0};
   };
-  for (const Mark& mark : paper.marks) {
-    if (dividesPaper(mark.kind)) close(mark.atUnits / kUnitsPerRow);
+  for (std::size_t i = 0; i < paper.marks.size(); ++i) {
+    const Mark& mark = paper.marks[i];
+    if (mark.kind == MarkKind::kPage) close(mark.atUnits / kUnitsPerRow, i);
+    if (isCut(mark.kind)) close(mark.atUnits / kUnitsPerRow, i + 1);
   }
-  close(paper.allRows().end);
+  close(paper.allRows().end, paper.marks.size());
+  if (!result.empty()) result.back().endMark = paper.marks.size();
   return result;
 }
 

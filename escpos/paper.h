@@ -9,6 +9,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -57,7 +58,18 @@ struct Paper {
 /// of `dots` is left out. A stripe that starts on an odd unit is drawn from the row it starts in.
 void renderRow(const Paper& paper, std::uint64_t row, std::span<std::uint8_t> dots);
 
+/// A stretch of the paper with what happened on it.
+struct Piece {
+  RowRange rows;
+  std::size_t firstMark = 0;  ///< its marks are paper.marks from here
+  std::size_t endMark = 0;    ///< up to but not including this one
+};
+
+/// The paper as one strip.
+Piece wholeStrip(const Paper& paper);
+
 /// The paper taken apart at every cut and at every beginning of a page, without empty pieces.
-std::vector<RowRange> pieces(const Paper& paper);
+/// A cut belongs to the piece that it ends; every mark belongs to one piece if there is a piece.
+std::vector<Piece> pieces(const Paper& paper);
 
 }  // namespace escpos

@@ -40,12 +40,15 @@ void checkPaper(const escpos::Paper& paper) {
   require(paper.widthDots <= kLimits.widthDots);
   require(paper.marks.size() <= kLimits.marks);
   std::vector<std::uint8_t> dots(paper.widthDots);
-  for (const escpos::RowRange& piece : escpos::pieces(paper)) {
-    require(piece.first < piece.end);
-    for (std::uint64_t row = piece.first; row < piece.end; ++row) {
+  std::uint64_t next = 0;
+  for (const escpos::Piece& piece : escpos::pieces(paper)) {
+    require(piece.rows.first == next && piece.rows.first < piece.rows.end);
+    next = piece.rows.end;
+    for (std::uint64_t row = piece.rows.first; row < piece.rows.end; ++row) {
       escpos::renderRow(paper, row, dots);
     }
   }
+  require(next == paper.allRows().end);
 }
 
 // Feeds pieces whose sizes the input itself decides.

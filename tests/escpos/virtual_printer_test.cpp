@@ -192,7 +192,7 @@ TEST(Pieces, EndAtCutsAndAtTheBeginningOfPages) {
   const auto ranges = [](const Bytes& stream) {
     std::string text;
     for (const auto& piece : escpos::pieces(readAll(stream).paper)) {
-      text += std::to_string(piece.first) + "-" + std::to_string(piece.end) + " ";
+      text += std::to_string(piece.rows.first) + "-" + std::to_string(piece.rows.end) + " ";
     }
     return text;
   };
@@ -202,6 +202,21 @@ TEST(Pieces, EndAtCutsAndAtTheBeginningOfPages) {
   EXPECT_EQ(ranges(page + feed(16) + hex("1D5601")), "0-24 ");
   EXPECT_EQ(ranges(hex("1D5600") + page + hex("1D5600") + feed(2)), "0-16 16-17 ");
   EXPECT_EQ(ranges({}), "");
+}
+
+TEST(Pieces, TakeTheirMarksInTheOrderOfTheStream) {
+  // Beep and page open the first piece, a beep and the cut end it; the second one is begun by a
+  // beep and takes the pulse at the very end.
+  const Bytes stream = hex("1B420101 1B3C") + feed(16) + hex("1B420202 1D5600 1B420303 1B3C") +
+                       feed(16) + hex("1D5600 1B70003232");
+  const auto paper = readAll(stream).paper;
+  const auto parts = escpos::pieces(paper);
+  ASSERT_EQ(parts.size(), 2u);
+  EXPECT_EQ(parts[0].firstMark, 0u);
+  EXPECT_EQ(parts[0].endMark, 4u);
+  EXPECT_EQ(parts[1].firstMark, 4u);
+  EXPECT_EQ(parts[1].endMark, 8u);
+  EXPECT_EQ(paper.marks.size(), 8u);
 }
 
 TEST(RenderRow, LeavesOutWhatIsRightOfTheDotsAskedFor) {

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "escpos/preview/file_run.h"
+#include "escpos/preview/options.h"
+
+int main(int argc, char** argv) {
+  const preview::ParsedOptions parsed = preview::parseOptions(argc, argv);
+  if (!parsed.options) return parsed.exitStatus;
+  return preview::runFile(*parsed.options);
+}

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "escpos/preview/file_run.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/escpos/png_reading.h"
+#include "tests/escpos/scratch_folder.h"
+#include "tests/escpos/streams.h"
+
+namespace {
+
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::operator+;
+
+const Bytes kPage = hex("1B3C") + bitImage(1, hex("80 40 20 10 08 04 02 01")) + feed(16) + feed(16);
+
+struct Outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+Outcome run(const preview::Options& options) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int status = preview::runFile(options);
+  Outcome outcome{status, testing::internal::GetCapturedStdout(),
+                  testing::internal::GetCapturedStderr()};
+  return outcome;
+}
+
+preview::Options optionsFor(const std::string& input) {
+  preview::Options options;
+  options.input = input;
+  return options;
+}
+
+TEST(FileRun, WritesThePictureBesideTheFileAndSumsUp) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("job.prn", streams::job(kPage + hex("1D5600")));
+  const Outcome outcome = run(optionsFor(file));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  // 16 rows at 203 dots per inch are 2.0 mm.
+  EXPECT_EQ(outcome.out, file + ": 1 page, 2.0 mm, 1 cut, 0 drawer pulses, 0 beeps, 111 bytes\n" +
+                             folder.file("job.png") + "\n");
+  EXPECT_EQ(readPng(folder.file("job.png")).text(),
+            "#.......\n.#......\n..#.....\n...#....\n....#...\n.....#..\n......#.\n.......#\n"
+            "........\n........\n........\n........\n........\n........\n........\n........\n");
+}
+
+TEST(FileRun, ShowsWhatCameBeforeTheFault) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("cut off.prn", kPage + hex("1B2A01"));
+  const Outcome outcome = run(optionsFor(file));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "wren-preview: " + file +
+                ": offset 21: the stream ends inside a command, after 3 bytes of it\n");
+  EXPECT_EQ(readPng(folder.file("cut off.png")).height, 16u);
+}
+
+TEST(FileRun, StopsAtThePaperLimit) {
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("long.prn", kPage + kPage));
+  options.style.dpi = 254;  // ten rows to a millimetre
+  options.maxLengthMm = 2;
+  const Outcome outcome = run(options);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.err.find("offset 36: the paper limit is reached, printing stops here"),
+            std::string::npos)
+      << outcome.err;
+  EXPECT_EQ(readPng(folder.file("long.png")).height, 16u);
+}
+
+TEST(FileRun, MakesNoPictureOfNoPaper) {
+  const ScratchFolder folder;
+  const Outcome outcome = run(optionsFor(folder.write("pulse.prn", hex("1B40 1B70003232"))));
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "wren-preview: no paper was fed, no picture\n");
+  EXPECT_FALSE(std::filesystem::exists(folder.file("pulse.png")));
+}
+
+TEST(FileRun, SplitsIntoNumberedPictures) {
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("two.prn", kPage + hex("1D5600") + kPage));
+  options.split = true;
+  options.output = folder.file("piece.png");
+  EXPECT_EQ(run(options).status, 0);
+  EXPECT_EQ(readPng(folder.file("piece-1.png")).height, 16u);
+  EXPECT_EQ(readPng(folder.file("piece-2.png")).height, 16u);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("piece-3.png")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("piece.png")));
+}
+
+TEST(FileRun, ListsEveryCommand) {
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("job.prn", hex("1B40 1B76")));
+  options.list = true;
+  const std::string listing =
+      "         0        0  1B 40                       initialise the printer\n"
+      "         2        2  1B 76                       ask for the paper status\n";
+  EXPECT_EQ(run(options).out.substr(0, listing.size()), listing);
+}
+
+TEST(FileRun, GivesThePictureItsResolution) {
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("job.prn", kPage));
+  options.style.scale = 2;
+  options.style.marks = true;
+  EXPECT_EQ(run(options).status, 0);
+  const auto png = bytesOfFile(folder.file("job.png"));
+  // 406 dots per inch are 15984 to the metre (3E70), across and down, unit 1: the metre.
+  const auto resolution = hex("70485973 00003E70 00003E70 01");
+  EXPECT_NE(std::search(png.begin(), png.end(), resolution.begin(), resolution.end()), png.end());
+}
+
+TEST(FileRun, ReportsFilesItCannotReadOrWrite) {
+  const ScratchFolder folder;
+  EXPECT_EQ(run(optionsFor(folder.file("absent.prn"))).status, 1);
+  const Outcome aFolder = run(optionsFor(folder.path()));
+  EXPECT_EQ(aFolder.status, 1);
+  EXPECT_NE(aFolder.err.find("cannot be read to its end"), std::string::npos) << aFolder.err;
+  preview::Options options = optionsFor(folder.write("job.prn", kPage));
+  options.output = folder.file("no/such/folder.png");
+  const Outcome unwritable = run(options);
+  EXPECT_EQ(unwritable.status, 1);
+  EXPECT_EQ(unwritable.err, "wren-preview: " + options.output + ": No such file or directory\n");
+}
+
+}  // namespace
