@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Holds the compiled PPDs to what the filter reads: every option, its range of
+// numbers, its default, and the sizes by their names.
+#include <cups/ppd.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "filter/option_table.h"
+#include "filter/page_size_name.h"
+
+namespace {
+
+struct Printer {
+  int paperMm;
+  int headDots;
+};
+
+void PrintTo(const Printer& printer, std::ostream* out) {
+  *out << printer.paperMm << " mm";
+}
+
+class Ppd : public testing::TestWithParam<Printer> {
+ protected:
+  void SetUp() override {
+    const auto path = WREN_PPD_DIR "/wren" + std::to_string(GetParam().paperMm) + ".ppd";
+    ppd_ = ppdOpenFile(path.c_str());
+    ASSERT_NE(ppd_, nullptr) << path;
+    ppdMarkDefaults(ppd_);
+  }
+  void TearDown() override {
+    if (ppd_ != nullptr) ppdClose(ppd_);
+  }
+
+  std::vector<std::string> choicesOf(const char* keyword) const {
+    std::vector<std::string> names;
+    const ppd_option_t* option = ppdFindOption(ppd_, keyword);
+    for (int i = 0; option != nullptr && i < option->num_choices; ++i) {
+      names.emplace_back(option->choices[i].choice);
+    }
+    return names;
+  }
+
+  std::string textOf(const char* keyword, const char* name) const {
+    const ppd_choice_t* choice = ppdFindChoice(ppdFindOption(ppd_, keyword), name);
+    return choice == nullptr ? std::string("no such choice") : choice->text;
+  }
+
+  ppd_file_t* ppd_ = nullptr;
+};
+
+std::vector<std::string> numbers(int first, int last, int step = 1) {
+  std::vector<std::string> names;
+  for (int i = first; i <= last; i += step) names.push_back(std::to_string(i));
+  return names;
+}
+
+struct Expected {
+  int lastChoice;  // choices run from 0 to this
+  const char* shopDefault;
+  const char* group;
+};
+
+const std::map<std::string, Expected> kExpected = {
+    {"PageType", {1, "0", "Page"}},
+    {"BidiPrinting", {1, "0", "Quality"}},
+    {"PageCutType", {2, "0", "Cutter"}},
+    {"DocCutType", {2, "2", "Cutter"}},
+    {"CashDrawerSetting", {2, "0", "Drawer"}},
+    {"CashDrawerPulseWidth", {8, "0", "Drawer"}},
+    {"Buzzer1Setting", {2, "0", "Buzzer"}},
+    {"Buzzer1OnTime", {9, "1", "Buzzer"}},
+    {"Buzzer1Repeat", {9, "1", "Buzzer"}},
+    {"Buzzer2Setting", {2, "0", "Buzzer"}},
+    {"Buzzer2OnTime", {9, "1", "Buzzer"}},
+    {"Buzzer2Repeat", {9, "1", "Buzzer"}},
+    {"FeedCutAfterJobEnd", {15, "12", "Cutter"}},
+};
+
+TEST_P(Ppd, OffersEveryNumberThatTheFilterHasAMeaningFor) {
+  ASSERT_EQ(kExpected.size(), kIndexedOptions.size());
+  for (const auto& row : kIndexedOptions) {
+    SCOPED_TRACE(row.keyword);
+    ASSERT_TRUE(kExpected.contains(row.keyword));
+    const auto& expected = kExpected.at(row.keyword);
+    EXPECT_EQ(choicesOf(row.keyword), numbers(0, expected.lastChoice));
+    EXPECT_STREQ(ppdFindMarkedChoice(ppd_, row.keyword)->choice, expected.shopDefault);
+  }
+}
+
+TEST_P(Ppd, OffersNothingThatTheFilterDoesNotRead) {
+  std::set<std::string> keywords = {"PageSize",   "PageRegion", "ColorModel",
+                                    "Resolution", "Brightness", "HalftoneType"};
+  for (const auto& [keyword, expected] : kExpected) keywords.insert(keyword);
+  std::set<std::string> offered;
+  for (const ppd_option_t* option = ppdFirstOption(ppd_); option != nullptr;
+       option = ppdNextOption(ppd_)) {
+    offered.insert(option->keyword);
+  }
+  EXPECT_EQ(offered, keywords);
+}
+
+TEST_P(Ppd, SortsTheOptionsIntoGroups) {
+  std::map<std::string, std::set<std::string>> groups;
+  for (int g = 0; g < ppd_->num_groups; ++g) {
+    const ppd_group_t& group = ppd_->groups[g];
+    for (int i = 0; i < group.num_options; ++i) {
+      groups[group.name].insert(group.options[i].keyword);
+    }
+  }
+  for (const auto& [keyword, expected] : kExpected) {
+    EXPECT_TRUE(groups[expected.group].contains(keyword)) << keyword;
+  }
+  EXPECT_TRUE(groups["Quality"].contains(kHalftoneTypeOption));
+  EXPECT_TRUE(groups["Quality"].contains(kBrightnessOption.keyword));
+}
+
+// From 26 on bare paper passes the threshold and the whole page is black.
+TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
+  EXPECT_EQ(choicesOf("Brightness"), numbers(-25, 25, 5));
+  EXPECT_STREQ(ppdFindMarkedChoice(ppd_, "Brightness")->choice, "0");
+  EXPECT_EQ(textOf("Brightness", "20"), "20 darker");
+  EXPECT_EQ(textOf("Brightness", "-20"), "20 lighter");
+}
+
+// The names are one step off from the methods; the texts name what prints.
+TEST_P(Ppd, NamesTheMethodThatReallyPrints) {
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"None", "Threshold"},   {"FloydSteinberg", "Ordered"}, {"Ordered", "Burkes"},
+      {"Burkes", "Stucki"},    {"Stucki", "Jarvis"},          {"JarvisJudiceNinke", "Sierra"},
+      {"Sierra", "Stevenson"}, {"StevensonArce", "Bayer"},    {"QVDithering", "Stencil"}};
+  const auto names = choicesOf(kHalftoneTypeOption);
+  ASSERT_EQ(names.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(names[i], expected[i].first);
+    EXPECT_THAT(textOf(kHalftoneTypeOption, names[i].c_str()),
+                testing::StartsWith(expected[i].second));
+  }
+}
+
+TEST_P(Ppd, SaysTheRightWayRoundWhatIsEasilyGotBackwards) {
+  EXPECT_THAT(textOf("BidiPrinting", "0"), testing::HasSubstr("Both directions"));
+  EXPECT_THAT(textOf("BidiPrinting", "1"), testing::HasSubstr("One direction"));
+  EXPECT_EQ(textOf("DocCutType", "1"), "Full cut");
+  EXPECT_EQ(textOf("DocCutType", "2"), "Partial cut");
+  EXPECT_EQ(textOf("PageCutType", "1"), "Full cut");
+  EXPECT_EQ(textOf("CashDrawerSetting", "1"), "Open before printing");
+  EXPECT_EQ(textOf("CashDrawerSetting", "2"), "Open after printing");
+  for (int i = 0; i <= 8; ++i) {
+    EXPECT_EQ(textOf("CashDrawerPulseWidth", std::to_string(i).c_str()),
+              std::to_string(100 + 50 * i) + " ms");
+  }
+  EXPECT_THAT(textOf("PageType", "1"), testing::StartsWith("Keep"));
+}
+
+TEST_P(Ppd, CutsPagesAtTheWidthOfTheHead) {
+  const ppd_attr_t* attribute = ppdFindAttr(ppd_, kMaxMediaWidthAttribute, nullptr);
+  ASSERT_NE(attribute, nullptr);
+  EXPECT_EQ(static_cast<int>(std::atof(attribute->value) / 72.0 * 203), GetParam().headDots);
+  EXPECT_EQ(ppdFindNextAttr(ppd_, kMaxMediaWidthAttribute, nullptr), nullptr);
+}
+
+TEST_P(Ppd, NamesEverySizeByItsMillimetres) {
+  int sizes = 0;
+  for (int i = 0; i < ppd_->num_sizes; ++i) {
+    const ppd_size_t& size = ppd_->sizes[i];
+    if (std::string(size.name) == "Custom") continue;
+    ++sizes;
+    const auto millimetres = parsePageSizeName(size.name);
+    EXPECT_GT(millimetres.width, 0.0F) << size.name;
+    EXPECT_NEAR(size.width, millimetres.width * 72 / 25.4F, 0.05) << size.name;
+    EXPECT_NEAR(size.length, millimetres.height * 72 / 25.4F, 0.05) << size.name;
+  }
+  EXPECT_GE(sizes, 8);
+  EXPECT_NE(ppd_->variable_sizes, 0);
+}
+
+TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
+  EXPECT_EQ(ppd_->manual_copies, 1);
+  EXPECT_EQ(ppd_->model_number, GetParam().paperMm);
+  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsFilter2", nullptr)->value,
+               "application/vnd.cups-raster application/vnd.wren-escpos 0 rastertowren");
+  EXPECT_EQ(ppdFindAttr(ppd_, "cupsFilter", nullptr), nullptr);
+  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsSNMPSupplies", nullptr)->value, "False");
+  EXPECT_THAT(ppdFindAttr(ppd_, "1284DeviceID", nullptr)->value, testing::HasSubstr("MFG:Wren;"));
+  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsLanguages", nullptr)->value, "en de es fr ja zh_CN");
+}
+
+INSTANTIATE_TEST_SUITE_P(Printers, Ppd,
+                         testing::Values(Printer{58, 384}, Printer{80, 576}, Printer{112, 832}));
+
+}  // namespace
