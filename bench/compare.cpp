@@ -59,6 +59,14 @@ constexpr Type kTypes[] = {
     {"QVDithering", "stencil", Family::kStencil},
 };
 
+// Cuts are a matter of the PPD's defaults; without them the floor program knows
+// how many bytes a filter writes.
+constexpr const char* kOptions = "PageCutType=0 DocCutType=0";
+
+std::string optionsOf(const Type& type) {
+  return std::string(kOptions) + " HalftoneType=" + type.name;
+}
+
 constexpr double kStartUpGoal = 1.15;
 constexpr double kSmallPeakGoalMiB = 16;
 
@@ -139,7 +147,7 @@ const char* mark(double value, double limit) {
 }
 
 bool printStartUp(const Setup& setup, Result& empty) {
-  if (!comparePairs(setup, "empty", "", empty)) return false;
+  if (!comparePairs(setup, "empty", kOptions, empty)) return false;
   std::printf(
       "Empty job: filter %.2f ms, floor %.2f ms, ratio %.2f, goal %.2f%s; peak %.1f MiB\n\n",
       empty.filterMs, empty.floorMs, empty.ratio, kStartUpGoal, mark(empty.ratio, kStartUpGoal),
@@ -171,7 +179,7 @@ bool printRow(const Setup& setup, const Type& type, const Result& empty) {
   std::printf("| %s | %s |", type.name, type.method);
   for (const Workload& workload : kWorkloads) {
     Result result;
-    if (!comparePairs(setup, workload.name, std::string("HalftoneType=") + type.name, result)) {
+    if (!comparePairs(setup, workload.name, optionsOf(type), result)) {
       return false;
     }
     std::printf(" %.2f%s | %.1f | %.0f |", result.ratio,
@@ -188,7 +196,7 @@ bool printRow(const Setup& setup, const Type& type, const Result& empty) {
 bool printGrowth(const Setup& setup) {
   std::printf("\nPeak with 100 receipts instead of 20:");
   for (const Type& type : {kTypes[0], kTypes[4], kTypes[8]}) {
-    const std::string options = std::string("HalftoneType=") + type.name;
+    const std::string options = optionsOf(type);
     const Usage few = bench::measure({setup.filter, setup.ppd, options, setup.data + "/R1.ras"});
     const Usage many =
         bench::measure({setup.filter, setup.ppd, options, setup.data + "/R1-long.ras"});
