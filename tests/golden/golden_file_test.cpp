@@ -13,6 +13,7 @@
 #include <string>
 
 #include "tests/golden/golden_job.h"
+#include "tests/golden/hand_derived_jobs.h"
 #include "tests/golden/job_list.h"
 #include "tests/golden/page_source.h"
 
@@ -62,6 +63,19 @@ TEST(GoldenFiles, ReadBackAsWritten) {
       EXPECT_EQ(job.dumps[i].hash, golden::fnv1a64(result.dumps[i].bytes)) << input.name;
     }
     EXPECT_EQ(golden::formatJob(job.input, result), golden::formatJob(input, result));
+  }
+}
+
+TEST(LiteralVersions, AgreeWithTheJobsDerivedByHand) {
+  for (const golden::HandDerivedJob& job : golden::handDerivedJobs()) {
+    const auto result =
+        reference::runJob(golden::optionsOf(job.input), golden::pagesOf(job.input, kPages));
+    EXPECT_EQ(golden::hexText(reference::bytesOf(result.commands)), golden::hexText(job.output))
+        << job.input.name;
+    for (size_t i = 0; i < job.dumps.size(); ++i) {
+      const reference::Dump& dump = result.dumps.at(i);
+      EXPECT_EQ(golden::withoutGreyPalette(dump.kind, dump.bytes), job.dumps[i]) << job.input.name;
+    }
   }
 }
 

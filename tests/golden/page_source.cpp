@@ -90,6 +90,15 @@ Bytes column(Size size, const std::string& argument) {
                 [at](uint32_t x, uint32_t) { return static_cast<uint8_t>(x == at ? 255 : 0); });
 }
 
+Bytes bytes(Size size, const std::string& argument) {
+  Bytes pixels;
+  for (size_t i = 0; i + 1 < argument.size(); i += 2)
+    pixels.push_back(static_cast<uint8_t>(std::stoul(argument.substr(i, 2), nullptr, 16)));
+  if (pixels.size() != size_t{size.rowBytes} * size.height)
+    throw std::runtime_error("bytes:" + argument + " is not a page of that size");
+  return pixels;
+}
+
 Bytes pgm(Size size, const std::string& path) {
   std::ifstream file(path);
   std::string magic;
@@ -120,6 +129,7 @@ std::vector<uint8_t> pagePixels(const std::string& source, uint32_t rowBytes, ui
   if (name == "photo") return photo(size, argument);
   if (name == "rows") return rows(size, argument);
   if (name == "column") return column(size, argument);
+  if (name == "bytes") return bytes(size, argument);
   if (name == "pgm") return pgm(size, folder + "/" + argument);
   throw std::runtime_error("no page source is called " + source);
 }

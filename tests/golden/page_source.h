@@ -22,6 +22,7 @@ namespace golden {
 ///   photo:SEED    a slanted ramp with some noise on it
 ///   rows:A,B,...  full ink in the rows A, B, ... and bare paper elsewhere
 ///   column:X      full ink in column X only
+///   bytes:HEX     these bytes, two digits each
 ///   pgm:FILE      a plain (P2) PGM file of that size in `folder`
 /// Throws std::runtime_error for anything else and for a PGM of another size.
 std::vector<uint8_t> pagePixels(const std::string& source, uint32_t rowBytes, uint32_t height,
