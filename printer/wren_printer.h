@@ -151,9 +151,6 @@ class WrenPrinter {
 
  private:
   void useImageFileFormat(const char* format);
-  void measureBlankEdges(const unsigned char* data, unsigned long bytesPerLine,
-                         unsigned long height, unsigned long width, unsigned long& topBlanks,
-                         unsigned long& bottomBlanks) const;
   void printDots(const unsigned char* dots, unsigned long bytesPerLine, unsigned long height,
                  unsigned long width, unsigned long topBlanks, unsigned long bottomBlanks);
 
