@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The inner loops alone, each beside the slow version that the tests hold it to.
+// Every case handles one page; the rate that is shown is in pixels per second.
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <vector>
+
+#include "bench/sample_pages.h"
+#include "bitmap/dither_kernels.h"
+#include "printer/blank_lines.h"
+#include "printer/dot_kernels.h"
+#include "stencil/tattoo_dithering.h"
+#include "tests/reference/cximage.h"
+#include "tests/reference/page.h"
+#include "tests/reference/stencil.h"
+
+namespace {
+
+using bench::Page;
+
+constexpr int kWidth = 576;
+constexpr int kHeight = 1200;
+
+const Page& receipt() {
+  static const Page page = [] {
+    Page drawn(kWidth, kHeight);
+    bench::Noise noise(1);
+    bench::drawReceipt(drawn, 0, kHeight, noise);
+    return drawn;
+  }();
+  return page;
+}
+
+const Page& photo() {
+  static const Page page = [] {
+    Page drawn(kWidth, kHeight);
+    bench::Noise noise(3);
+    bench::drawPhoto(drawn, noise);
+    return drawn;
+  }();
+  return page;
+}
+
+// Dots as a halftone method leaves them.
+const Page& dots() {
+  static const Page page = [] {
+    Page drawn = photo();
+    for (unsigned char& pixel : drawn.pixels) pixel = pixel > 128 ? 255 : 0;
+    return drawn;
+  }();
+  return page;
+}
+
+void countPixels(benchmark::State& state) {
+  state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+
+const char* const kMethods[] = {"threshold", "ordered", "Burkes",         "Stucki",
+                                "Jarvis",    "Sierra",  "Stevenson-Arce", "Bayer"};
+
+void dither(benchmark::State& state, int method, const Page& page) {
+  std::vector<unsigned char> out(page.pixels.size());
+  DitherPage job;
+  job.levels = page.pixels.data();
+  job.dots = out.data();
+  job.levelStrideBytes = job.dotStrideBytes = kWidth;
+  job.width = kWidth;
+  job.height = kHeight;
+  for (auto _ : state) {
+    if (!ditherPage(method, job)) state.SkipWithError("no memory");
+    benchmark::ClobberMemory();
+  }
+  countPixels(state);
+}
+
+void ditherReference(benchmark::State& state, int method, const Page& page) {
+  for (auto _ : state) {
+    reference::CxImage image;
+    image.CreateFromArray(page.pixels.data(), kWidth, kHeight, 8, kWidth, false);
+    image.Dither(method);
+    benchmark::ClobberMemory();
+  }
+  countPixels(state);
+}
+
+void stencil(benchmark::State& state, const Page& page) {
+  for (auto _ : state) {
+    QVImage source(kWidth, kHeight, QV_IMG_GRAY, page.pixels.data());
+    const QVImage result = qvTattooDithering(source);
+    benchmark::DoNotOptimize(result.data);
+  }
+  countPixels(state);
+}
+
+void stencilReference(benchmark::State& state, const Page& page) {
+  for (auto _ : state) {
+    reference::QVImage source(kWidth, kHeight, reference::QV_IMG_GRAY, page.pixels.data());
+    const reference::QVImage result = reference::qvTattooDithering(source);
+    benchmark::DoNotOptimize(result.data);
+  }
+  countPixels(state);
+}
+
+using PackColumns = void (*)(const unsigned char*, unsigned, std::size_t, unsigned char*,
+                             std::size_t);
+
+void columns(benchmark::State& state, PackColumns pack) {
+  std::vector<unsigned char> band(kWidth);
+  for (auto _ : state) {
+    for (int y = 0; y < kHeight; y += 8) {
+      pack(dots().pixels.data() + y * kWidth, 8, kWidth, band.data(), kWidth);
+      benchmark::ClobberMemory();
+    }
+  }
+  countPixels(state);
+}
+
+using PackBits = void (*)(const unsigned char*, std::size_t, unsigned char*);
+
+void whiteBits(benchmark::State& state, PackBits pack) {
+  std::vector<unsigned char> row(kWidth / 8);
+  for (auto _ : state) {
+    for (int y = 0; y < kHeight; ++y) {
+      pack(dots().pixels.data() + y * kWidth, kWidth, row.data());
+      benchmark::ClobberMemory();
+    }
+  }
+  countPixels(state);
+}
+
+// A page without content: the counter has to see all of it.
+template <typename Counter>
+void blankLines(benchmark::State& state, Counter count) {
+  const Page blank(kWidth, kHeight);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(count(blank.pixels.data(), kWidth, kHeight, 0, kWidth));
+  }
+  countPixels(state);
+}
+
+void registerDithers() {
+  for (int method = 0; method < 8; ++method) {
+    const std::string name = kMethods[method];
+    benchmark::RegisterBenchmark((name + "/photo").c_str(),
+                                 [=](benchmark::State& state) { dither(state, method, photo()); });
+    benchmark::RegisterBenchmark((name + "/receipt").c_str(), [=](benchmark::State& state) {
+      dither(state, method, receipt());
+    });
+    benchmark::RegisterBenchmark((name + "/photo/literal").c_str(), [=](benchmark::State& state) {
+      ditherReference(state, method, photo());
+    });
+  }
+}
+
+void registerOthers() {
+  using benchmark::RegisterBenchmark;
+  using benchmark::State;
+  RegisterBenchmark("stencil/photo", [](State& state) { stencil(state, photo()); });
+  RegisterBenchmark("stencil/receipt", [](State& state) { stencil(state, receipt()); });
+  RegisterBenchmark("stencil/photo/literal",
+                    [](State& state) { stencilReference(state, photo()); });
+  RegisterBenchmark("columns", [](State& state) { columns(state, packColumns); });
+  RegisterBenchmark("columns/plain", [](State& state) { columns(state, packColumnsPlain); });
+  RegisterBenchmark("white-bits", [](State& state) { whiteBits(state, packWhiteBits); });
+  RegisterBenchmark("white-bits/plain", [](State& state) { whiteBits(state, packWhiteBitsPlain); });
+  RegisterBenchmark("blank-lines",
+                    [](State& state) { blankLines(state, wrenImageCountBlankLinesFromBack); });
+  RegisterBenchmark("blank-lines/literal", [](State& state) {
+    blankLines(state, reference::wrenImageCountBlankLinesFromBack);
+  });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  registerDithers();
+  registerOthers();
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
