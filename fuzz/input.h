@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// What the fuzz targets share: taking made-up values out of the input, and
+// stopping when a promise does not hold.
+
+#ifndef WREN_FUZZ_INPUT_H_
+#define WREN_FUZZ_INPUT_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace fuzz {
+
+/// Takes values off the front of an input. Past its end everything is zero.
+class Input {
+ public:
+  Input(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
+
+  std::size_t left() const { return left_; }
+
+  std::uint8_t byte() {
+    if (left_ == 0) return 0;
+    --left_;
+    return *data_++;
+  }
+
+  /// From 0 to `limit` - 1.
+  std::uint32_t below(std::uint32_t limit) { return byte() % limit; }
+
+  std::uint32_t word() {
+    std::uint32_t value = 0;
+    for (int shift = 0; shift < 32; shift += 8) value |= std::uint32_t{byte()} << shift;
+    return value;
+  }
+
+  /// The next `count` bytes; zeros stand for those that are missing.
+  std::vector<std::uint8_t> bytes(std::size_t count) {
+    std::vector<std::uint8_t> result(count);
+    const std::size_t taken = std::min(count, left_);
+    if (taken > 0) std::memcpy(result.data(), data_, taken);
+    data_ += taken;
+    left_ -= taken;
+    return result;
+  }
+
+  std::vector<std::uint8_t> rest() { return bytes(left_); }
+
+  /// Everything up to the next byte of value zero, which is taken too.
+  std::string text() {
+    std::string result;
+    while (left_ > 0) {
+      const std::uint8_t next = byte();
+      if (next == 0) break;
+      result.push_back(static_cast<char>(next));
+    }
+    return result;
+  }
+
+ private:
+  const std::uint8_t* data_;
+  std::size_t left_;
+};
+
+/// Ends the program with `promise` unless `holds`.
+inline void check(bool holds, const char* promise) {
+  if (holds) return;
+  std::fprintf(stderr, "broken promise: %s\n", promise);
+  std::abort();
+}
+
+}  // namespace fuzz
+
+#endif  // WREN_FUZZ_INPUT_H_
