@@ -21,6 +21,7 @@ void writeAtOnce(const char* text, std::size_t length) {
 }
 
 // The last resort without memory: the text in pieces is better than no text.
+WREN_PRINTF_LIKE(2, 0)
 void writeInPieces(const char* prefix, const char* format, std::va_list arguments,
                    const char* suffix) {
   std::fputs(prefix, stderr);
@@ -30,6 +31,7 @@ void writeInPieces(const char* prefix, const char* format, std::va_list argument
 
 // Lays prefix, message and suffix out in room, which holds size bytes, as far as
 // they fit. Returns the length of the whole text.
+WREN_PRINTF_LIKE(4, 0)
 std::size_t compose(char* room, std::size_t size, const char* prefix, const char* format,
                     std::va_list arguments, const char* suffix) {
   const std::size_t prefixLength = std::strlen(prefix);
@@ -41,6 +43,7 @@ std::size_t compose(char* room, std::size_t size, const char* prefix, const char
   return length + suffixLength;
 }
 
+WREN_PRINTF_LIKE(2, 0)
 void writeMessage(const char* prefix, const char* format, std::va_list arguments,
                   const char* suffix) {
   char room[512];

@@ -33,8 +33,7 @@ bool replay(const fs::path& file) {
   if (!in) return false;
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
   // The name comes first, so that a crash shows which input it was.
-  std::printf("%s\n", file.filename().c_str());
-  std::fflush(stdout);
+  std::fprintf(stderr, "%s\n", file.filename().c_str());
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   return true;
 }

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr std::size_t kGreyPaletteBytes = 256 * 4;
+constexpr std::size_t kGreyPaletteBytes = 1024;
 constexpr std::array<unsigned char, 8> kDotPalette = {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0};
 
 // Numbers the debug images of the process, opened or not.

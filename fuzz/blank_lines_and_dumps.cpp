@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The blank-line counters and the debug images on small pages of any shape,
+// against their literal versions.
+
+#include "fuzz/input.h"
+#include "fuzz/memory_file.h"
+#include "printer/blank_lines.h"
+#include "printer/image_dump.h"
+#include "tests/reference/page.h"
+
+namespace {
+
+using fuzz::check;
+
+struct Shape {
+  unsigned long bytesPerLine;
+  unsigned long width;
+  unsigned long height;
+  unsigned long skip;
+};
+
+void compareCounters(const std::vector<std::uint8_t>& page, const Shape& shape) {
+  // Rows are `width` apart here, as the page pipeline asks for them.
+  check(wrenImageCountBlankLinesFromFront(page.data(), shape.bytesPerLine, shape.height, shape.skip,
+                                          shape.width) ==
+            reference::wrenImageCountBlankLinesFromFront(page.data(), shape.bytesPerLine,
+                                                         shape.height, shape.skip, shape.width),
+        "the count from the front is that of the literal version");
+  check(wrenImageCountBlankLinesFromBack(page.data(), shape.bytesPerLine, shape.height, shape.skip,
+                                         shape.width) ==
+            reference::wrenImageCountBlankLinesFromBack(page.data(), shape.bytesPerLine,
+                                                        shape.height, shape.skip, shape.width),
+        "the count from the back is that of the literal version");
+}
+
+void compareDump(const std::vector<std::uint8_t>& page, const Shape& shape,
+                 unsigned short bitsPerPixel) {
+  static fuzz::MemoryFile file;
+  file.clear();
+  writeDump(file.descriptor(), {page.data(), shape.bytesPerLine, shape.height, shape.width},
+            bitsPerPixel);
+  check(file.content() == reference::saveImage(page.data(), shape.bytesPerLine, shape.height,
+                                               shape.width, bitsPerPixel),
+        "the debug image is that of the literal version");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input input(data, size);
+  const unsigned long width = 1 + input.below(80);
+  const unsigned long padding = input.below(2) == 0 ? 0 : input.below(9);
+  const unsigned long skip = input.byte();
+  const Shape shape = {width + padding, width, input.left() / (width + padding), skip};
+  // The last row of a page with padding is read beyond its width.
+  std::vector<std::uint8_t> page = input.bytes(shape.bytesPerLine * shape.height);
+  compareCounters(page, shape);
+  compareDump(page, shape, 8);
+  compareDump(page, shape, 1);
+  return 0;
+}
