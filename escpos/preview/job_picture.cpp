@@ -16,14 +16,6 @@ std::string counted(std::uint64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string lengthText(const escpos::Paper& paper, unsigned dpi) {
-  const double mm = static_cast<double>(paper.lengthUnits) / escpos::kUnitsPerRow * 25.4 /
-                    static_cast<double>(dpi);
-  char text[32];
-  std::snprintf(text, sizeof text, "%.1f mm", mm);
-  return text;
-}
-
 std::string numberedName(const std::string& path, std::size_t number) {
   const std::filesystem::path whole(path);
   const std::string name = whole.stem().string() + "-" + std::to_string(number);
@@ -69,6 +61,14 @@ WrittenPictures writePictures(const escpos::Paper& paper, const Options& options
     if (!written.errors.empty()) break;
   }
   return written;
+}
+
+std::string lengthText(const escpos::Paper& paper, unsigned dpi) {
+  const double mm = static_cast<double>(paper.lengthUnits) / escpos::kUnitsPerRow * 25.4 /
+                    static_cast<double>(dpi);
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f mm", mm);
+  return text;
 }
 
 std::string summary(const escpos::Reader& reader, unsigned dpi) {

@@ -32,6 +32,9 @@ struct WrittenPictures {
 WrittenPictures writePictures(const escpos::Paper& paper, const Options& options,
                               const std::string& path);
 
+/// The length of the paper as "157.2 mm".
+std::string lengthText(const escpos::Paper& paper, unsigned dpi);
+
 /// "2 pages, 157.2 mm, 1 cut, 0 drawer pulses, 3 beeps, 12345 bytes".
 std::string summary(const escpos::Reader& reader, unsigned dpi);
 

@@ -2,10 +2,12 @@
 // Copyright (c) 2026 the Wren developers
 
 #include "escpos/preview/file_run.h"
+#include "escpos/preview/listen_run.h"
 #include "escpos/preview/options.h"
 
 int main(int argc, char** argv) {
   const preview::ParsedOptions parsed = preview::parseOptions(argc, argv);
   if (!parsed.options) return parsed.exitStatus;
-  return preview::runFile(*parsed.options);
+  const preview::Options& options = *parsed.options;
+  return options.listen ? preview::runListener(options) : preview::runFile(options);
 }

@@ -31,7 +31,9 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
   auto* listen = app.add_option("--listen", options.address,
                                 "Be a printer on this loopback port, 0 for any free one")
                      ->type_name("[HOST:]PORT")
-                     ->excludes(file);
+                     ->excludes(file)
+                     ->excludes("--output")
+                     ->excludes("--list");
   app.add_option("--directory", options.directory, "Where jobs that arrive are kept")
       ->needs(listen)
       ->check(CLI::ExistingDirectory)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -20,8 +21,10 @@ class ScratchFolder {
  public:
   ScratchFolder() {
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    path_ = std::filesystem::path(testing::TempDir()) /
-            (std::string("wren_") + test->name() + "_" + std::to_string(::getpid()));
+    std::string name = std::string("wren_") + test->name() + "_" + std::to_string(::getpid());
+    // A test with parameters has a slash in its name.
+    std::replace(name.begin(), name.end(), '/', '_');
+    path_ = std::filesystem::path(testing::TempDir()) / name;
     std::filesystem::remove_all(path_);
     std::filesystem::create_directories(path_);
   }

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "escpos/preview/listen_run.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "escpos/preview/file_descriptor.h"
+#include "escpos/preview/print_server.h"
+
+namespace preview {
+namespace {
+
+// The end of the pipe that a signal writes to; a handler can reach nothing but statics.
+volatile sig_atomic_t signalPipe = -1;
+
+void onSignal(int) {
+  const int savedErrno = errno;
+  const char byte = 1;
+  // If the pipe is full the server has been told already.
+  [[maybe_unused]] const ssize_t ignored = ::write(signalPipe, &byte, 1);
+  errno = savedErrno;
+}
+
+void catchSignals(int pipeEnd) {
+  signalPipe = pipeEnd;
+  struct sigaction action = {};
+  action.sa_handler = onSignal;
+  sigemptyset(&action.sa_mask);
+  ::sigaction(SIGINT, &action, nullptr);
+  ::sigaction(SIGTERM, &action, nullptr);
+}
+
+int fail(const std::string& text) {
+  std::fprintf(stderr, "wren-preview: %s\n", text.c_str());
+  return 1;
+}
+
+}  // namespace
+
+int runListener(const Options& options) {
+  int ends[2];
+  if (::pipe(ends) != 0) return fail(std::strerror(errno));
+  const FileDescriptor readEnd(ends[0]);
+  const FileDescriptor writeEnd(ends[1]);
+  catchSignals(writeEnd.get());
+  PrintServer server(options, readEnd.get());
+  const std::string error = server.open();
+  if (!error.empty()) return fail(error);
+  std::printf("listening on %s\n", server.name().c_str());
+  std::fflush(stdout);
+  return server.serve() ? 0 : 1;
+}
+
+}  // namespace preview
