@@ -292,7 +292,11 @@ void addDefaults(Jobs& jobs) {
   jobs.push_back(defaults);
   defaults.name = "defaults-unknown-choice";
   defaults.description = "A job option that names no choice leaves the default.";
-  defaults.options = {{"PageCutType", "77"}, {"HalftoneType", "sierra"}};
+  defaults.options = {{"PageCutType", "77"}, {"HalftoneType", "Serra"}};
+  jobs.push_back(defaults);
+  defaults.name = "defaults-case-of-choice";
+  defaults.description = "CUPS finds a choice whatever the case of its letters.";
+  defaults.options = {{"pagecuttype", "3"}, {"HalftoneType", "sierra"}};
   jobs.push_back(defaults);
   JobInput bare =
       job("printer-with-no-options", "A printer that lacks every option.", {page(20, 4, "ramp")});

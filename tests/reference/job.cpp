@@ -3,6 +3,8 @@
 
 #include "tests/reference/job.h"
 
+#include <strings.h>
+
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
@@ -14,16 +16,21 @@ namespace reference {
 
 namespace {
 
+// CUPS compares keywords and choices without regard to case.
+bool sameWord(const std::string& a, const std::string& b) {
+  return strcasecmp(a.c_str(), b.c_str()) == 0;
+}
+
 const PpdOption* findOption(const JobOptions& options, const std::string& keyword) {
   for (const PpdOption& option : options.ppd) {
-    if (option.keyword == keyword) return &option;
+    if (sameWord(option.keyword, keyword)) return &option;
   }
   return nullptr;
 }
 
 const std::string* findChoice(const PpdOption& option, const std::string& name) {
   for (const std::string& choice : option.choices) {
-    if (choice == name) return &choice;
+    if (sameWord(choice, name)) return &choice;
   }
   return nullptr;
 }
@@ -46,7 +53,7 @@ const std::string* chosen(const JobOptions& options, const std::string& keyword)
   if (option == nullptr) return nullptr;
   const std::string* choice = findChoice(*option, option->defaultChoice);
   for (const auto& [key, value] : options.job) {
-    if (key == keyword && findChoice(*option, value) != nullptr)
+    if (sameWord(key, keyword) && findChoice(*option, value) != nullptr)
       choice = findChoice(*option, value);
   }
   return choice;

@@ -28,7 +28,8 @@ struct JobOptions {
   std::vector<PpdOption> ppd;
   /// Value of the attribute MaxMediaWidth; empty when the description lacks it.
   std::string maxMediaWidth;
-  /// keyword and value of each job option. A value that is no choice of its option is ignored.
+  /// keyword and value of each job option; case does not count in either. A value that is no
+  /// choice of its option is ignored.
   std::vector<std::pair<std::string, std::string>> job;
 };
 
