@@ -20,6 +20,10 @@ source "$WREN_ROOT/tools/packages.sh"
 source "$WREN_ROOT/tools/build.sh"
 # shellcheck source=tools/print.sh
 source "$WREN_ROOT/tools/print.sh"
+# shellcheck source=tools/spool.sh
+source "$WREN_ROOT/tools/spool.sh"
+# shellcheck source=tools/halftones.sh
+source "$WREN_ROOT/tools/halftones.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
 # shellcheck source=tools/bench.sh
@@ -34,8 +38,13 @@ Usage: ./wren COMMAND [ARGUMENTS]
   print FILE [-n COPIES] [-o NAME=VALUE]... [--paper 58|80|112]
              [--out FILE.prn] [--raster FILE.ras]
         Turns a PDF, PNG, JPEG or text file into printer bytes. No queue, no
-        root and no running scheduler needed. --raster also keeps the pages
-        that the filter was given.
+        root and no running scheduler needed. A picture of the paper is drawn
+        beside the bytes. --raster also keeps the pages that the filter was given.
+  halftones FILE [-o NAME=VALUE]... [--paper 58|80|112] [--out FILE.png]
+        [--brightness "-20 -10 0 10 20"] [--crop WIDTHxHEIGHT+X+Y]
+        Prints a document with all nine halftone types and several brightness
+        values, as one sheet of pictures to choose from. --crop, in dots, shows
+        a part of the paper only.
   test [--all | --preset NAME]
         Lints, builds with warnings as errors and runs every test. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
@@ -64,6 +73,7 @@ main() {
   shift || true
   case $command in
     print) print_command "$@" ;;
+    halftones) halftones_command "$@" ;;
     test) test_command "$@" ;;
     bench) bench_command "$@" ;;
     lint) lint_command "$@" ;;

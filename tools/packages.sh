@@ -9,6 +9,7 @@ declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
            libpng-dev libcli11-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
+  [picture]="imagemagick fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools git"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
@@ -21,6 +22,7 @@ declare -rA DEBIAN_PACKAGES=(
 declare -rA BREW_PACKAGES=(
   [build]="cmake ninja libpng cli11 pkg-config"
   [chain]="ghostscript poppler"
+  [picture]="imagemagick"
   [test]="googletest imagemagick zbar git"
   [libcxx]=""
   [coverage]="gcovr"

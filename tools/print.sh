@@ -10,7 +10,7 @@ print_command() {
   read_print_arguments "$@"
   check_document "$file"
   need build chain
-  build release rastertowren wren_ppds
+  build release rastertowren wren_ppds wren-preview
 
   local stem ppd="$WREN_ROOT/build/release/ppd/wren$paper.ppd" option
   stem=$(basename -- "$file")
@@ -23,6 +23,15 @@ print_command() {
   [[ -z $raster ]] || arguments+=(--raster "$raster")
   for option in "${job_options[@]}"; do arguments+=(-o "$option"); done
   "$WREN_ROOT/tools/chain" "${arguments[@]}" -- "$file"
+  draw_paper "${out:-$stem.prn}"
+}
+
+# Shows the paper that the printer bytes give, as a picture beside them.
+draw_paper() {
+  local picture=${1%.prn}.png
+  "$WREN_ROOT/build/release/escpos/preview/wren-preview" "$1" --marks -o "$picture" >/dev/null ||
+    fail "$STATUS_FAILED" "the printer bytes cannot be read back whole: $1"
+  say "picture: $picture"
 }
 
 # Fills the variables of print_command.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -40,6 +41,13 @@ void complain(const std::string& text) {
   std::fprintf(stderr, "wren-preview: %s\n", text.c_str());
 }
 
+// A picture must not take the place of the bytes that it shows.
+bool replacesInput(const Options& options) {
+  std::error_code absent;
+  return !isStandardInput(options) &&
+         std::filesystem::equivalent(options.input, outputName(options), absent);
+}
+
 // Reads until the end, until the paper runs out, or until an error; false only after the last.
 bool readStream(std::FILE* input, escpos::Reader& reader) {
   std::array<std::uint8_t, 65536> buffer;
@@ -67,6 +75,10 @@ int runFile(const Options& options) {
   const Input input = openInput(options);
   if (!input) {
     complain(options.input + ": " + std::strerror(errno));
+    return 1;
+  }
+  if (replacesInput(options)) {
+    complain(options.input + ": the picture would replace its input, name another with -o");
     return 1;
   }
   escpos::Decoder::Sink listing;

@@ -123,6 +123,17 @@ TEST(FileRun, GivesThePictureItsResolution) {
   EXPECT_NE(std::search(png.begin(), png.end(), resolution.begin(), resolution.end()), png.end());
 }
 
+TEST(FileRun, NeverReplacesItsInput) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("job.png", kPage);
+  EXPECT_EQ(run(optionsFor(file)).status, 1);
+  preview::Options options = optionsFor(folder.write("job.prn", kPage));
+  options.output = folder.path() + "/./job.prn";
+  EXPECT_EQ(run(options).status, 1);
+  EXPECT_EQ(bytesOfFile(file), kPage);
+  EXPECT_EQ(bytesOfFile(folder.file("job.prn")), kPage);
+}
+
 TEST(FileRun, ReportsFilesItCannotReadOrWrite) {
   const ScratchFolder folder;
   EXPECT_EQ(run(optionsFor(folder.file("absent.prn"))).status, 1);
