@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Documents through CUPS's own filters and ours, as ./wren print sends them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/print/job_files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Printed {
+  reference::Bytes bytes;
+  std::vector<reference::Page> raster;
+  reference::JobOptions options;
+};
+
+using Options = std::vector<std::pair<std::string, std::string>>;
+
+std::string outputOf(const std::string& command) {
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return {};
+  std::string text;
+  std::array<char, 4096> part;
+  while (const auto count = fread(part.data(), 1, part.size(), pipe))
+    text.append(part.data(), count);
+  return pclose(pipe) == 0 ? text : std::string();
+}
+
+class PrintChain : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = fs::temp_directory_path() / "wren-print-test.XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  std::string pathOf(const std::string& name) const { return (folder_ / name).string(); }
+
+  // Prints an example; fails the test when the chain fails.
+  Printed print(const std::string& example, int paper, const Options& jobOptions, int copies = 1) {
+    const std::string ppd = WREN_PPD_DIR "/wren" + std::to_string(paper) + ".ppd";
+    std::string command = WREN_SOURCE_DIR "/tools/chain --quiet --filter " WREN_FILTER " --ppd " +
+                          ppd + " --type " + typeOf(example) + " --copies " +
+                          std::to_string(copies) + " --out " + pathOf("out.prn") + " --raster " +
+                          pathOf("in.ras");
+    for (const auto& [name, value] : jobOptions) command += " -o " + name + "=" + value;
+    command += " -- " WREN_SOURCE_DIR "/examples/" + example;
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    Printed printed{job_files::bytesOfFile(pathOf("out.prn")),
+                    job_files::rasterPages(pathOf("in.ras")), job_files::ppdOptions(ppd)};
+    printed.options.job = jobOptions;
+    return printed;
+  }
+
+  static std::string typeOf(const std::string& example) {
+    const auto extension = fs::path(example).extension();
+    if (extension == ".pdf") return "application/pdf";
+    return extension == ".png" ? "image/png" : "text/plain";
+  }
+
+  fs::path folder_;
+};
+
+// 129 and more is a dot under the plain threshold; documents of text and lines hold 0 and 255 only.
+std::vector<std::uint8_t> thresholded(const reference::Page& page) {
+  std::vector<std::uint8_t> dots(page.pixels.size());
+  std::transform(page.pixels.begin(), page.pixels.end(), dots.begin(),
+                 [](std::uint8_t level) { return level > 128 ? 1 : 0; });
+  return dots;
+}
+
+void writePgm(const std::string& path, const job_files::Picture& picture) {
+  std::ofstream out(path, std::ios::binary);
+  out << "P5 " << picture.width << " " << picture.height << " 255\n";
+  for (const auto dot : picture.dots) out.put(static_cast<char>(dot != 0 ? 0 : 255));
+}
+
+struct Example {
+  const char* file;
+  int paper;
+  unsigned widthPx;
+};
+
+void PrintTo(const Example& example, std::ostream* out) {
+  *out << example.file << " " << example.paper;
+}
+
+class EachExample : public PrintChain, public testing::WithParamInterface<Example> {};
+
+TEST_P(EachExample, DecodesToThePictureThatTheFilterWasGiven) {
+  const auto printed =
+      print(GetParam().file, GetParam().paper, {{"PageType", "1"}, {"HalftoneType", "None"}});
+  ASSERT_EQ(printed.raster.size(), 1U);
+  const auto reading = escpos::readAll(printed.bytes);
+  EXPECT_TRUE(reading.problems.empty());
+  const auto pictures = job_files::printedPages(reading.paper, printed.raster);
+  ASSERT_EQ(pictures.size(), 1U);
+  const auto dots = thresholded(printed.raster[0]);
+  EXPECT_GT(std::count(dots.begin(), dots.end(), 1), 1000) << "an empty page proves nothing";
+  if (fs::path(GetParam().file).extension() == ".png") return;
+  EXPECT_TRUE(pictures[0].dots == dots);
+}
+
+TEST_P(EachExample, ArrivesAsWideAsThePrintHead) {
+  const auto printed = print(GetParam().file, GetParam().paper, {});
+  ASSERT_EQ(printed.raster.size(), 1U);
+  EXPECT_EQ(printed.raster[0].width, GetParam().widthPx);
+  EXPECT_EQ(printed.raster[0].bytesPerLine, GetParam().widthPx);
+  EXPECT_EQ(printed.raster[0].bitsPerPixel, 8U);
+  EXPECT_EQ(printed.raster[0].hwResolutionX, 203U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Examples, EachExample,
+    testing::Values(Example{"receipt.pdf", 80, 576}, Example{"receipt-58mm.pdf", 58, 384},
+                    Example{"photo.png", 80, 576}, Example{"drawing.png", 80, 576},
+                    Example{"order.txt", 80, 576}, Example{"order.txt", 112, 832}));
+
+struct CodeReading {
+  const char* file;
+  int paper;
+};
+
+void PrintTo(const CodeReading& reading, std::ostream* out) {
+  *out << reading.file << " " << reading.paper;
+}
+
+class PrintedCodes : public PrintChain, public testing::WithParamInterface<CodeReading> {};
+
+TEST_P(PrintedCodes, CanBeScannedFromThePaper) {
+  const auto printed = print(GetParam().file, GetParam().paper, {{"PageType", "1"}});
+  const auto pictures =
+      job_files::printedPages(escpos::readAll(printed.bytes).paper, printed.raster);
+  ASSERT_EQ(pictures.size(), 1U);
+  writePgm(pathOf("paper.pgm"), pictures[0]);
+  const auto codes = outputOf("zbarimg -q " + pathOf("paper.pgm") + " 2>/dev/null");
+  EXPECT_THAT(codes, testing::HasSubstr("CODE-128:WREN-000042\n"));
+  EXPECT_THAT(codes, testing::HasSubstr("QR-Code:https://example.org/r/000042\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Receipts, PrintedCodes,
+                         testing::Values(CodeReading{"receipt.pdf", 80},
+                                         CodeReading{"receipt-58mm.pdf", 58},
+                                         CodeReading{"receipt.pdf", 112}));
+
+TEST_F(PrintChain, AReceiptStandsUprightAtTheTop) {
+  const auto printed = print("receipt.pdf", 80, {});
+  ASSERT_EQ(printed.raster.size(), 1U);
+  const auto& page = printed.raster[0];
+  const auto first =
+      std::find_if(page.pixels.begin(), page.pixels.end(), [](auto level) { return level != 0; });
+  const auto row = static_cast<std::uint32_t>(first - page.pixels.begin()) / page.bytesPerLine;
+  EXPECT_LT(row, 40U) << "the logo begins 3 mm below the edge";
+}
+
+TEST_F(PrintChain, AWidePictureIsNotTurned) {
+  const auto printed = print("photo.png", 80, {});
+  ASSERT_EQ(printed.raster.size(), 1U);
+  EXPECT_EQ(printed.raster[0].height, 432U);
+}
+
+}  // namespace

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# refusals_test.sh ROOT: what ./wren print says and how it ends when it is
+# called wrongly or given something that it cannot print. Each answer is one
+# line on standard error and comes before anything is built.
+set -euo pipefail
+
+wren=$1/wren
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+printf 'text\n' >good.txt
+printf 'a\0b' >binary
+: >empty
+printf '\x89PNG broken' >half.png
+failed=0
+
+# refuses STATUS WORDS ARGUMENTS...
+refuses() {
+  local status=$1 words=$2 got=0
+  shift 2
+  "$wren" "$@" >out 2>err </dev/null || got=$?
+  if ((got != status)) || [[ -s out ]] || (($(wc -l <err) != 1)) || ! grep -qF -- "$words" err; then
+    echo "wren $*: status $got, expected $status and '$words'; said:" && cat out err
+    failed=1
+  fi
+}
+
+refuses 2 "unknown command 'prnt'" prnt good.txt
+refuses 2 "print wants a FILE" print
+refuses 2 "print wants one FILE" print good.txt empty
+refuses 2 "print has no option '-x'" print -x good.txt
+refuses 2 "-n wants a value" print good.txt -n
+refuses 2 "-n wants a number of copies" print good.txt -n 0
+refuses 2 "-n wants a number of copies" print good.txt -n two
+refuses 2 "--paper wants 58, 80 or 112" print good.txt --paper 79
+refuses 2 "-o wants NAME=VALUE" print good.txt -o Brightness
+refuses 3 "there is no file 'gone.pdf'" print gone.pdf
+refuses 3 "'.' is not a file" print .
+refuses 3 "'empty' is empty" print empty
+refuses 3 "'binary' is neither PDF, PNG, JPEG nor text" print binary
+if ((EUID != 0)); then
+  chmod 000 good.txt
+  refuses 3 "'good.txt' cannot be read" print good.txt
+fi
+exit $failed

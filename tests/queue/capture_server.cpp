@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "tests/queue/capture_server.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(10);
+
+// A small receive buffer, so that a held connection soon stops its sender.
+int listenOnLoopback(int* port) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int bufferBytes = 8192;
+  setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &bufferBytes, sizeof bufferBytes);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  if (bind(listener, generic, length) != 0 || listen(listener, 4) != 0 ||
+      getsockname(listener, generic, &length) != 0) {
+    throw std::runtime_error("cannot listen on the loopback");
+  }
+  *port = ntohs(address.sin_port);
+  return listener;
+}
+
+}  // namespace
+
+CaptureServer::CaptureServer() : listener_(listenOnLoopback(&port_)) {
+  thread_ = std::thread([this] { serve(); });
+}
+
+CaptureServer::~CaptureServer() {
+  release();
+  shutdown(listener_, SHUT_RDWR);
+  thread_.join();
+  close(listener_);
+}
+
+void CaptureServer::holdAfter(std::size_t bytes) {
+  const std::lock_guard lock(mutex_);
+  holdAfter_ = bytes;
+}
+
+void CaptureServer::release() {
+  const std::lock_guard lock(mutex_);
+  holdAfter_ = SIZE_MAX;
+  held_ = false;
+  changed_.notify_all();
+}
+
+bool CaptureServer::waitUntilHeld() {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, kPatience, [this] { return held_; });
+}
+
+std::vector<std::vector<std::uint8_t>> CaptureServer::take(std::size_t count) {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, kPatience, [&] { return finished_.size() >= count; });
+  return std::exchange(finished_, {});
+}
+
+void CaptureServer::serve() {
+  for (int connection; (connection = accept(listener_, nullptr, nullptr)) >= 0;) {
+    readAll(connection);
+    close(connection);
+  }
+}
+
+void CaptureServer::readAll(int connection) {
+  std::vector<std::uint8_t> bytes;
+  std::array<std::uint8_t, 4096> part;
+  for (;;) {
+    waitWhileHeld(bytes.size());
+    const auto count = read(connection, part.data(), part.size());
+    if (count <= 0) break;
+    bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+  }
+  const std::lock_guard lock(mutex_);
+  finished_.push_back(std::move(bytes));
+  changed_.notify_all();
+}
+
+void CaptureServer::waitWhileHeld(std::size_t soFar) {
+  std::unique_lock lock(mutex_);
+  if (soFar < holdAfter_) return;
+  held_ = true;
+  changed_.notify_all();
+  changed_.wait(lock, [this] { return !held_; });
+}

@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# run_queue_test.sh root|user PROGRAM FILTER PPD-FOLDER ROOT [GTEST-ARGUMENT...]
+#
+# Lays out a folder in which a scheduler can run without touching the system's,
+# and runs the test program there; "user" gives up root first. The debug images
+# of the filter go to a spool folder of its own as well.
+set -euo pipefail
+
+mode=$1 program=$2 filter=$3 ppds=$4 root=$5
+shift 5
+if [[ $mode == root ]] && ((EUID != 0)); then
+  echo "not root: the scheduler cannot be run as root"
+  exit 77
+fi
+
+# As root, CUPS wants its filters below folders that everybody may enter.
+work=$(mktemp -d /tmp/wren-queue.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+chmod 0755 "$work"
+
+lay_out_programs() {
+  local name
+  mkdir -p "$work"/bin/{backend,daemon,filter,notifier,monitor}
+  for name in backend daemon filter notifier monitor; do
+    find "/usr/lib/cups/$name" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/bin/$name" {} +
+  done
+  install -m 0755 "$filter" "$work/bin/rastertowren"
+  install -m 0755 "$program" "$work/bin/queue_test"
+  # The only backend that is used; some of the others may be run by root alone.
+  find "$work/bin/backend" -type l ! -name socket -delete
+}
+
+lay_out_documents() {
+  mkdir -p "$work/ppd" "$work/documents"
+  cp "$ppds"/*.ppd "$work/ppd"
+  cp "$root"/examples/* "$work/documents"
+  (cd "$work/documents" && pdfunite receipt.pdf receipt-58mm.pdf two-pages.pdf)
+  page 595 842 "$work/documents/a4.pdf"
+  page 500 200 "$work/documents/wide.pdf"
+  page 200 14000 "$work/documents/endless.pdf"
+}
+
+# page WIDTH LENGTH FILE: a PDF page in points with a frame and a diagonal.
+page() {
+  gs -q -dBATCH -dNOPAUSE -sDEVICE=pdfwrite -dAutoRotatePages=/None -o "$3" -c \
+    "<</PageSize [$1 $2]>> setpagedevice 4 setlinewidth 20 20 moveto $1 20 sub 20 lineto
+     $1 20 sub $2 20 sub lineto 20 $2 20 sub lineto closepath stroke
+     20 20 moveto $1 20 sub $2 20 sub lineto stroke showpage" >/dev/null
+}
+
+lay_out_folders() {
+  mkdir -p "$work"/{root/ppd,cache,state/certs,requests/tmp,temp,keys,log,runs,spool/cups/tmp,home}
+  chmod 1777 "$work/runs" "$work/temp" "$work/spool/cups/tmp"
+  : >"$work/printcap"
+}
+
+# The filter keeps what it is given beside its run and becomes the real one, so
+# that the scheduler's signals reach that.
+write_filter() {
+  local become="$work/bin/rastertowren"
+  [[ $1 != unshare ]] || become="unshare -rm sh -c 'mount --bind $work/spool /var/spool && exec \"\$0\" \"\$@\"' $become"
+  cat >"$work/bin/filter/rastertowren" <<SCRIPT
+#!/usr/bin/env bash
+run=\$(mktemp -d "$work/runs/\$(date +%s.%N).XXXXXX")
+cp "\$PPD" "\$run/ppd"
+printf '%s' "\$4" >"\$run/copies"
+printf '%s' "\$5" >"\$run/options"
+chmod -R a+rwX "\$run"
+exec $become "\$@" < <(umask 0 && exec tee "\$run/raster")
+SCRIPT
+  printf '#!/usr/bin/env bash\nexec %s "$@"\n' "$become" >"$work/bin/by_hand"
+  chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/by_hand"
+}
+
+lay_out_programs
+lay_out_documents
+lay_out_folders
+export HOME=$work/home PATH=$PATH:/usr/sbin LC_ALL=C DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere
+unset CUPS_SERVER LPDEST PRINTER
+
+run=("$work/bin/queue_test" "$work" "$mode" "$@")
+if ((EUID == 0)) && [[ $mode == user ]]; then
+  chown -R nobody "$work"
+  run=(setpriv --reuid nobody --regid nogroup --clear-groups "${run[@]}")
+fi
+if ((EUID == 0)) && unshare -m true 2>/dev/null; then
+  write_filter plain
+  # shellcheck disable=SC2016
+  run=(unshare -m sh -c 'mount --bind "$0" /var/spool && exec "$@"' "$work/spool" "${run[@]}")
+elif unshare -rm true 2>/dev/null; then
+  write_filter unshare
+else
+  write_filter plain
+fi
+"${run[@]}"

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A cupsd of our own: its files lie in one folder, it listens on a socket there
+// and has a queue for each PPD. Nothing of the system's CUPS is written.
+
+#ifndef WREN_TESTS_QUEUE_SCHEDULER_H_
+#define WREN_TESTS_QUEUE_SCHEDULER_H_
+
+#include <sys/types.h>
+
+#include <string>
+
+class Scheduler {
+ public:
+  /// `work` was laid out by run_queue_test.sh; as root the filters run as lp.
+  Scheduler(std::string work, bool asRoot);
+  ~Scheduler();
+  Scheduler(const Scheduler&) = delete;
+  Scheduler& operator=(const Scheduler&) = delete;
+
+  /// Starts it; false when it does not answer within ten seconds.
+  bool start();
+
+  /// Adds the queues wren58, wren80 and wren112 for a printer at a port of the loopback.
+  bool addQueues(int port);
+
+  const std::string& work() const { return work_; }
+
+  /// The last lines of its log, for the message of a failed test.
+  std::string logTail() const;
+
+ private:
+  void writeConfiguration() const;
+
+  std::string work_;
+  bool asRoot_;
+  pid_t pid_ = -1;
+};
+
+/// Runs a shell command and returns its exit status.
+int run(const std::string& command);
+
+/// Runs a shell command and returns what it writes; empty when it fails.
+std::string outputOf(const std::string& command);
+
+#endif  // WREN_TESTS_QUEUE_SCHEDULER_H_
