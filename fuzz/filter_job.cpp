@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A whole job from made-up bytes: the text of a PPD, the job options and the
+// raster stream. Whatever CUPS makes of them is then printed, and the bytes that
+// leave for the printer are compared with those of the literal version.
+//
+// The input is the job options, a zero byte, the PPD, a zero byte, the raster.
+
+#include <cups/raster.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "filter/job.h"
+#include "filter/raster_input.h"
+#include "filter/settings.h"
+#include "fuzz/input.h"
+#include "fuzz/memory_file.h"
+#include "printer/dot_matrix_ep_printer.h"
+#include "tests/reference/job.h"
+
+namespace {
+
+using fuzz::check;
+
+// Enough for every rule about a page, and little enough to try many.
+constexpr std::uint64_t kMostPageBytes = 1 << 13;
+constexpr std::size_t kMostPages = 4;
+
+// Passes on the pages of a stream, keeps what it passed on, and ends the job at a
+// page that would only cost time. Pages that are too large to be printed at all
+// are passed on.
+class RecordedPages : public PageSource {
+ public:
+  explicit RecordedPages(PageSource& source) : source_(source) {}
+
+  bool readHeader(cups_page_header2_s& header) override {
+    if (pages.size() == kMostPages || !source_.readHeader(header)) return false;
+    const std::uint64_t bytes = std::uint64_t{header.cupsBytesPerLine} * header.cupsHeight;
+    if (bytes > kMostPageBytes && bytes <= 0x7FFFFFFF && header.cupsBitsPerPixel == 8) return false;
+    reference::Page page;
+    page.bitsPerPixel = header.cupsBitsPerPixel;
+    page.bytesPerLine = header.cupsBytesPerLine;
+    page.width = header.cupsWidth;
+    page.height = header.cupsHeight;
+    page.hwResolutionX = header.HWResolution[0];
+    page.numCopies = header.NumCopies;
+    page.readable = false;
+    pages.push_back(page);
+    return true;
+  }
+
+  bool readPixels(unsigned char* pixels, unsigned size) override {
+    if (!source_.readPixels(pixels, size)) return false;
+    pages.back().readable = true;
+    pages.back().pixels.assign(pixels, pixels + size);
+    return true;
+  }
+
+  std::vector<reference::Page> pages;
+
+ private:
+  PageSource& source_;
+};
+
+reference::JobSettings literalSettings(const Settings& s) {
+  reference::JobSettings literal;
+  literal.pageWidth = s.pageWidth;
+  literal.pageHeight = s.pageHeight;
+  literal.maxMediaWidth = s.maxMediaWidth;
+  literal.pageType = s.pageType;
+  literal.bidiPrinting = s.bidiPrinting;
+  literal.pageCutType = s.pageCutType;
+  literal.docCutType = s.docCutType;
+  literal.buzzer1Setting = s.buzzer1Setting;
+  literal.buzzer1OnTime = s.buzzer1OnTime;
+  literal.buzzer1Repeat = s.buzzer1Repeat;
+  literal.buzzer2Setting = s.buzzer2Setting;
+  literal.buzzer2OnTime = s.buzzer2OnTime;
+  literal.buzzer2Repeat = s.buzzer2Repeat;
+  literal.cashDrawerSetting = s.cashDrawerSetting;
+  literal.cashDrawerPulseWidth = s.cashDrawerPulseWidth;
+  literal.feedCutAfterJobEnd = s.feedCutAfterJobEnd;
+  literal.brightness = s.brightness;
+  literal.halftoneType = s.halftoneType;
+  return literal;
+}
+
+// Standard output for as long as the fuzzer lives: the control commands go there.
+fuzz::MemoryFile& standardOutput() {
+  static fuzz::MemoryFile file;
+  static const bool replaced = dup2(file.descriptor(), STDOUT_FILENO) == STDOUT_FILENO;
+  check(replaced, "standard output can be replaced");
+  return file;
+}
+
+void printJob(const Settings& settings, int descriptor) {
+  fuzz::MemoryFile& output = standardOutput();
+  output.clear();
+  beginJob(settings);
+  DotMatrixEpPrinter printer;
+  RasterInput raster(descriptor, {});
+  RecordedPages source(raster);
+  const bool success = Job(settings, printer, {}).printPages(source);
+  std::fflush(stdout);
+
+  const reference::JobResult expected = reference::runJob(literalSettings(settings), source.pages);
+  check(output.content() == reference::bytesOf(expected.commands),
+        "the printer bytes are those of the literal version");
+  check(success == (expected.status == 0), "success means that a page was printed");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static fuzz::MemoryFile ppd;
+  static fuzz::MemoryFile raster;
+  fuzz::Input input(data, size);
+  const std::string options = input.text();
+  const std::string ppdText = input.text();
+  const std::vector<std::uint8_t> rasterBytes = input.rest();
+  ppd.fill(ppdText.data(), ppdText.size());
+  raster.fill(rasterBytes.data(), rasterBytes.size());
+  setenv("PPD", ppd.path().c_str(), 1);
+  Settings settings;
+  if (!initializeSettings(options.c_str(), &settings)) return 0;
+  printJob(settings, raster.descriptor());
+  return 0;
+}
