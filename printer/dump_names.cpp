@@ -17,10 +17,11 @@ const char* const kDitheredDumpFormat = WREN_SPOOL_FOLDER "dithered_%d-%d-%d_%d_
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
-void formatDumpName(char* room, std::size_t size, const char* format, const std::tm& when,
-                    long number) {
-  std::snprintf(room, size, format, when.tm_year + 1900, when.tm_mon + 1, when.tm_mday,
-                when.tm_hour, when.tm_min, when.tm_sec, number);
+DumpPath formatDumpPath(const char* format, const std::tm& when, long number) {
+  DumpPath path = {};
+  std::snprintf(path.text, sizeof path.text, format, when.tm_year + 1900, when.tm_mon + 1,
+                when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, number);
+  return path;
 }
 
 #pragma GCC diagnostic pop

@@ -4,7 +4,6 @@
 // Where the debug images go and what they are called.
 #pragma once
 
-#include <cstddef>
 #include <ctime>
 
 /// Templates of a debug image's path: year, month, day, hour, minute, second and
@@ -13,6 +12,10 @@ extern const char* const kPrintedDumpFormat;
 extern const char* const kOriginDumpFormat;
 extern const char* const kDitheredDumpFormat;
 
-/// Fills a template into room, which holds size bytes; a longer path is cut.
-void formatDumpName(char* room, std::size_t size, const char* format, const std::tm& when,
-                    long number);
+/// The path of a debug image.
+struct DumpPath {
+  char text[1280];
+};
+
+/// Fills a template; a longer path is cut.
+DumpPath formatDumpPath(const char* format, const std::tm& when, long number);

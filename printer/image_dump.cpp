@@ -162,11 +162,10 @@ void WrenPrinter::saveImage(const unsigned char* data, unsigned long bytesPerLin
   const std::time_t now = std::time(nullptr);
   std::tm when = {};
   localtime_r(&now, &when);
-  char path[kImageFileFormatSize + 256];
-  formatDumpName(path, sizeof path, imageFileFormat, when, dumpCounter++);
-  const int descriptor = openOwnFile(path);
+  const DumpPath path = formatDumpPath(imageFileFormat, when, dumpCounter++);
+  const int descriptor = openOwnFile(path.text);
   if (descriptor < 0) {
-    wrenWriteMessage("WrenPrinter::saveImage: unable to open the file %s\n", path);
+    wrenWriteMessage("WrenPrinter::saveImage: unable to open the file %s\n", path.text);
     return;
   }
   writeDump(descriptor, {data, bytesPerLine, height, width}, bitsPerPixel);

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "common/log.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+std::string logged(int level) {
+  CaptureStderr();
+  wrenLogCommon(level, "%s %d", "text", 7);
+  return GetCapturedStderr();
+}
+
+TEST(Log, EachLevelHasItsKeywordAndNoBlankFollowsIt) {
+  EXPECT_EQ(logged(0), "DEBUG:text 7\n");
+  EXPECT_EQ(logged(1), "DEBUG:text 7\n");
+  EXPECT_EQ(logged(2), "WARN:text 7\n");
+  EXPECT_EQ(logged(3), "ERROR:text 7\n");
+  EXPECT_EQ(logged(4), "CRIT:text 7\n");
+  EXPECT_EQ(logged(5), "INVALID:text 7\n");
+}
+
+TEST(Log, LevelsOutsideTheTableAreInvalid) {
+  EXPECT_EQ(logged(6), "INVALID:text 7\n");
+  EXPECT_EQ(logged(-1), "INVALID:text 7\n");
+  EXPECT_EQ(logged(2147483647), "INVALID:text 7\n");
+}
+
+TEST(Log, EmptyMessageIsTheKeywordAlone) {
+  CaptureStderr();
+  wrenLogCommon(1, "%s", "");
+  EXPECT_EQ(GetCapturedStderr(), "DEBUG:\n");
+}
+
+TEST(Log, NewlineOfTheMessageGivesAnEmptyLineAfterIt) {
+  CaptureStderr();
+  wrenLogCommon(0, "getOptionChoiceIndex: %s = %d\n", "PageType", 1);
+  EXPECT_EQ(GetCapturedStderr(), "DEBUG:getOptionChoiceIndex: PageType = 1\n\n");
+}
+
+TEST(Log, PlainMessagesGetNeitherKeywordNorNewline) {
+  CaptureStderr();
+  wrenWriteMessage("ERROR: %s - ", "x");
+  EXPECT_EQ(GetCapturedStderr(), "ERROR: x - ");
+}
+
+// Standard error as a socket that keeps the single writes apart.
+class SeparateWrites {
+ public:
+  SeparateWrites() {
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
+    const int room = 1 << 20;
+    setsockopt(ends[1], SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+    saved = dup(STDERR_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+  }
+  std::vector<std::string> take() {
+    dup2(saved, STDERR_FILENO);
+    close(saved);
+    close(ends[1]);
+    std::vector<std::string> writes;
+    std::string room(1 << 20, '\0');
+    for (ssize_t count = 0; (count = recv(ends[0], room.data(), room.size(), 0)) > 0;) {
+      writes.push_back(room.substr(0, static_cast<std::size_t>(count)));
+    }
+    close(ends[0]);
+    return writes;
+  }
+
+ private:
+  int ends[2] = {-1, -1};
+  int saved = -1;
+};
+
+TEST(Log, EveryLineLeavesInOneWriteWhateverItsLength) {
+  std::vector<std::string> expected;
+  SeparateWrites separate;
+  for (const std::size_t length : {0, 1, 400, 504, 505, 506, 507, 511, 512, 4096, 9000, 100000}) {
+    const std::string text(length, 'x');
+    wrenLogCommon(3, "%s", text.c_str());
+    expected.push_back("ERROR:" + text + "\n");
+  }
+  EXPECT_EQ(separate.take(), expected);
+}
+
+}  // namespace

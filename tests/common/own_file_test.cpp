@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "common/own_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using wren_test::readFile;
+using wren_test::TemporaryFolder;
+
+unsigned modeOf(const fs::path& path) {
+  struct stat status = {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  return status.st_mode & 07777U;
+}
+
+int refused(const fs::path& path) {
+  errno = 0;
+  EXPECT_EQ(openOwnFile(path.c_str()), -1);
+  return errno;
+}
+
+TEST(OwnFile, IsCreatedForItsOwnerAlone) {
+  const TemporaryFolder folder;
+  const mode_t mask = umask(0);
+  const int descriptor = openOwnFile((folder.path() / "new").c_str());
+  umask(mask);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(modeOf(folder.path() / "new"), 0600U);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+  EXPECT_EQ(write(descriptor, "x", 1), 1);
+  close(descriptor);
+  EXPECT_EQ(readFile(folder.path() / "new"), "x");
+}
+
+TEST(OwnFile, EmptiesAnExistingFileAndTakesItFromOthers) {
+  const TemporaryFolder folder;
+  const auto path = folder.write("old", "old text");
+  chmod(path.c_str(), 0666);
+  const int descriptor = openOwnFile(path.c_str());
+  ASSERT_GE(descriptor, 0);
+  close(descriptor);
+  EXPECT_EQ(readFile(path), "");
+  EXPECT_EQ(modeOf(path), 0600U);
+}
+
+TEST(OwnFile, FollowsNoSymbolicLink) {
+  const TemporaryFolder folder;
+  const auto target = folder.write("target", "keep");
+  fs::create_symlink(target, folder.path() / "link");
+  fs::create_symlink(folder.path() / "missing", folder.path() / "dangling");
+  EXPECT_EQ(refused(folder.path() / "link"), ELOOP);
+  EXPECT_EQ(refused(folder.path() / "dangling"), ELOOP);
+  EXPECT_EQ(readFile(target), "keep");
+  EXPECT_FALSE(fs::exists(folder.path() / "missing"));
+}
+
+TEST(OwnFile, RefusesWhatIsNoPlainFileAndDoesNotWait) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(refused(folder.path() / "pipe"), EINVAL);
+  EXPECT_EQ(refused(folder.path()), EISDIR);
+  EXPECT_EQ(refused("/dev/null"), EINVAL);
+  EXPECT_EQ(refused(folder.path() / "no" / "file"), ENOENT);
+}
+
+}  // namespace

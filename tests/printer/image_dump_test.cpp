@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "printer/image_dump.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <ctime>
+
+#include "tests/printer/recording_printer.h"
+#include "tests/support/bmp_file.h"
+#include "tests/support/filter_job.h"
+#include "tests/support/printer_bytes.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+using wren_test::BmpFile;
+using wren_test::bytesOf;
+using wren_test::fromHex;
+using wren_test::hexOf;
+using wren_test::readBmp;
+using wren_test::readFile;
+using wren_test::RecordingPrinter;
+using wren_test::SpoolWorkingFolder;
+
+class ImageDump : public testing::Test {
+ protected:
+  // The file that saveImage writes.
+  std::string saved(const std::string& pixels, unsigned long bytesPerLine, unsigned long height,
+                    unsigned long width, unsigned short bitsPerPixel) {
+    printer.setImageFormat("spool/one.bmp");
+    printer.saveImage(bytesOf(pixels), bytesPerLine, height, width, bitsPerPixel);
+    return readFile(folder.spool() / "one.bmp");
+  }
+
+  SpoolWorkingFolder folder;
+  RecordingPrinter printer;
+};
+
+TEST_F(ImageDump, GreyImageOf384By100) {
+  const std::string pixels(384 * 100, '\x42');
+  const std::string bytes = saved(pixels, 384, 100, 384, 8);
+  const BmpFile file = readBmp(bytes);
+  EXPECT_EQ(bytes.size(), 54U + 1024 + 38400);
+  EXPECT_EQ(file.fileSize, 39478U);
+  EXPECT_EQ(file.imageSize, 38400U);
+  EXPECT_EQ(file.pixels, pixels);
+}
+
+TEST_F(ImageDump, DotImageOf384By100) {
+  const std::string bytes = saved(std::string(384 * 100, '\0'), 384, 100, 384, 1);
+  const BmpFile file = readBmp(bytes);
+  EXPECT_EQ(bytes.size(), 4862U);
+  EXPECT_EQ(file.fileSize, 4862U);
+  EXPECT_EQ(file.imageSize, 4800U);
+  EXPECT_EQ(file.pixels.size(), 48U * 100);
+}
+
+TEST_F(ImageDump, HeaderAndPaletteOfAGreyImage) {
+  const std::string bytes = saved(std::string(30, '\x05'), 10, 3, 10, 8);
+  EXPECT_EQ(hexOf(bytes.substr(0, 54)),
+            "42 4D 5A 04 00 00 00 00 00 00 36 04 00 00 28 00 00 00 0A 00 00 00 03 00 00 00 01 00 "
+            "08 00 00 00 00 00 24 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00 01 00 00");
+  const std::string palette = readBmp(bytes).palette;
+  ASSERT_EQ(palette.size(), 1024U);
+  for (std::size_t i = 0; i < 256; ++i) {
+    const char level = static_cast<char>(i);
+    EXPECT_EQ(palette.substr(4 * i, 4), std::string({level, level, level, '\0'})) << i;
+  }
+}
+
+TEST_F(ImageDump, HeaderAndPaletteOfADotImage) {
+  EXPECT_EQ(hexOf(saved(std::string(10, '\0'), 10, 1, 10, 1)),
+            "42 4D 42 00 00 00 00 00 00 00 3E 00 00 00 28 00 00 00 0A 00 00 00 01 00 00 00 01 00 "
+            "01 00 00 00 00 00 04 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+            "00 00 00 00 FF FF FF 00 FF FF 00 00");
+}
+
+// The header declares padded rows, bottom row first; the bytes are neither.
+TEST_F(ImageDump, GreyRowsStandAsInMemoryWhateverTheHeaderSays) {
+  std::string pixels;
+  for (char i = 0; i < 20; ++i) pixels += i;
+  const BmpFile file = readBmp(saved(pixels, 10, 2, 10, 8));
+  EXPECT_EQ(file.imageSize, 24U);
+  EXPECT_EQ(file.fileSize, 1078U + 24);
+  EXPECT_EQ(file.height, 2);
+  EXPECT_EQ(file.pixels, pixels);
+}
+
+TEST_F(ImageDump, DotRowsArePackedWhiteForEmptyAndStandBottomUp) {
+  const std::string empty(10, '\0');
+  const std::string dots(10, '\xFF');
+  EXPECT_EQ(hexOf(readBmp(saved(empty, 10, 1, 10, 1)).pixels), "FF FF 00 00");
+  EXPECT_EQ(hexOf(readBmp(saved(dots, 10, 1, 10, 1)).pixels), "00 3F 00 00");
+  EXPECT_EQ(hexOf(readBmp(saved(dots + empty, 10, 2, 10, 1)).pixels), "FF FF 00 00 00 3F 00 00");
+}
+
+TEST_F(ImageDump, AnyValueButZeroIsADot) {
+  EXPECT_EQ(hexOf(readBmp(saved(fromHex("00 01 7F 80 FF 00 00 00"), 8, 1, 8, 1)).pixels),
+            "87 00 00 00");
+}
+
+// Rows are read by bytes per line and declared by the width.
+TEST_F(ImageDump, RowsLongerThanTheWidthAreCutToTheDeclaredRow) {
+  const std::string row = std::string(8, '\0') + std::string(32, '\x01');
+  const BmpFile file = readBmp(saved(row + row, 40, 2, 8, 1));
+  EXPECT_EQ(file.imageSize, 8U);
+  EXPECT_EQ(hexOf(file.pixels), "FF 00 00 00 FF 00 00 00");
+  const BmpFile narrow = readBmp(saved(fromHex("0000000001 0101010100"), 5, 2, 3, 1));
+  EXPECT_EQ(hexOf(narrow.pixels), "0F 00 00 00 F7 00 00 00");
+}
+
+TEST_F(ImageDump, GreyImageOfLongerRowsTakesWidthTimesHeightBytesAsTheyLie) {
+  const BmpFile file = readBmp(saved("abcdefgh", 4, 2, 3, 8));
+  EXPECT_EQ(file.width, 3);
+  EXPECT_EQ(file.pixels, "abcdef");
+}
+
+TEST_F(ImageDump, OtherDepthsAreLikeDotsWithoutAPalette) {
+  for (const unsigned short depth : std::initializer_list<unsigned short>{0, 4, 24}) {
+    const std::string bytes = saved(std::string(10, '\0'), 10, 1, 10, depth);
+    EXPECT_EQ(bytes.size(), 54U + 4);
+    EXPECT_EQ(readBmp(bytes).bitsPerPixel, 1U);
+    EXPECT_EQ(readBmp(bytes).pixelOffset, 62U);
+    EXPECT_EQ(readBmp(bytes).fileSize, 66U);
+    EXPECT_EQ(hexOf(bytes.substr(54)), "FF FF 00 00");
+  }
+}
+
+TEST_F(ImageDump, PageWithoutRowsIsAHeader) {
+  EXPECT_EQ(saved("", 10, 0, 10, 1).size(), 62U);
+  EXPECT_EQ(saved("", 10, 0, 10, 8).size(), 1078U);
+}
+
+TEST_F(ImageDump, IsNamedByTheMomentAndTheRunningNumber) {
+  setenv("TZ", "UTC", 1);
+  tzset();
+  printer.setImageFormat("spool/n_%d-%d-%d_%d_%d_%d_%ld.bmp");
+  const std::time_t before = std::time(nullptr);
+  printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
+  printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
+  const auto images = wren_test::savedImages(folder.spool());
+  ASSERT_EQ(images.size(), 2U);
+  EXPECT_EQ(images[1].number, images[0].number + 1);
+  bool named = false;
+  for (std::time_t second = before; second <= std::time(nullptr); ++second) {
+    char text[64];
+    std::tm when = {};
+    gmtime_r(&second, &when);
+    std::snprintf(text, sizeof text, "n_%d-%d-%d_%d_%d_%d_%ld.bmp", when.tm_year + 1900,
+                  when.tm_mon + 1, when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec,
+                  images[0].number);
+    named = named || images[0].name == text;
+  }
+  EXPECT_TRUE(named) << images[0].name;
+}
+
+TEST_F(ImageDump, MissingFolderCostsOneLineAndANumber) {
+  printer.setImageFormat("spool/n_%d-%d-%d_%d_%d_%d_%ld.bmp");
+  printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
+  fs::rename(folder.spool(), folder.spool().parent_path() / "away");
+  CaptureStderr();
+  printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
+  const std::string message = GetCapturedStderr();
+  const std::string start = "WrenPrinter::saveImage: unable to open the file spool/n_";
+  EXPECT_EQ(message.substr(0, start.size()), start);
+  EXPECT_EQ(message.back(), '\n');
+  EXPECT_EQ(wren_test::linesOf(message).size(), 1U);
+  fs::rename(folder.spool().parent_path() / "away", folder.spool());
+  printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
+  const auto images = wren_test::savedImages(folder.spool());
+  ASSERT_EQ(images.size(), 2U);
+  EXPECT_EQ(images[1].number, images[0].number + 2);
+}
+
+TEST_F(ImageDump, IsForItsOwnerAloneAndReplacesAnOlderOne) {
+  saved(std::string(100, 'x'), 10, 10, 10, 8);
+  const std::string bytes = saved("y", 1, 1, 1, 8);
+  EXPECT_EQ(bytes.size(), 1079U);
+  struct stat status = {};
+  ASSERT_EQ(stat((folder.spool() / "one.bmp").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(ImageDump, FollowsNoSymbolicLink) {
+  fs::create_symlink(folder.spool() / "target", folder.spool() / "one.bmp");
+  CaptureStderr();
+  EXPECT_EQ(saved("x", 1, 1, 1, 8), "");
+  EXPECT_EQ(GetCapturedStderr(), "WrenPrinter::saveImage: unable to open the file spool/one.bmp\n");
+  EXPECT_FALSE(fs::exists(folder.spool() / "target"));
+}
+
+TEST(ImageDumpWriting, AFullDiskEndsTheWritingQuietly) {
+  const int full = open("/dev/full", O_RDWR | O_CLOEXEC);
+  ASSERT_GE(full, 0);
+  const std::string pixels(100, 'x');
+  CaptureStderr();
+  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 8);
+  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 1);
+  EXPECT_EQ(GetCapturedStderr(), "");
+  close(full);
+}
+
+// A pipe that does not wait takes a large image only in part.
+TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
+  const std::string pixels(300000, 'x');
+  wren_test::CaptureFile whole;
+  writeDump(fileno(whole.stream()), {bytesOf(pixels), 1000, 300, 1000}, 8);
+  std::fseek(whole.stream(), 0, SEEK_END);
+  const std::string expected = whole.bytes();
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval often = {{0, 1000}, {0, 1000}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    writeDump(ends[1], {bytesOf(pixels), 1000, 300, 1000}, 8);
+    _exit(0);
+  }
+  close(ends[1]);
+  std::string got;
+  char block[5000];
+  for (ssize_t count = 0; (count = read(ends[0], block, sizeof block)) > 0;) {
+    got.append(block, static_cast<std::size_t>(count));
+    usleep(200);
+  }
+  close(ends[0]);
+  waitpid(child, nullptr, 0);
+  EXPECT_EQ(got.size(), 1078U + 300000);
+  EXPECT_EQ(got, expected);
+}
+
+}  // namespace
