@@ -3,7 +3,9 @@
 
 #include "bitmap/dither_kernels.h"
 
+#include "bitmap/byte_vector.h"
 #include "bitmap/diffusion_plain.h"
+#include "bitmap/diffusion_wavefront.h"
 #include "bitmap/dither_tables.h"
 #include "bitmap/level_rows.h"
 #include "bitmap/threshold_cells.h"
@@ -13,6 +15,15 @@ namespace {
 bool compare(const ThresholdCell& cell, const LevelRows& rows) {
   ditherByThresholds(cell, rows);
   return true;
+}
+
+template <const DiffusionKernel& Kernel>
+bool diffuse(const LevelRows& rows, BitmapAllocator allocator) {
+#ifdef WREN_HAS_BYTE_VECTORS
+  return diffuseWavefront<Kernel>(rows, allocator);
+#else
+  return diffusePlain(Kernel, rows, allocator);
+#endif
 }
 
 }  // namespace
@@ -27,15 +38,15 @@ bool ditherPage(std::int64_t method, const DitherPage& page, BitmapAllocator all
     case DitherMethod::kBayer:
       return compare(bayerCell(), rows);
     case DitherMethod::kBurkes:
-      return diffusePlain(kBurkes, rows, allocator);
+      return diffuse<kBurkes>(rows, allocator);
     case DitherMethod::kStucki:
-      return diffusePlain(kStucki, rows, allocator);
+      return diffuse<kStucki>(rows, allocator);
     case DitherMethod::kJarvisJudiceNinke:
-      return diffusePlain(kJarvisJudiceNinke, rows, allocator);
+      return diffuse<kJarvisJudiceNinke>(rows, allocator);
     case DitherMethod::kSierra:
-      return diffusePlain(kSierra, rows, allocator);
+      return diffuse<kSierra>(rows, allocator);
     case DitherMethod::kStevensonArce:
-      return diffusePlain(kStevensonArce, rows, allocator);
+      return diffuse<kStevensonArce>(rows, allocator);
     case DitherMethod::kFloydSteinberg:
       break;
   }

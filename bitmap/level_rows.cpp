@@ -33,19 +33,23 @@ std::uint8_t* LevelRows::dots(std::size_t y) const {
 }
 
 // Brightness without contrast is a shift, which compilers turn into vector
-// code; a table look-up they cannot.
+// code; a table look-up they cannot. The members are copied first: a compiler
+// must expect that the bytes written are theirs.
 void LevelRows::copyToned(const std::uint8_t* from, std::uint8_t* to) const {
-  if (isShift_ && shift_ >= 0) {
-    const int most = 255 - shift_;
-    for (std::size_t x = 0; x < page_.width; ++x) {
-      to[x] = static_cast<std::uint8_t>(std::min<int>(from[x], most) + shift_);
+  const std::size_t width = page_.width;
+  const int shift = shift_;
+  if (isShift_ && shift >= 0) {
+    const int most = 255 - shift;
+    for (std::size_t x = 0; x < width; ++x) {
+      to[x] = static_cast<std::uint8_t>(std::min<int>(from[x], most) + shift);
     }
   } else if (isShift_) {
-    for (std::size_t x = 0; x < page_.width; ++x) {
-      to[x] = static_cast<std::uint8_t>(std::max<int>(from[x], -shift_) + shift_);
+    for (std::size_t x = 0; x < width; ++x) {
+      to[x] = static_cast<std::uint8_t>(std::max<int>(from[x], -shift) + shift);
     }
   } else {
-    for (std::size_t x = 0; x < page_.width; ++x) to[x] = page_.tone[from[x]];
+    const std::uint8_t* tone = page_.tone;
+    for (std::size_t x = 0; x < width; ++x) to[x] = tone[from[x]];
   }
 }
 

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The bitmap and its dither kernels against the literal version, on one page of
+// a receipt printer. Each line is named after what it measures; "pixels" is the
+// rate per second. Both sides run the same loop, so their ratio is the gain.
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "bitmap/cximage.h"
+#include "bitmap/diffusion_plain.h"
+#include "bitmap/dither_kernels.h"
+#include "bitmap/dither_tables.h"
+#include "bitmap/level_rows.h"
+#include "tests/reference/cximage.h"
+
+namespace {
+
+constexpr std::uint32_t kWidth = 576;
+constexpr std::uint32_t kHeight = 1200;
+
+using Pixels = std::vector<std::uint8_t>;
+
+// Slow waves with noise: every level occurs, and no row is like the one above.
+const Pixels& photo() {
+  static const Pixels pixels = [] {
+    std::mt19937 random(1);
+    Pixels page;
+    for (std::uint32_t y = 0; y < kHeight; ++y) {
+      for (std::uint32_t x = 0; x < kWidth; ++x) {
+        const double wave = std::sin(x * 0.013) + std::cos(y * 0.017 + x * 0.003);
+        page.push_back(
+            static_cast<std::uint8_t>(127 + 55 * wave + static_cast<int>(random() % 17)));
+      }
+    }
+    return page;
+  }();
+  return pixels;
+}
+
+void countPixels(benchmark::State& state) {
+  state.counters["pixels"] =
+      benchmark::Counter(double{kWidth} * kHeight, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+template <class Image>
+void load(Image& image) {
+  image.CreateFromArray(photo().data(), kWidth, kHeight, 8, kWidth, false);
+}
+
+template <class Image>
+void create(benchmark::State& state) {
+  for (auto _ : state) {
+    Image image;
+    load(image);
+    benchmark::DoNotOptimize(image.GetBits(0));
+  }
+  countPixels(state);
+}
+
+template <class Image>
+void rotate180(benchmark::State& state) {
+  Image image;
+  load(image);
+  for (auto _ : state) image.Rotate180(nullptr);
+  countPixels(state);
+}
+
+template <class Image>
+void mirror(benchmark::State& state) {
+  Image image;
+  load(image);
+  for (auto _ : state) image.Mirror();
+  countPixels(state);
+}
+
+template <class Image>
+void negative(benchmark::State& state) {
+  Image image;
+  load(image);
+  for (auto _ : state) image.Negative();
+  countPixels(state);
+}
+
+template <class Image>
+void light(benchmark::State& state) {
+  Image image;
+  load(image);
+  for (auto _ : state) image.Light(0, 0);
+  countPixels(state);
+}
+
+template <class Image>
+void increaseBpp(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    Image image;
+    image.Create(kWidth, kHeight, 1, 0);
+    state.ResumeTiming();
+    image.IncreaseBpp(8);
+  }
+  countPixels(state);
+}
+
+// A page goes in and a bitmap of dots comes out: the copy belongs to both sides.
+template <class Image>
+void dither(benchmark::State& state) {
+  for (auto _ : state) {
+    Image image;
+    load(image);
+    image.Dither(state.range(0));
+    benchmark::DoNotOptimize(image.GetBits(0));
+  }
+  countPixels(state);
+}
+
+DitherPage pageInto(Pixels& dots) {
+  DitherPage page;
+  page.levels = photo().data();
+  page.levelStrideBytes = kWidth;
+  page.dots = dots.data();
+  page.dotStrideBytes = kWidth;
+  page.width = kWidth;
+  page.height = kHeight;
+  return page;
+}
+
+// The kernel alone, as a page of a job runs it.
+void kernel(benchmark::State& state) {
+  Pixels dots(photo().size());
+  for (auto _ : state) {
+    ditherPage(state.range(0), pageInto(dots));
+    benchmark::DoNotOptimize(dots.data());
+  }
+  countPixels(state);
+}
+
+// With a brightness, with a contrast, and mirrored.
+void kernelToned(benchmark::State& state) {
+  Pixels dots(photo().size());
+  Pixels tone(256);
+  for (std::size_t i = 0; i < 256; ++i) {
+    tone[i] = static_cast<std::uint8_t>(state.range(1) == 0 ? std::min<std::size_t>(i + 50, 255)
+                                                            : (i * i) / 255);
+  }
+  DitherPage page = pageInto(dots);
+  page.tone = tone.data();
+  page.mirrored = state.range(1) == 2;
+  for (auto _ : state) {
+    ditherPage(state.range(0), page);
+    benchmark::DoNotOptimize(dots.data());
+  }
+  countPixels(state);
+}
+
+template <const DiffusionKernel& Kernel>
+void plainTwin(benchmark::State& state) {
+  Pixels dots(photo().size());
+  const LevelRows rows(pageInto(dots));
+  for (auto _ : state) {
+    diffusePlain(Kernel, rows);
+    benchmark::DoNotOptimize(dots.data());
+  }
+  countPixels(state);
+}
+
+BENCHMARK_TEMPLATE(create, reference::CxImage)->Name("create/literal");
+BENCHMARK_TEMPLATE(create, CxImage)->Name("create");
+BENCHMARK_TEMPLATE(rotate180, reference::CxImage)->Name("rotate180/literal");
+BENCHMARK_TEMPLATE(rotate180, CxImage)->Name("rotate180");
+BENCHMARK_TEMPLATE(mirror, reference::CxImage)->Name("mirror/literal");
+BENCHMARK_TEMPLATE(mirror, CxImage)->Name("mirror");
+BENCHMARK_TEMPLATE(negative, reference::CxImage)->Name("negative/literal");
+BENCHMARK_TEMPLATE(negative, CxImage)->Name("negative");
+BENCHMARK_TEMPLATE(light, reference::CxImage)->Name("light/literal");
+BENCHMARK_TEMPLATE(light, CxImage)->Name("light");
+BENCHMARK_TEMPLATE(increaseBpp, reference::CxImage)->Name("increaseBpp/literal");
+BENCHMARK_TEMPLATE(increaseBpp, CxImage)->Name("increaseBpp");
+BENCHMARK_TEMPLATE(dither, reference::CxImage)->Name("dither/literal")->DenseRange(0, 8);
+BENCHMARK_TEMPLATE(dither, CxImage)->Name("dither")->DenseRange(0, 8);
+BENCHMARK(kernel)->DenseRange(0, 8);
+BENCHMARK(kernelToned)->ArgsProduct({{0, 4}, {0, 1, 2}});
+BENCHMARK_TEMPLATE(plainTwin, kBurkes)->Name("plainTwin/2");
+BENCHMARK_TEMPLATE(plainTwin, kStucki)->Name("plainTwin/3");
+BENCHMARK_TEMPLATE(plainTwin, kJarvisJudiceNinke)->Name("plainTwin/4");
+BENCHMARK_TEMPLATE(plainTwin, kSierra)->Name("plainTwin/5");
+BENCHMARK_TEMPLATE(plainTwin, kStevensonArce)->Name("plainTwin/6");
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Sixteen bytes in one processor register, with the few operations that the
+// dither kernels need. Each is one or two instructions of the baseline of its
+// architecture: SSE2 on x86-64, NEON on 64-bit ARM. Where neither is there,
+// WREN_HAS_BYTE_VECTORS is not defined and the plain kernels run.
+//
+// Every operation is exact integer arithmetic and gives the same bytes on both.
+
+#ifndef WREN_BITMAP_BYTE_VECTOR_H_
+#define WREN_BITMAP_BYTE_VECTOR_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#define WREN_HAS_BYTE_VECTORS 1
+#elif defined(__aarch64__) && defined(__ARM_NEON) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+#include <arm_neon.h>
+#define WREN_HAS_BYTE_VECTORS 1
+#endif
+
+#ifdef WREN_HAS_BYTE_VECTORS
+
+/// Sixteen bytes. Whether a byte is signed is a matter of the operation.
+struct ByteVector {
+  static constexpr std::size_t kBytes = 16;
+
+#ifdef __SSE2__
+  __m128i lanes;
+#else
+  uint8x16_t lanes;
+#endif
+};
+
+/// Sixteen bytes widened to 16 bits each.
+struct WideVector {
+#ifdef __SSE2__
+  __m128i low;
+  __m128i high;
+#else
+  int16x8_t low;
+  int16x8_t high;
+#endif
+};
+
+#ifdef __SSE2__
+
+/// Any address will do.
+inline ByteVector loadBytes(const void* from) {
+  return {_mm_loadu_si128(static_cast<const __m128i*>(from))};
+}
+inline void storeBytes(ByteVector v, void* to) {
+  _mm_storeu_si128(static_cast<__m128i*>(to), v.lanes);
+}
+
+/// The same byte in every lane.
+inline ByteVector splat(std::uint8_t byte) {
+  return {_mm_set1_epi8(static_cast<char>(byte))};
+}
+
+inline ByteVector operator^(ByteVector a, ByteVector b) {
+  return {_mm_xor_si128(a.lanes, b.lanes)};
+}
+inline ByteVector operator&(ByteVector a, ByteVector b) {
+  return {_mm_and_si128(a.lanes, b.lanes)};
+}
+
+/// Signed sums, held to -128..127.
+inline ByteVector addClamped(ByteVector a, ByteVector b) {
+  return {_mm_adds_epi8(a.lanes, b.lanes)};
+}
+
+/// 255 where the signed byte is above 0, else 0.
+inline ByteVector aboveZero(ByteVector v) {
+  return {_mm_cmpgt_epi8(v.lanes, _mm_setzero_si128())};
+}
+
+/// -v where `mask` is 255, v where it is 0.
+inline ByteVector negateWhere(ByteVector mask, ByteVector v) {
+  return {_mm_sub_epi8(_mm_xor_si128(v.lanes, mask.lanes), mask.lanes)};
+}
+
+inline WideVector widen(ByteVector v) {
+  const __m128i zero = _mm_setzero_si128();
+  return {_mm_unpacklo_epi8(v.lanes, zero), _mm_unpackhi_epi8(v.lanes, zero)};
+}
+
+/// v * factor / 32768 in every lane, rounded down, as bytes. The lanes hold 0 to
+/// 255; the results must be at most 127.
+inline ByteVector fractionOf(WideVector v, std::int16_t factor) {
+  const __m128i doubled = _mm_set1_epi16(static_cast<std::int16_t>(2 * factor));
+  return {_mm_packs_epi16(_mm_mulhi_epu16(v.low, doubled), _mm_mulhi_epu16(v.high, doubled))};
+}
+
+/// The first or last eight lanes of `a` and `b` in turn: a0 b0 a1 b1 ...
+inline ByteVector interleaveFirst(ByteVector a, ByteVector b) {
+  return {_mm_unpacklo_epi8(a.lanes, b.lanes)};
+}
+inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
+  return {_mm_unpackhi_epi8(a.lanes, b.lanes)};
+}
+
+#else
+
+inline ByteVector loadBytes(const void* from) {
+  return {vld1q_u8(static_cast<const std::uint8_t*>(from))};
+}
+inline void storeBytes(ByteVector v, void* to) {
+  vst1q_u8(static_cast<std::uint8_t*>(to), v.lanes);
+}
+
+inline ByteVector splat(std::uint8_t byte) {
+  return {vdupq_n_u8(byte)};
+}
+
+inline ByteVector operator^(ByteVector a, ByteVector b) {
+  return {veorq_u8(a.lanes, b.lanes)};
+}
+inline ByteVector operator&(ByteVector a, ByteVector b) {
+  return {vandq_u8(a.lanes, b.lanes)};
+}
+
+inline ByteVector addClamped(ByteVector a, ByteVector b) {
+  return {
+      vreinterpretq_u8_s8(vqaddq_s8(vreinterpretq_s8_u8(a.lanes), vreinterpretq_s8_u8(b.lanes)))};
+}
+
+inline ByteVector aboveZero(ByteVector v) {
+  return {vcgtzq_s8(vreinterpretq_s8_u8(v.lanes))};
+}
+
+inline ByteVector negateWhere(ByteVector mask, ByteVector v) {
+  return {vsubq_u8(veorq_u8(v.lanes, mask.lanes), mask.lanes)};
+}
+
+inline WideVector widen(ByteVector v) {
+  return {vreinterpretq_s16_u16(vmovl_u8(vget_low_u8(v.lanes))),
+          vreinterpretq_s16_u16(vmovl_high_u8(v.lanes))};
+}
+
+// The instruction doubles the product before it takes the high half.
+inline ByteVector fractionOf(WideVector v, std::int16_t factor) {
+  const int16x8_t low = vqdmulhq_n_s16(v.low, factor);
+  const int16x8_t high = vqdmulhq_n_s16(v.high, factor);
+  return {vuzp1q_u8(vreinterpretq_u8_s16(low), vreinterpretq_u8_s16(high))};
+}
+
+inline ByteVector interleaveFirst(ByteVector a, ByteVector b) {
+  return {vzip1q_u8(a.lanes, b.lanes)};
+}
+inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
+  return {vzip2q_u8(a.lanes, b.lanes)};
+}
+
+#endif  // __SSE2__
+
+/// Sixteen rows of sixteen bytes.
+using ByteSquare = std::array<ByteVector, ByteVector::kBytes>;
+
+/// Swaps rows and columns. One round of interleaving row i with row i + 8 turns
+/// the eight-bit number "row, column" of a byte round by one bit; after four
+/// rounds the two halves have changed places.
+inline void transpose(ByteSquare& square) {
+  for (int round = 0; round < 4; ++round) {
+    ByteSquare turned;
+    for (std::size_t i = 0; i < 8; ++i) {
+      turned[2 * i] = interleaveFirst(square[i], square[i + 8]);
+      turned[2 * i + 1] = interleaveLast(square[i], square[i + 8]);
+    }
+    square = turned;
+  }
+}
+
+#endif  // WREN_HAS_BYTE_VECTORS
+
+#endif  // WREN_BITMAP_BYTE_VECTOR_H_
