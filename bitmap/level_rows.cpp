@@ -4,7 +4,6 @@
 #include "bitmap/level_rows.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -60,7 +59,7 @@ const std::uint8_t* LevelRows::levels(std::size_t y) const {
   if (page_.tone) {
     copyToned(from, to);
   } else {
-    std::memcpy(to, from, page_.width);
+    std::copy_n(from, page_.width, to);
   }
   if (page_.mirrored) std::reverse(to, to + page_.width);
   return to;
