@@ -54,6 +54,7 @@ Job::PageOutcome Job::printPage(PageSource& source) {
 // kPrinted here means that the page is in the buffer and may be printed.
 Job::PageOutcome Job::receivePage(PageSource& source, cups_page_header2_s& header) {
   if (cancel.isRequested() || !source.readHeader(header)) return PageOutcome::kNoMorePages;
+  if (cancel.isRequested()) return PageOutcome::kCancelled;
   if (header.cupsBitsPerPixel != 8) {
     wrenLogCommon(3, "Unsupported bits per pixel : %d ! Requires 8 bits per pixel!",
                   static_cast<int>(header.cupsBitsPerPixel));

@@ -38,9 +38,10 @@ ProcessSpec specOf(const FilterJob& job, const TemporaryFolder& folder) {
       job.ppdPath.empty() ? folder.write("printer.ppd", job.ppd).string() : job.ppdPath;
   if (ppd != "-") spec.environment.push_back("PPD=" + ppd);
   const std::string privateFolder = folder.path();
-  spec.beforeExec = [privateFolder, job] {
-    enterPrivateSpool(privateFolder, job.spool);
-    if (job.beforeExec) job.beforeExec();
+  // Only what is needed: a copy of the raster would count as memory of the filter.
+  spec.beforeExec = [privateFolder, spool = job.spool, then = job.beforeExec] {
+    enterPrivateSpool(privateFolder, spool);
+    if (then) then();
   };
   return spec;
 }
