@@ -10,7 +10,7 @@
 #include "stencil/qv_image.h"
 
 /// Where the error of the pixel at (x, y) goes, in the order of the additions.
-struct DiffusionTap {
+struct StencilTap {
   int dx;
   int dy;
   float weight;
@@ -18,7 +18,7 @@ struct DiffusionTap {
 
 /// The weights are not normalised (they add up to 0.940002) and two are negative:
 /// the look of the stencil depends on it.
-inline constexpr DiffusionTap kDiffusionTaps[] = {
+inline constexpr StencilTap kDiffusionTaps[] = {
     {+1, 0, 0.505786F},   //
     {+2, 0, -0.052926F},  //
     {-2, 1, 0.226194F},   //

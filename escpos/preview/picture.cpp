@@ -77,7 +77,7 @@ void Picture::addMark(const escpos::Mark& mark) {
 // A label moves down to where the one above it leaves room. Where very much happens in one
 // place some are left out, so that a hostile stream does not make a picture of labels.
 void Picture::addLabel(std::uint64_t top, const escpos::Mark& mark) {
-  const std::uint64_t line = kLineCells * textScale_;
+  const std::uint64_t line = std::uint64_t{kLineCells} * textScale_;
   const std::uint64_t free = labels_.empty() ? 0 : labels_.back().top + line;
   const std::uint64_t place = std::max(top, free);
   if (place > top + kMaxSlipLines * line) return;
@@ -120,7 +120,7 @@ void Picture::paintScale(std::uint64_t y, std::span<std::uint8_t> pixels) const 
   // The number stands below the long tick of its place, beside the next short ones.
   const std::uint64_t tens = y * 254 / (100 * perInch);
   const std::uint64_t top = pixelOfMm(tens * 10) + textScale_;
-  if (y < top || top + kGlyphRows * textScale_ > paperHeight_) return;
+  if (y < top || top + std::uint64_t{kGlyphRows} * textScale_ > paperHeight_) return;
   const std::string number = std::to_string(tens * 10);
   const auto cells = static_cast<std::uint32_t>(number.size()) * kGlyphAdvance + kMiddleTickCells;
   const std::uint32_t right = leftMargin_ - textScale_;
@@ -133,9 +133,9 @@ void Picture::paintLabel(std::uint64_t y, std::span<std::uint8_t> pixels) const 
   if (after == labels_.begin()) return;
   const Label& label = *(after - 1);
   // One cell lower than its place, clear of the line of a cut.
-  if (y < label.top + 2 * textScale_) return;
+  if (y < label.top + std::uint64_t{2} * textScale_) return;
   paintText(label.text, label.ink, leftMargin_ + paperWidth_ + kLabelIndentCells * textScale_,
-            y - label.top - 2 * textScale_, pixels);
+            y - label.top - std::uint64_t{2} * textScale_, pixels);
 }
 
 void Picture::paintCut(std::uint64_t y, std::span<std::uint8_t> pixels) const {
@@ -153,7 +153,7 @@ void Picture::paintCut(std::uint64_t y, std::span<std::uint8_t> pixels) const {
 
 void Picture::paintText(const std::string& text, Ink ink, std::uint32_t left, std::uint64_t row,
                         std::span<std::uint8_t> pixels) const {
-  if (row >= kGlyphRows * textScale_) return;
+  if (row >= std::uint64_t{kGlyphRows} * textScale_) return;
   const auto gridRow = static_cast<unsigned>(row / textScale_);
   const std::size_t wanted = text.size() * kGlyphAdvance * textScale_;
   const std::size_t length = std::min<std::size_t>(wanted, pixels.size() - left);

@@ -80,7 +80,7 @@ class Reception {
       const ssize_t count = ::recv(connection_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
       if (count == 0) return {};
       if (count > 0) {
-        const std::string refusal = take(std::span(buffer_).first(static_cast<std::size_t>(count)));
+        std::string refusal = take(std::span(buffer_).first(static_cast<std::size_t>(count)));
         if (!refusal.empty()) return refusal;
       } else if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
         return std::string("cut short: ") + std::strerror(errno);

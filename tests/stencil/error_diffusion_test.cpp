@@ -31,7 +31,7 @@ TEST(ErrorDiffusion, WeightsAreExactConstants) {
 
 TEST(ErrorDiffusion, WeightsDropSixPercent) {
   float sum = 0.0F;
-  for (const DiffusionTap& tap : kDiffusionTaps) sum += tap.weight;
+  for (const StencilTap& tap : kDiffusionTaps) sum += tap.weight;
   EXPECT_NEAR(sum, 0.940002F, 1e-6F);
 }
 
