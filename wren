@@ -30,6 +30,12 @@ source "$WREN_ROOT/tools/test.sh"
 source "$WREN_ROOT/tools/bench.sh"
 # shellcheck source=tools/checks.sh
 source "$WREN_ROOT/tools/checks.sh"
+# shellcheck source=tools/package.sh
+source "$WREN_ROOT/tools/package.sh"
+# shellcheck source=tools/queue.sh
+source "$WREN_ROOT/tools/queue.sh"
+# shellcheck source=tools/doctor.sh
+source "$WREN_ROOT/tools/doctor.sh"
 
 usage() {
   cat <<'TEXT'
@@ -60,6 +66,16 @@ Usage: ./wren COMMAND [ARGUMENTS]
   mutate [--list] [--count N] [FOLDER...]
         Makes small changes in the product code, one at a time, and shows which
         of them the tests do not notice. Takes most of an hour.
+  package
+        Builds the Debian package below build/package and runs lintian on it.
+  add-queue NAME URI [58|80|112]
+        Adds a print queue to this machine's scheduler, with the settings that keep
+        a receipt upright and at the top; installs the filter if it is missing.
+  remove-queue NAME
+        Removes such a queue.
+  doctor [QUEUE]
+        Checks everything between a document and the printer, and names for each
+        finding the command that mends it.
   help
         This list.
 
@@ -79,6 +95,10 @@ main() {
     lint) lint_command "$@" ;;
     fuzz) fuzz_command "$@" ;;
     mutate) mutate_command "$@" ;;
+    package) package_command "$@" ;;
+    add-queue) add_queue_command "$@" ;;
+    remove-queue) remove_queue_command "$@" ;;
+    doctor) doctor_command "$@" ;;
     help | -h | --help) usage ;;
     *) fail_usage "unknown command '$command'; ./wren help lists them" ;;
   esac

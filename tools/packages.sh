@@ -16,6 +16,7 @@ declare -rA DEBIAN_PACKAGES=(
   [bench]="libbenchmark-dev"
   [lint]="clang-tidy cppcheck shellcheck"
   [fuzz]="clang"
+  [package]="build-essential debhelper lintian git"
 )
 
 # Homebrew's names for the same; the system brings CUPS itself.
@@ -29,6 +30,7 @@ declare -rA BREW_PACKAGES=(
   [bench]="google-benchmark"
   [lint]="llvm cppcheck shellcheck"
   [fuzz]="llvm"
+  [package]=""
 )
 
 # need PURPOSE...: makes sure that the packages for these purposes are there.
