@@ -104,6 +104,14 @@ inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
   return {_mm_unpackhi_epi8(a.lanes, b.lanes)};
 }
 
+/// The lanes in reverse order.
+inline ByteVector reversed(ByteVector v) {
+  constexpr int kReverse = _MM_SHUFFLE(0, 1, 2, 3);
+  const __m128i words = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v.lanes, kReverse), kReverse);
+  const __m128i halves = _mm_shuffle_epi32(words, _MM_SHUFFLE(1, 0, 3, 2));
+  return {_mm_or_si128(_mm_slli_epi16(halves, 8), _mm_srli_epi16(halves, 8))};
+}
+
 #else
 
 inline ByteVector loadBytes(const void* from) {
@@ -154,6 +162,11 @@ inline ByteVector interleaveFirst(ByteVector a, ByteVector b) {
 }
 inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
   return {vzip2q_u8(a.lanes, b.lanes)};
+}
+
+inline ByteVector reversed(ByteVector v) {
+  const uint8x16_t halves = vrev64q_u8(v.lanes);
+  return {vextq_u8(halves, halves, 8)};
 }
 
 #endif  // __SSE2__

@@ -7,161 +7,16 @@
 
 #ifdef WREN_HAS_BYTE_VECTORS
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "bitmap/diffusion_shares.h"
+#include "bitmap/share_ring.h"
+#include "bitmap/wavefront_lanes.h"
 
 namespace {
 
-constexpr std::size_t kLanes = ByteVector::kBytes;
-
-// Steps that are done together: levels and dots of sixteen rows and sixteen
-// columns are turned into lanes and back as one square.
-constexpr std::size_t kChunk = 16;
-constexpr std::size_t kChunkBytes = kChunk * kLanes;
-
-// How far before a chunk's first step the shares of a row above are looked up.
-constexpr std::size_t kReachBytes = kMaxReachColumns * kLanes;
-
-// So far is the row below behind at least: what a chunk looks up was then made
-// in an earlier chunk.
-constexpr std::size_t kMinLag = kChunk + kMaxReachColumns;
-
-constexpr std::size_t roundedUp(std::size_t value, std::size_t step) {
-  return (value + step - 1) / step * step;
-}
-
-// Where the rows are on the front.
-struct Slant {
-  explicit Slant(std::size_t width)
-      : lag(std::max(kMinLag, roundedUp(width + kMaxReachColumns - 1, kLanes) / kLanes)),
-        period(kLanes * lag + 1) {}
-
-  std::size_t lag;     // columns between a row and the next
-  std::size_t period;  // steps from the start of a row to the next one of the same lane
-};
-
-// The shares that were sent, as one string of bytes for each factor of a kernel,
-// in a ring. Behind the ring its first bytes stand once more, so that a read
-// may run over the end.
-class ShareRing {
- public:
-  bool allocate(std::size_t stringCount, std::size_t historyBytes, BitmapAllocator allocator) {
-    ringBytes_ = roundedUp(historyBytes + kReachBytes + kChunkBytes, kChunkBytes);
-    spanBytes_ = ringBytes_ + kTailBytes;
-    const std::size_t bytes = stringCount * spanBytes_;
-    block_.reset(static_cast<unsigned char*>(allocateBlock(allocator, bytes)));
-    if (block_) std::memset(block_.get(), 0, bytes);
-    return block_ != nullptr;
-  }
-
-  std::size_t spanBytes() const { return spanBytes_; }
-
-  // Where the chunk that starts now writes, in the first string.
-  std::uint8_t* now() const { return block_.get() + now_; }
-
-  // `bytes` before that; readable to the end of the chunk's reach.
-  const std::uint8_t* before(std::size_t bytes) const {
-    return block_.get() + (now_ >= bytes ? now_ - bytes : now_ + ringBytes_ - bytes);
-  }
-
-  void advance(std::size_t stringCount) {
-    for (std::size_t i = 0; now_ < kTailBytes && i < stringCount; ++i) {
-      std::uint8_t* written = now() + i * spanBytes_;
-      std::memcpy(written + ringBytes_, written, kChunkBytes);
-    }
-    now_ += kChunkBytes;
-    if (now_ == ringBytes_) now_ = 0;
-  }
-
- private:
-  static constexpr std::size_t kTailBytes = roundedUp(kChunkBytes + 2 * kReachBytes, kChunkBytes);
-
-  ByteBlock block_;
-  std::size_t ringBytes_ = 0;
-  std::size_t spanBytes_ = 0;
-  std::size_t now_ = 0;
-};
-
-// A row that a lane works on; beyond the last row of the page it has no pointers.
-struct OpenRow {
-  OpenRow() = default;
-  OpenRow(const LevelRows& rows, std::size_t number) : y(number) {
-    if (y >= rows.height()) return;
-    levels = rows.levels(y);
-    dots = rows.dots(y);
-  }
-
-  std::size_t y = 0;
-  const std::uint8_t* levels = nullptr;
-  std::uint8_t* dots = nullptr;
-};
-
-// `count` pixels of a row that a chunk has in its steps from `step` on.
-struct Piece {
-  const std::uint8_t* levels;
-  std::uint8_t* dots;
-  std::size_t step;
-  std::size_t count;
-};
-
-// One lane: its row and the column of the next step, negative before its start.
-class Lane {
- public:
-  Lane() = default;
-  Lane(const LevelRows& rows, std::size_t number, const Slant& slant)
-      : row_(rows, number), x_(-static_cast<std::ptrdiff_t>(number * slant.lag)) {}
-
-  // Whether all steps of the chunk are pixels of one row.
-  bool isInside(std::size_t width) const {
-    return row_.levels && x_ >= 0 && static_cast<std::size_t>(x_) + kChunk <= width;
-  }
-
-  // For a lane that is inside.
-  const std::uint8_t* levels() const { return row_.levels + x_; }
-  std::uint8_t* dots() const { return row_.dots + x_; }
-
-  // For a lane that is not: opens the next row if the chunk comes up to it.
-  void openNext(const LevelRows& rows, const Slant& slant) {
-    if (reachesNext(slant)) next_ = OpenRow(rows, row_.y + kLanes);
-  }
-
-  // The pixels of the chunk: the end of the present row, the start of the next.
-  std::array<Piece, 2> pieces(std::size_t width, const Slant& slant) const {
-    const auto nextStart = static_cast<std::ptrdiff_t>(slant.period) - x_;
-    return {{pieceOf(row_, -x_, width), pieceOf(next_, nextStart, width)}};
-  }
-
-  void advance(const Slant& slant) {
-    if (reachesNext(slant)) {
-      row_ = next_;
-      x_ -= static_cast<std::ptrdiff_t>(slant.period);
-    }
-    x_ += kStep;
-  }
-
- private:
-  static constexpr auto kStep = static_cast<std::ptrdiff_t>(kChunk);
-
-  bool reachesNext(const Slant& slant) const {
-    return x_ + kStep >= static_cast<std::ptrdiff_t>(slant.period);
-  }
-
-  // What the chunk has of a row whose first pixel is in the given step.
-  static Piece pieceOf(const OpenRow& row, std::ptrdiff_t start, std::size_t width) {
-    const std::ptrdiff_t first = std::max<std::ptrdiff_t>(start, 0);
-    const std::ptrdiff_t end = std::min(start + static_cast<std::ptrdiff_t>(width), kStep);
-    if (!row.levels || first >= end) return {nullptr, nullptr, kChunk, 0};
-    return {row.levels + (first - start), row.dots + (first - start),
-            static_cast<std::size_t>(first), static_cast<std::size_t>(end - first)};
-  }
-
-  OpenRow row_;
-  OpenRow next_;
-  std::ptrdiff_t x_ = 0;
-};
+static_assert(kLanes == ByteVector::kBytes && kChunk == kLanes);
 
 // The taps of the pixel's own row: which share each sends, if there is one.
 template <const DiffusionKernel& Kernel>
@@ -260,9 +115,8 @@ ByteVector Wavefront<Kernel>::gatherEdge(std::size_t lane) {
 // The levels of the chunk, a row of the square for each step.
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::gather(ByteSquare& levels) {
-  const std::size_t width = rows_.width();
   for (std::size_t i = 0; i < kLanes; ++i) {
-    levels[i] = lanes_[i].isInside(width) ? loadBytes(lanes_[i].levels()) : gatherEdge(i);
+    levels[i] = lanes_[i].isInside() ? loadBytes(lanes_[i].levels()) : gatherEdge(i);
   }
   transpose(levels);
 }
@@ -310,7 +164,7 @@ void Wavefront<Kernel>::diffuse(ByteSquare& square) {
   Above above;
   above.fill(now);
   for (std::size_t dy = 1; dy <= kRowsAbove; ++dy) {
-    above[dy] = ring_.before(dy * rowAboveBytes() + kReachBytes);
+    above[dy] = ring_.before(dy * rowAboveBytes() + ShareRing::kReachBytes);
   }
   Carried carried = carried_;
   const ByteVector offset = splat(kLevelOffset);
@@ -326,7 +180,7 @@ void Wavefront<Kernel>::diffuse(ByteSquare& square) {
     for (auto& row : above) row += kLanes;
   }
   carried_ = carried;
-  ring_.advance(kShares.count);
+  ring_.advance();
 }
 
 template <const DiffusionKernel& Kernel>
@@ -343,14 +197,15 @@ template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::scatter(ByteSquare& dots) {
   transpose(dots);
   const ByteVector flip = splat(rows_.flip());
-  const std::size_t width = rows_.width();
   for (std::size_t i = 0; i < kLanes; ++i) {
-    if (lanes_[i].isInside(width)) {
-      storeBytes(dots[i] ^ flip, lanes_[i].dots());
+    Lane& lane = lanes_[i];
+    if (lane.isInside()) {
+      storeBytes(dots[i] ^ flip, lane.dots());
+      lane.advanceInside();
     } else {
       scatterEdge(i, dots[i] ^ flip);
+      lane.advance(slant_);
     }
-    lanes_[i].advance(slant_);
   }
 }
 

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "bitmap/byte_vector.h"
+
 namespace {
 
 // How far a tone moves the levels if it is a plain shift: seen at the level
@@ -20,6 +22,30 @@ bool isPlainShift(const std::uint8_t* tone, int shift) {
   return true;
 }
 
+void addClamped(const std::uint8_t* from, std::size_t width, std::uint8_t shift, std::uint8_t* to) {
+  const auto most = static_cast<std::uint8_t>(255 - shift);
+  for (std::size_t x = 0; x < width; ++x) {
+    to[x] = static_cast<std::uint8_t>(std::min(from[x], most) + shift);
+  }
+}
+
+void subtractClamped(const std::uint8_t* from, std::size_t width, std::uint8_t shift,
+                     std::uint8_t* to) {
+  for (std::size_t x = 0; x < width; ++x) {
+    to[x] = static_cast<std::uint8_t>(std::max(from[x], shift) - shift);
+  }
+}
+
+void reverseRow(const std::uint8_t* from, std::size_t width, std::uint8_t* to) {
+  std::size_t x = 0;
+#ifdef WREN_HAS_BYTE_VECTORS
+  for (; x + ByteVector::kBytes <= width; x += ByteVector::kBytes) {
+    storeBytes(reversed(loadBytes(from + x)), to + width - x - ByteVector::kBytes);
+  }
+#endif
+  for (; x < width; ++x) to[width - 1 - x] = from[x];
+}
+
 }  // namespace
 
 LevelRows::LevelRows(const DitherPage& page)
@@ -31,24 +57,17 @@ std::uint8_t* LevelRows::dots(std::size_t y) const {
   return page_.dots + static_cast<std::ptrdiff_t>(y) * page_.dotStrideBytes;
 }
 
-// Brightness without contrast is a shift, which compilers turn into vector
-// code; a table look-up they cannot. The members are copied first: a compiler
-// must expect that the bytes written are theirs.
+// Brightness without contrast is a shift, which is done sixteen bytes at a time;
+// a table look-up cannot be. `to` may be `from`.
 void LevelRows::copyToned(const std::uint8_t* from, std::uint8_t* to) const {
   const std::size_t width = page_.width;
-  const int shift = shift_;
-  if (isShift_ && shift >= 0) {
-    const int most = 255 - shift;
-    for (std::size_t x = 0; x < width; ++x) {
-      to[x] = static_cast<std::uint8_t>(std::min<int>(from[x], most) + shift);
-    }
-  } else if (isShift_) {
-    for (std::size_t x = 0; x < width; ++x) {
-      to[x] = static_cast<std::uint8_t>(std::max<int>(from[x], -shift) + shift);
-    }
-  } else {
+  if (!isShift_) {
     const std::uint8_t* tone = page_.tone;
     for (std::size_t x = 0; x < width; ++x) to[x] = tone[from[x]];
+  } else if (shift_ >= 0) {
+    addClamped(from, width, static_cast<std::uint8_t>(shift_), to);
+  } else {
+    subtractClamped(from, width, static_cast<std::uint8_t>(-shift_), to);
   }
 }
 
@@ -56,11 +75,10 @@ const std::uint8_t* LevelRows::levels(std::size_t y) const {
   const std::uint8_t* from = page_.levels + static_cast<std::ptrdiff_t>(y) * page_.levelStrideBytes;
   if (!page_.tone && !page_.mirrored) return from;
   std::uint8_t* to = dots(y);
-  if (page_.tone) {
-    copyToned(from, to);
-  } else {
-    std::copy_n(from, page_.width, to);
+  if (page_.mirrored) {
+    reverseRow(from, page_.width, to);
+    from = to;
   }
-  if (page_.mirrored) std::reverse(to, to + page_.width);
+  if (page_.tone) copyToned(from, to);
   return to;
 }

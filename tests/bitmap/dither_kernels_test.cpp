@@ -402,6 +402,11 @@ TEST(ByteVector, ComparesAndNegatesEverySignedByte) {
   }
 }
 
+TEST(ByteVector, ReversesItsLanes) {
+  const Bytes bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  EXPECT_EQ(bytesOf(reversed(loadBytes(bytes.data()))), Bytes(bytes.rbegin(), bytes.rend()));
+}
+
 TEST(ByteVector, TransposesASquare) {
   Bytes bytes(256);
   for (std::size_t i = 0; i < 256; ++i) bytes[i] = static_cast<std::uint8_t>(i);
