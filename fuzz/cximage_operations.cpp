@@ -125,8 +125,8 @@ class Pair {
 
   void create(fuzz::Input& input) {
     const bool odd = input.below(8) == 0;
-    const std::uint32_t width = odd ? kSides[input.below(4)] : 1 + input.below(24);
-    const std::uint32_t height = odd ? kSides[1 + input.below(3)] : 1 + input.below(12);
+    const std::uint32_t width = odd ? kSides[input.below(4)] : 1 + input.below(72);
+    const std::uint32_t height = odd ? kSides[1 + input.below(3)] : 1 + input.below(40);
     const std::uint32_t depth = kDepths[input.below(9)];
     const std::uint32_t type = input.byte();
     const void* block = fast_.Create(width, height, depth, type);
@@ -135,13 +135,13 @@ class Pair {
   }
 
   void createFromArray(fuzz::Input& input) {
-    const std::uint32_t width = 1 + input.below(24);
-    const std::uint32_t height = 1 + input.below(12);
+    const std::uint32_t width = 1 + input.below(72);
+    const std::uint32_t height = 1 + input.below(40);
     const std::uint32_t depth = kDepths[input.below(9)];
     // Whole rows: what a shorter row leaves out is undefined.
     const std::uint32_t bytesPerLine = (width * depth + 31) / 32 * 4 + input.below(3);
     const bool flip = input.below(2) == 1;
-    const auto pixels = input.bytes(std::size_t{bytesPerLine} * height);
+    const auto pixels = input.filling(std::size_t{bytesPerLine} * height);
     const std::uint8_t* source = input.below(16) == 15 ? nullptr : pixels.data();
     same(fast_.CreateFromArray(source, width, height, depth, bytesPerLine, flip),
          slow_.CreateFromArray(source, width, height, depth, bytesPerLine, flip));
@@ -174,7 +174,7 @@ class Pair {
   // The margins are undefined.
   void makeCenter(fuzz::Input& input) {
     const std::int32_t width = slow_.GetWidth();
-    const auto newWidth = static_cast<std::int32_t>(input.below(40)) - 4;
+    const auto newWidth = static_cast<std::int32_t>(input.below(80)) - 4;
     fast_.MakeCenter(newWidth);
     slow_.MakeCenter(newWidth);
     if (!slow_.IsValid() || newWidth <= width) return;

@@ -50,6 +50,20 @@ class Input {
     return result;
   }
 
+  /// `count` bytes of which the first few come from the input and the others are made
+  /// up from these, so that a short input can fill a page.
+  std::vector<std::uint8_t> filling(std::size_t count) {
+    const std::uint8_t mask = byte();
+    std::vector<std::uint8_t> result = bytes(std::min<std::size_t>(count, 40));
+    std::uint32_t state = 2166136261U;
+    for (const std::uint8_t taken : result) state = (state ^ taken) * 16777619U;
+    while (result.size() < count) {
+      state = state * 1664525U + 1013904223U;
+      result.push_back(static_cast<std::uint8_t>(state >> 24 | mask));
+    }
+    return result;
+  }
+
   std::vector<std::uint8_t> rest() { return bytes(left_); }
 
   /// Everything up to the next byte of value zero, which is taken too.

@@ -35,19 +35,19 @@ fuzz_targets() {
 }
 
 fuzz_one() {
-  local target=$1 seconds=$2 found log
+  local target=$1 seconds=$2 found log TIMEFORMAT='processor seconds: %U'
   found=$WREN_ROOT/build/fuzz/found/$target
   log=$WREN_ROOT/build/fuzz/$target.log
   mkdir -p "$found"
   say "== $target, $seconds s"
   # The inputs that reach new code are kept for the next run; a crash is kept beside the log.
   # A raster that announces gigabytes gets none: CUPS then has no page to hand over.
-  if ! (cd "$WREN_ROOT/build/fuzz" && ASAN_OPTIONS=max_allocation_size_mb=64:allocator_may_return_null=1 \
+  if ! time (cd "$WREN_ROOT/build/fuzz" && ASAN_OPTIONS=max_allocation_size_mb=64:allocator_may_return_null=1 \
     "fuzz/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 \
     -timeout=20 -rss_limit_mb=2048 -close_fd_mask=3 -artifact_prefix="$target-" \
     "$found" "$WREN_ROOT/fuzz/corpus/$target") >"$log" 2>&1; then
     tail -n 60 "$log" >&2
     fail "$STATUS_FAILED" "$target found something; the whole log is in $log"
   fi
-  sed -n 's/^stat::number_of_executed_units: */executions: /p; s/^stat::peak_rss_mb: */peak MiB: /p' "$log"
+  sed -n 's/^stat::number_of_executed_units: */executions: /p; s/^stat::peak_rss_mb: */peak MiB: /p; /^processor/p' "$log"
 }

@@ -40,5 +40,6 @@ coverage_report() {
   local folder
   (cd "$WREN_ROOT" && for folder in common bitmap stencil printer filter escpos; do
     [[ -d $folder ]] && printf -- '--filter=%s/ ' "$folder"
-  done) | (cd "$WREN_ROOT" && xargs gcovr --root . build/coverage)
+  done) | (cd "$WREN_ROOT" && xargs gcovr --root . --print-summary --exclude-throw-branches \
+    --exclude-unreachable-branches build/coverage)
 }
