@@ -5,22 +5,23 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <new>
+
+#include "printer/page_memory.h"
 
 class PageBuffer {
  public:
-  /// Makes room for size bytes; their values are not defined. Throws std::bad_alloc.
+  /// Makes room for size bytes; their values are not defined. Without memory it calls
+  /// the new-handler as the operator new does, and throws std::bad_alloc.
   void resize(std::size_t size) {
-    if (size <= capacity) return;
-    // Released first: two pages never live side by side.
-    bytes.reset();
-    capacity = 0;
-    bytes.reset(new unsigned char[size]);
-    capacity = size;
+    while (!memory.resize(size)) {
+      const std::new_handler handler = std::get_new_handler();
+      if (handler == nullptr) throw std::bad_alloc();
+      handler();
+    }
   }
-  unsigned char* data() { return bytes.get(); }
+  unsigned char* data() { return memory.data(); }
 
  private:
-  std::unique_ptr<unsigned char[]> bytes;
-  std::size_t capacity = 0;
+  PageMemory memory;
 };

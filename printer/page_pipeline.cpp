@@ -10,11 +10,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "bitmap/cximage.h"
 #include "common/log.h"
 #include "printer/blank_lines.h"
+#include "printer/direct_dots.h"
 #include "printer/dump_names.h"
 #include "printer/wren_printer.h"
 #include "stencil/qv_image.h"
@@ -25,31 +25,6 @@ namespace {
 constexpr unsigned char kTrimTop = 2;
 constexpr unsigned char kTrimBottom = 8;
 constexpr unsigned char kDot = 255;
-
-struct FreeMemory {
-  void operator()(unsigned char* memory) const { std::free(memory); }
-};
-// From malloc, which reports a failure and asks no new-handler.
-using PageBytes = std::unique_ptr<unsigned char, FreeMemory>;
-
-PageBytes allocatePage(std::size_t bytes) {
-  return PageBytes(static_cast<unsigned char*>(std::malloc(std::max<std::size_t>(bytes, 1))));
-}
-
-// Room for a page that is never touched: a page that does not fit into memory is to be
-// dropped before any trace of it is left. Without the volatile member a compiler drops
-// the allocation and its test.
-class ScratchPage {
- public:
-  explicit ScratchPage(std::size_t bytes) : memory(std::malloc(std::max<std::size_t>(bytes, 1))) {}
-  ScratchPage(const ScratchPage&) = delete;
-  ScratchPage& operator=(const ScratchPage&) = delete;
-  ~ScratchPage() { std::free(memory); }
-  bool isThere() const { return memory != nullptr; }
-
- private:
-  void* volatile memory;
-};
 
 struct BlankEdges {
   unsigned long top = 0;     ///< rows above the content
@@ -186,12 +161,12 @@ void WrenPrinter::printImage(const unsigned char* data, unsigned long bytesPerLi
   if (isCancelled()) return;
   useImageFileFormat(kOriginDumpFormat);
   saveImage(data, bytesPerLine, height, width, 8);
-  const PageBytes page = allocatePage(bytesPerLine * height);
-  if (page == nullptr || isCancelled()) return;
-  clearRowTails(page.get(), bytesPerLine, height, width);
+  if (!dotsPage.resize(bytesPerLine * height) || isCancelled()) return;
+  clearRowTails(dotsPage.data(), bytesPerLine, height, width);
   PageProcess(halftoneType, data, static_cast<int>(bytesPerLine), static_cast<int>(width),
-              static_cast<int>(height), page.get());
-  if (!isCancelled()) printDots(page.get(), bytesPerLine, height, width, edges.top, edges.bottom);
+              static_cast<int>(height), dotsPage.data());
+  if (isCancelled()) return;
+  printDots(dotsPage.data(), bytesPerLine, height, width, edges.top, edges.bottom);
 }
 
 // The counts of the page as received apply to the dots unchanged, rotated or not. Only
@@ -221,6 +196,11 @@ long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int by
   const auto length = static_cast<int>(static_cast<unsigned>(height) * bytesPerLine);
   const unsigned char flip = negativePrint ? 0xFF : 0;
   useQVDithering = halftoneType == QVDithering;
+  const GreyPage received = {data, stride, static_cast<unsigned>(width),
+                             static_cast<unsigned>(height)};
+  if (!useQVDithering && !isCancelled() && makeDotsDirectly(*this, type, received, out)) {
+    return length;
+  }
   CxImage page;
   if (!page.CreateFromArray(data, static_cast<std::uint32_t>(width),
                             static_cast<std::uint32_t>(height), 8,

@@ -13,6 +13,7 @@
 #include <list>
 
 #include "common/halftone_type.h"
+#include "printer/page_memory.h"
 
 class WrenPrinter {
  public:
@@ -173,4 +174,5 @@ class WrenPrinter {
   unsigned long skipRightPixels = 0;
   UserData* userData = nullptr;
   const volatile std::sig_atomic_t* cancelFlag = nullptr;
+  PageMemory dotsPage;
 };
