@@ -27,6 +27,18 @@ inline I32x4 sharpened(const float* tone, const float* blurred) {
   return __builtin_convertvector(sum, I32x4);
 }
 
+// Calls `work`(first column, last column + 1) for each longest stretch of chunks that
+// are not alike.
+template <typename IsAlike, typename Work>
+inline void for_each_mixed_stretch(int chunks, int chunkPx, IsAlike isAlike, Work work) {
+  for (int chunk = 0; chunk < chunks; ++chunk) {
+    if (isAlike(chunk)) continue;
+    const int first = chunk;
+    while (chunk < chunks && !isAlike(chunk)) ++chunk;
+    work(first * chunkPx, chunk * chunkPx);
+  }
+}
+
 }  // namespace
 
 SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int width, int height,
@@ -35,16 +47,16 @@ SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int w
       stride_(strideBytes),
       width_(width),
       height_(height),
-      chunks_((static_cast<std::size_t>(width) + kChunk - 1) / kChunk),
-      pitch_(static_cast<std::ptrdiff_t>(chunks_) * kChunk + 2 * kMargin),
+      chunks_((width + kChunk - 1) / kChunk),
+      pitch_(std::ptrdiff_t{chunks_} * kChunk + 2 * kMargin),
       weights_(stencil_weights()),
       table_(tone),
       tone_(static_cast<std::size_t>(pitch_) * kToneRows),
       blurred_(static_cast<std::size_t>(pitch_) * kBlurTaps),
       columns_(static_cast<std::size_t>(pitch_)),
-      levels_(chunks_),
-      blurredLevels_(chunks_),
-      runs_(chunks_) {}
+      levels_(at(chunks_)),
+      blurredLevels_(at(chunks_)),
+      runs_(at(chunks_)) {}
 
 void SharpRows::next(std::uint8_t* out) {
   while (read_ < std::min(y_ + kHalf + 1, height_)) read_row();
@@ -82,30 +94,28 @@ void SharpRows::apply_tone(const std::uint8_t* pixels, float* out) {
 
 // The level of a chunk whose pixels and neighbours are all alike: a blur of one
 // level is that level.
-int SharpRows::level_after_blur(std::size_t chunk) const {
-  const int level = levels_[chunk];
-  const bool alike = (chunk == 0 || levels_[chunk - 1] == level) &&
-                     (chunk + 1 == chunks_ || levels_[chunk + 1] == level);
+int SharpRows::level_after_blur(int chunk) const {
+  const int level = levels_[at(chunk)];
+  const bool alike = (chunk == 0 || levels_[at(chunk - 1)] == level) &&
+                     (chunk + 1 == chunks_ || levels_[at(chunk + 1)] == level);
   return alike ? level : kMixed;
 }
 
 void SharpRows::blur_row(const float* tone, float* out) {
   std::array<const float*, kBlurTaps> taps{};
   for (int k = 0; k < kBlurTaps; ++k) taps[static_cast<std::size_t>(k)] = tone + k - kHalf;
-  for (std::size_t chunk = 0; chunk < chunks_; ++chunk) {
-    const int x = static_cast<int>(chunk) * kChunk;
+  for (int chunk = 0; chunk < chunks_; ++chunk) {
     const int level = level_after_blur(chunk);
-    blurredLevels_[chunk] = level;
-    if (level == kMixed) {
-      blur_taps(taps.data(), weights_, out, x, x + kChunk);
-    } else {
-      std::fill_n(out + x, kChunk, static_cast<float>(level));
-    }
+    blurredLevels_[at(chunk)] = level;
+    if (level != kMixed) std::fill_n(out + chunk * kChunk, kChunk, static_cast<float>(level));
   }
+  for_each_mixed_stretch(
+      chunks_, kChunk, [this](int chunk) { return blurredLevels_[at(chunk)] != kMixed; },
+      [&](int from, int to) { blur_taps(taps.data(), weights_, out, from, to); });
 }
 
 void SharpRows::extend_runs() {
-  for (std::size_t chunk = 0; chunk < chunks_; ++chunk) {
+  for (std::size_t chunk = 0; chunk < runs_.size(); ++chunk) {
     Run& run = runs_[chunk];
     const int level = blurredLevels_[chunk];
     if (level == kMixed || level != run.level) run = {level, 0};
@@ -119,18 +129,16 @@ void SharpRows::blur_columns() {
     const int y = std::clamp(y_ + k - kHalf, 0, height_ - 1);
     taps[static_cast<std::size_t>(k)] = blurred_row(y);
   }
-  for (std::size_t chunk = 0; chunk < chunks_; ++chunk) {
-    if (is_alike(chunk)) continue;
-    const int x = static_cast<int>(chunk) * kChunk;
-    blur_taps(taps.data(), weights_, columns_.data(), x, x + kChunk);
-  }
+  for_each_mixed_stretch(
+      chunks_, kChunk, [this](int chunk) { return is_alike(chunk); },
+      [&](int from, int to) { blur_taps(taps.data(), weights_, columns_.data(), from, to); });
 }
 
 void SharpRows::sharpen(const float* tone, std::uint8_t* out) const {
-  for (std::size_t chunk = 0; chunk < chunks_; ++chunk) {
-    const std::size_t x = chunk * kChunk;
+  for (int chunk = 0; chunk < chunks_; ++chunk) {
+    const int x = chunk * kChunk;
     if (is_alike(chunk)) {  // 4 x level - 3 x level
-      std::memset(out + x, runs_[chunk].level, kChunk);
+      std::memset(out + x, runs_[at(chunk)].level, kChunk);
       continue;
     }
     const float* t = tone + x;

@@ -43,11 +43,12 @@ class SharpRows {
   void read_row();
   void apply_tone(const std::uint8_t* pixels, float* out);
   void blur_row(const float* tone, float* out);
-  int level_after_blur(std::size_t chunk) const;
+  int level_after_blur(int chunk) const;
   void extend_runs();
   void blur_columns();
   void sharpen(const float* tone, std::uint8_t* out) const;
-  bool is_alike(std::size_t chunk) const { return runs_[chunk].rows >= kBlurTaps; }
+  static std::size_t at(int index) { return static_cast<std::size_t>(index); }
+  bool is_alike(int chunk) const { return runs_[at(chunk)].rows >= kBlurTaps; }
 
   float* tone_row(int y) { return tone_.data() + (y % kToneRows) * pitch_ + kMargin; }
   float* blurred_row(int y) { return blurred_.data() + (y % kBlurTaps) * pitch_ + kMargin; }
@@ -56,7 +57,7 @@ class SharpRows {
   std::ptrdiff_t stride_;
   int width_;
   int height_;
-  std::size_t chunks_;
+  int chunks_;
   std::ptrdiff_t pitch_;
   int read_ = 0;  // rows of the page that have been read
   int y_ = 0;     // the row that comes next
