@@ -25,16 +25,17 @@ constexpr float kBelowLeft = kDiffusionTaps[3].weight;
 constexpr float kBelow = kDiffusionTaps[4].weight;
 constexpr float kBelowRight = kDiffusionTaps[5].weight;
 
-// What a white pixel counts beside no, one and two black neighbours.
-constexpr float kWhiteBesideNone = kWhite;
-constexpr float kWhiteBesideOne = kWhite * (1.0F - kNeighbourStep);
-constexpr float kWhiteBesideTwo = kWhite * (1.0F - (kNeighbourStep + kNeighbourStep));
-
-constexpr std::int32_t flipped_bits(float from, float to) {
-  return std::bit_cast<std::int32_t>(from) ^ std::bit_cast<std::int32_t>(to);
+// What a white pixel counts beside no, one and two black neighbours. The three
+// happen to be equally far apart as bit patterns, so each black neighbour takes the
+// same integer off the bits of 255.
+constexpr std::int32_t bits_of(float v) {
+  return std::bit_cast<std::int32_t>(v);
 }
-constexpr std::int32_t kNoneToOne = flipped_bits(kWhiteBesideNone, kWhiteBesideOne);
-constexpr std::int32_t kNoneToTwo = flipped_bits(kWhiteBesideNone, kWhiteBesideTwo);
+constexpr std::int32_t kBesideNone = bits_of(kWhite);
+constexpr std::int32_t kBesideOne = bits_of(kWhite * (1.0F - kNeighbourStep));
+constexpr std::int32_t kBesideTwo = bits_of(kWhite * (1.0F - (kNeighbourStep + kNeighbourStep)));
+constexpr std::int32_t kRebate = kBesideNone - kBesideOne;
+static_assert(kBesideOne - kBesideTwo == kRebate);
 
 // The row in lane j of vector k is 4 j + k: the row above is the same lane of the
 // vector before, and only the first vector has to shift the last one by a lane.
@@ -76,15 +77,16 @@ inline void store_rows(std::uint8_t* first, std::ptrdiff_t step, const Tile& til
 struct Lanes {
   F32x4 sums[3];    // shares for the row below, still growing
   F32x4 second[3];  // shares for the second pixel to the right
-  I32x4 white[3];   // decided pixels as masks
+  I32x4 rebate[3];  // kRebate for pixels that became black, else 0
   F32x4 done;       // a sum for the row below that has received all its shares
   F32x4 right;      // the share for the next pixel
+  I32x4 white;      // the pixels decided in this step, as masks
 };
 
 // What lanes get from the row above.
 struct FromAbove {
   F32x4 sum;
-  I32x4 white;
+  I32x4 rebate;
 };
 
 // Which lanes are on pixels of the page, and which of those on its border.
@@ -99,20 +101,16 @@ inline __attribute__((always_inline)) void step(Lanes& lanes, FromAbove above, F
                                                 F32x4 threshold, const Edges* edges) {
   constexpr int kBefore = (Slot + 2) % 3;
   constexpr int kTwoBefore = (Slot + 1) % 3;
-  I32x4 whiteLeft = lanes.white[kBefore];
-  if (edges != nullptr) {
-    whiteLeft |= edges->border;
-    above.white |= edges->border;
-  }
+  I32x4 rebates = lanes.rebate[kBefore] + above.rebate;
+  if (edges != nullptr) rebates &= ~edges->border;
   const F32x4 v = above.sum + lanes.second[kTwoBefore] + lanes.right + pixels;
   const I32x4 white = v > threshold;
-  const I32x4 one = (whiteLeft ^ above.white) & splat(kNoneToOne);
-  const I32x4 two = ~(whiteLeft | above.white) & splat(kNoneToTwo);
-  const I32x4 cost = as_ints(splat(kWhiteBesideNone)) ^ one ^ two;
-  F32x4 error = v - as_floats(white & cost);
+  const F32x4 cost = as_floats(white & (splat(kBesideNone) - rebates));
+  F32x4 error = v - cost;  // a black pixel costs 0
   if (edges != nullptr) error = as_floats(as_ints(error) & edges->inside);
 
-  lanes.white[Slot] = white;
+  lanes.white = white;
+  lanes.rebate[Slot] = ~white & splat(kRebate);
   lanes.right = error * splat(kRight);
   lanes.second[Slot] = error * splat(kSecondRight);
   lanes.done = lanes.sums[kTwoBefore] + error * splat(kBelowSecondLeft);
@@ -129,7 +127,7 @@ struct Wave {
   int lastColumn;
   std::uint8_t* slanted;  // pixels in, decisions out
   float* sums;            // of the row above the block; those it leaves go to the same place
-  std::int32_t* whites;
+  std::int32_t* rebates;
 };
 
 constexpr int kDelay = 3 * kRows;
@@ -138,9 +136,9 @@ constexpr int kDelay = 3 * kRows;
 inline __attribute__((always_inline)) FromAbove exchange(Wave& wave, int slot, int t) {
   const Lanes& last = wave.lanes[kVectors - 1];
   const FromAbove above = {shift_in(last.done, wave.sums[t]),
-                           shift_in(last.white[slot], wave.whites[t])};
+                           shift_in(last.rebate[slot], wave.rebates[t])};
   wave.sums[t - kDelay] = last.done[3];
-  wave.whites[t - kDelay] = last.white[slot][3];
+  wave.rebates[t - kDelay] = last.rebate[slot][3];
   return above;
 }
 
@@ -170,12 +168,11 @@ inline __attribute__((always_inline)) void step_all(Wave& wave, int t) {
   const auto [pixels] = widen(load<U8x16>(bytes));
   Lanes* lanes = wave.lanes;
   const FromAbove first = exchange(wave, Slot, t);
-  step_vector<Slot, AtEdge>(wave, t, 3, {lanes[2].done, lanes[2].white[Slot]}, pixels[3]);
-  step_vector<Slot, AtEdge>(wave, t, 2, {lanes[1].done, lanes[1].white[Slot]}, pixels[2]);
-  step_vector<Slot, AtEdge>(wave, t, 1, {lanes[0].done, lanes[0].white[Slot]}, pixels[1]);
+  step_vector<Slot, AtEdge>(wave, t, 3, {lanes[2].done, lanes[2].rebate[Slot]}, pixels[3]);
+  step_vector<Slot, AtEdge>(wave, t, 2, {lanes[1].done, lanes[1].rebate[Slot]}, pixels[2]);
+  step_vector<Slot, AtEdge>(wave, t, 1, {lanes[0].done, lanes[0].rebate[Slot]}, pixels[1]);
   step_vector<Slot, AtEdge>(wave, t, 0, first, pixels[0]);
-  store(bytes, narrow_masks(lanes[0].white[Slot], lanes[1].white[Slot], lanes[2].white[Slot],
-                            lanes[3].white[Slot]));
+  store(bytes, narrow_masks(lanes[0].white, lanes[1].white, lanes[2].white, lanes[3].white));
 }
 
 template <bool AtEdge>
@@ -200,7 +197,7 @@ WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold)
       rows_(static_cast<std::size_t>(pitch_) * kBlockRows),
       slanted_(static_cast<std::size_t>(steps_) * 16),
       sums_(static_cast<std::size_t>(steps_ + kDelay)),
-      whites_(static_cast<std::size_t>(steps_ + kDelay)) {}
+      rebates_(static_cast<std::size_t>(steps_ + kDelay)) {}
 
 void WavefrontDiffuser::run(std::uint8_t* out, std::ptrdiff_t stride, int rows) {
   slant();
@@ -233,7 +230,7 @@ void WavefrontDiffuser::diffuse() {
   wave.lastColumn = width_ - 1;
   wave.slanted = slanted_.data();
   wave.sums = sums_.data() + kDelay;
-  wave.whites = whites_.data() + kDelay;
+  wave.rebates = rebates_.data() + kDelay;
   const bool pageBorder = y_ == 0 || y_ + kBlockRows >= height_;
   for (int k = 0; k < kVectors; ++k) {
     const I32x4 y = {y_ + k, y_ + 4 + k, y_ + 8 + k, y_ + 12 + k};

@@ -50,7 +50,7 @@ class WavefrontDiffuser {
   std::vector<std::uint8_t> rows_;
   std::vector<std::uint8_t> slanted_;  // 16 bytes per step: one pixel of each row
   std::vector<float> sums_;            // what the row above a block leaves to its first row
-  std::vector<std::int32_t> whites_;   // and which of its pixels are white, as masks
+  std::vector<std::int32_t> rebates_;  // and what its black pixels take off a white below
 };
 
 }  // namespace stencil
