@@ -62,8 +62,8 @@ check_ppds() {
     ppd=$INSTALLED_PPDS/wren$paper.ppd
     if [[ ! -r $ppd ]]; then
       finding "the PPD $ppd is missing" "./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
-    elif ! cupstestppd -q "$ppd" 2>/dev/null; then
-      finding "the PPD $ppd is damaged (cupstestppd $ppd)" "./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
+    elif ! cupstestppd -q -I filters "$ppd" 2>/dev/null; then
+      finding "the PPD $ppd is damaged (cupstestppd -I filters $ppd)" "./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
     else
       good "$ppd is sound"
     fi
