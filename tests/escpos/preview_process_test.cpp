@@ -1,26 +1,24 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// wren-preview as a program: its exit status, and how it ends by a signal.
+// wren-preview as a program: its exit status, how it ends by a signal, and jobs
+// that the print system's own backend sends to it.
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "escpos/preview/file_descriptor.h"
 #include "tests/escpos/loopback_client.h"
 #include "tests/escpos/png_reading.h"
 #include "tests/escpos/scratch_folder.h"
 #include "tests/escpos/streams.h"
-
-extern char** environ;
+#include "tests/support/process.h"
 
 namespace {
 
@@ -32,97 +30,110 @@ using streams::operator+;
 
 const Bytes kJob = streams::job(hex("1B3C") + bitImage(1, hex("FF")) + feed(16));
 
-// wren-preview with its standard output in a pipe. Killed if the test forgets it.
-class Program {
+wren_test::ProcessSpec previewWith(std::vector<std::string> arguments) {
+  wren_test::ProcessSpec spec;
+  spec.program = WREN_PREVIEW_PROGRAM;
+  spec.arguments = std::move(arguments);
+  spec.arguments.insert(spec.arguments.begin(), "wren-preview");
+  return spec;
+}
+
+int statusOf(std::vector<std::string> arguments) {
+  return wren_test::runProcess(previewWith(std::move(arguments))).exitStatus;
+}
+
+void waitForFile(const std::string& path) {
+  for (int i = 0; i < 2000 && !std::filesystem::exists(path); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
+// A wren-preview that listens on a free port and keeps its jobs in a folder of its own.
+class SoftwarePrinter {
  public:
-  explicit Program(std::vector<std::string> arguments) {
-    int ends[2];
-    if (::pipe(ends) != 0) std::abort();
-    output_ = preview::FileDescriptor(ends[0]);
-    const preview::FileDescriptor writeEnd(ends[1]);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, writeEnd.get(), STDOUT_FILENO);
-    posix_spawn_file_actions_addclose(&actions, output_.get());
-    arguments.insert(arguments.begin(), WREN_PREVIEW_PROGRAM);
-    std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    const int code = posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (code != 0) pid_ = -1;
-  }
-  ~Program() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  std::string readLine() {
-    std::string line;
-    char byte;
-    while (::read(output_.get(), &byte, 1) == 1 && byte != '\n') line += byte;
-    return line;
+  SoftwarePrinter() : process_(previewWith({"--listen", "0", "--directory", folder_.path()})) {
+    const std::string greeting = "listening on ";
+    for (int i = 0; i < 2000 && name_.empty(); ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      const std::string text = process_.outSoFar();
+      if (text.find('\n') == std::string::npos) continue;
+      name_ = text.substr(greeting.size(), text.find('\n') - greeting.size());
+    }
   }
 
-  void signal(int number) const { ::kill(pid_, number); }
+  const std::string& name() const { return name_; }
+  std::string file(const std::string& name) const { return folder_.file(name); }
 
-  // The exit status, or 1000 and the number of the signal that ended it.
-  int wait() {
-    int status = 0;
-    ::waitpid(pid_, &status, 0);
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  wren_test::ProcessResult end(int signal) {
+    process_.signal(signal);
+    return process_.finish();
   }
 
  private:
-  preview::FileDescriptor output_;
-  pid_t pid_ = -1;
+  ScratchFolder folder_;
+  wren_test::Process process_;
+  std::string name_;
 };
 
 TEST(PreviewProgram, ReportsByItsExitStatus) {
   const ScratchFolder folder;
-  EXPECT_EQ(Program({folder.write("good.prn", kJob)}).wait(), 0);
-  EXPECT_EQ(Program({folder.write("bad.prn", kJob + hex("41"))}).wait(), 1);
-  EXPECT_EQ(Program({folder.file("absent.prn")}).wait(), 1);
-  EXPECT_EQ(Program({"--nonsense"}).wait(), 2);
-  EXPECT_EQ(Program({"--version"}).wait(), 0);
+  EXPECT_EQ(statusOf({folder.write("good.prn", kJob)}), 0);
+  EXPECT_EQ(statusOf({folder.write("bad.prn", kJob + hex("41"))}), 1);
+  EXPECT_EQ(statusOf({folder.file("absent.prn")}), 1);
+  EXPECT_EQ(statusOf({"--nonsense"}), 2);
+  EXPECT_EQ(statusOf({"--version"}), 0);
+}
+
+TEST(PreviewProgram, ReadsStandardInput) {
+  const ScratchFolder folder;
+  const auto spec = previewWith({"-", "-o", folder.file("paper.png")});
+  const auto result = wren_test::runProcess(spec, std::string(kJob.begin(), kJob.end()));
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_EQ(readPng(folder.file("paper.png")).height, 8u);
 }
 
 class EndedBySignal : public testing::TestWithParam<int> {};
 
 TEST_P(EndedBySignal, FinishesTheJobAndExitsWell) {
-  const ScratchFolder folder;
-  Program program({"--listen", "0", "--directory", folder.path()});
-  const std::string greeting = program.readLine();
-  ASSERT_EQ(greeting.substr(0, 23), "listening on 127.0.0.1:");
-  const std::string name = greeting.substr(13);
-  LoopbackClient first(name);
+  SoftwarePrinter printer;
+  ASSERT_EQ(printer.name().substr(0, 10), "127.0.0.1:");
+  LoopbackClient first(printer.name());
   EXPECT_TRUE(first.send(kJob));
   first.endAndWait();
-  EXPECT_NE(program.readLine().find("job-0001.prn: 1 page"), std::string::npos);
-  LoopbackClient second(name);
+  LoopbackClient second(printer.name());
   EXPECT_TRUE(second.send({kJob.begin(), kJob.begin() + 88}));
-  while (!std::filesystem::exists(folder.file("job-0002.prn"))) ::usleep(1000);
-  program.signal(GetParam());
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_EQ(bytesOfFile(folder.file("job-0001.prn")), kJob);
-  EXPECT_EQ(bytesOfFile(folder.file("job-0002.prn")).size(), 88u);
-  EXPECT_EQ(readPng(folder.file("job-0002.png")).height, 8u);
+  waitForFile(printer.file("job-0002.prn"));
+  const auto result = printer.end(GetParam());
+  EXPECT_EQ(result.exitStatus, 0) << result.signal;
+  EXPECT_NE(result.out.find("job-0001.prn: 1 page"), std::string::npos) << result.out;
+  EXPECT_EQ(bytesOfFile(printer.file("job-0001.prn")), kJob);
+  EXPECT_EQ(bytesOfFile(printer.file("job-0002.prn")).size(), 88u);
+  EXPECT_EQ(readPng(printer.file("job-0002.png")).height, 8u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBySignal, testing::Values(SIGINT, SIGTERM));
 
 TEST(PreviewProgram, SaysThatItsPortIsTaken) {
+  SoftwarePrinter first;
+  EXPECT_EQ(statusOf({"--listen", first.name()}), 1);
+  EXPECT_EQ(statusOf({"--listen", "0.0.0.0:0"}), 1);
+  EXPECT_EQ(first.end(SIGTERM).exitStatus, 0);
+}
+
+TEST(PreviewProgram, TakesJobsOfThePrintSystemsSocketBackend) {
+  const std::string backend = WREN_SOCKET_BACKEND;
+  if (::access(backend.c_str(), X_OK) != 0) GTEST_SKIP() << "there is no " << backend;
+  SoftwarePrinter printer;
   const ScratchFolder folder;
-  Program first({"--listen", "0", "--directory", folder.path()});
-  const std::string name = first.readLine().substr(13);
-  EXPECT_EQ(Program({"--listen", name}).wait(), 1);
-  EXPECT_EQ(Program({"--listen", "0.0.0.0:0"}).wait(), 1);
-  first.signal(SIGTERM);
-  EXPECT_EQ(first.wait(), 0);
+  wren_test::ProcessSpec spec;
+  spec.program = backend;
+  spec.arguments = {"socket", "1", "user", "title", "1", "", folder.write("job.prn", kJob)};
+  spec.environment = {"DEVICE_URI=socket://" + printer.name()};
+  const auto sent = wren_test::runProcess(spec);
+  EXPECT_EQ(sent.exitStatus, 0) << sent.err;
+  EXPECT_EQ(printer.end(SIGTERM).exitStatus, 0);
+  EXPECT_EQ(bytesOfFile(printer.file("job-0001.prn")), kJob);
+  EXPECT_EQ(readPng(printer.file("job-0001.png")).height, 8u);
 }
 
 }  // namespace
