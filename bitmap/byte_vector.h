@@ -14,6 +14,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -72,6 +73,14 @@ inline ByteVector operator&(ByteVector a, ByteVector b) {
 /// Signed sums, held to -128..127.
 inline ByteVector addClamped(ByteVector a, ByteVector b) {
   return {_mm_adds_epi8(a.lanes, b.lanes)};
+}
+
+/// Unsigned sums and differences, held to 0..255.
+inline ByteVector addUnsigned(ByteVector a, ByteVector b) {
+  return {_mm_adds_epu8(a.lanes, b.lanes)};
+}
+inline ByteVector subtractUnsigned(ByteVector a, ByteVector b) {
+  return {_mm_subs_epu8(a.lanes, b.lanes)};
 }
 
 /// 255 where the signed byte is above 0, else 0.
@@ -174,18 +183,24 @@ inline ByteVector reversed(ByteVector v) {
 /// Sixteen rows of sixteen bytes.
 using ByteSquare = std::array<ByteVector, ByteVector::kBytes>;
 
-/// Swaps rows and columns. One round of interleaving row i with row i + 8 turns
-/// the eight-bit number "row, column" of a byte round by one bit; after four
-/// rounds the two halves have changed places.
-inline void transpose(ByteSquare& square) {
-  for (int round = 0; round < 4; ++round) {
-    ByteSquare turned;
-    for (std::size_t i = 0; i < 8; ++i) {
-      turned[2 * i] = interleaveFirst(square[i], square[i + 8]);
-      turned[2 * i + 1] = interleaveLast(square[i], square[i + 8]);
-    }
-    square = turned;
-  }
+/// One round of interleaving row i with row i + 8. Written out for every row, so
+/// that the square stays in registers as far as there are some.
+template <std::size_t... Rows>
+[[gnu::always_inline]] inline ByteSquare interleavedHalves(const ByteSquare& square,
+                                                           std::index_sequence<Rows...>) {
+  return {(Rows % 2 == 0 ? interleaveFirst(square[Rows / 2], square[Rows / 2 + 8])
+                         : interleaveLast(square[Rows / 2], square[Rows / 2 + 8]))...};
+}
+
+/// Swaps rows and columns. A round of interleaving turns the eight-bit number
+/// "row, column" of a byte round by one bit; after four rounds the two halves
+/// have changed places.
+[[gnu::always_inline]] inline void transpose(ByteSquare& square) {
+  constexpr auto kRows = std::make_index_sequence<ByteVector::kBytes>();
+  square = interleavedHalves(square, kRows);
+  square = interleavedHalves(square, kRows);
+  square = interleavedHalves(square, kRows);
+  square = interleavedHalves(square, kRows);
 }
 
 #endif  // WREN_HAS_BYTE_VECTORS

@@ -60,16 +60,17 @@ class Wavefront {
 
   void gather(ByteSquare& levels);
   ByteVector gatherEdge(std::size_t lane);
-  void setMask(std::size_t lane, std::size_t step, std::size_t count, std::uint8_t byte);
+  void maskGaps(std::size_t lane, const std::array<Piece, 2>& pieces, std::uint8_t byte);
   void diffuse(ByteSquare& square);
   void scatter(ByteSquare& dots);
   void scatterEdge(std::size_t lane, ByteVector dots);
 
   template <std::size_t Tap>
-  static ByteVector collect(ByteVector level, const Above& above, std::size_t spanBytes);
+  static ByteVector collect(ByteVector level, const Above& above, std::size_t at,
+                            std::size_t spanBytes);
   template <std::size_t... Taps>
-  static ByteVector collectAll(ByteVector level, const Above& above, std::size_t spanBytes,
-                               std::index_sequence<Taps...>);
+  static ByteVector collectAll(ByteVector level, const Above& above, std::size_t at,
+                               std::size_t spanBytes, std::index_sequence<Taps...>);
   template <std::size_t... Shares>
   static void send(WideVector errors, ByteVector white, std::uint8_t* now, std::size_t spanBytes,
                    Carried& carried, std::index_sequence<Shares...>);
@@ -93,22 +94,27 @@ std::size_t Wavefront<Kernel>::chunkCount() const {
   return roundedUp(start + rows_.width(), kChunk) / kChunk;
 }
 
+// Sets the mask of the steps in which a lane has no pixel.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::setMask(std::size_t lane, std::size_t step, std::size_t count,
-                                std::uint8_t byte) {
-  for (std::size_t i = step; i < step + count; ++i) mask_[i][lane] = byte;
+void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Piece, 2>& pieces,
+                                 std::uint8_t byte) {
+  std::size_t step = 0;
+  for (const Piece& piece : pieces) {
+    for (; step < piece.step; ++step) mask_[step][lane] = byte;
+    step += piece.count;
+  }
+  for (; step < kChunk; ++step) mask_[step][lane] = byte;
 }
 
 template <const DiffusionKernel& Kernel>
 ByteVector Wavefront<Kernel>::gatherEdge(std::size_t lane) {
   std::array<std::uint8_t, kChunk> bytes = {};
   lanes_[lane].openNext(rows_, slant_);
-  setMask(lane, 0, kChunk, 0);
-  for (const Piece& piece : lanes_[lane].pieces(rows_.width(), slant_)) {
-    if (piece.count == 0) continue;
-    std::memcpy(bytes.data() + piece.step, piece.levels, piece.count);
-    setMask(lane, piece.step, piece.count, 255);
+  const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
+  for (const Piece& piece : pieces) {
+    if (piece.count > 0) std::memcpy(bytes.data() + piece.step, piece.levels, piece.count);
   }
+  maskGaps(lane, pieces, 0);
   return loadBytes(bytes.data());
 }
 
@@ -123,23 +129,24 @@ void Wavefront<Kernel>::gather(ByteSquare& levels) {
 
 template <const DiffusionKernel& Kernel>
 template <std::size_t Tap>
-ByteVector Wavefront<Kernel>::collect(ByteVector level, const Above& above, std::size_t spanBytes) {
+ByteVector Wavefront<Kernel>::collect(ByteVector level, const Above& above, std::size_t at,
+                                      std::size_t spanBytes) {
   constexpr DiffusionTap kTap = Kernel.taps[Tap];
   if constexpr (kTap.dy == 0) {
     return level;
   } else {
     constexpr std::ptrdiff_t kColumn = (kMaxReachColumns - kTap.dx) * std::ptrdiff_t{kLanes};
     const std::uint8_t* string = above[kTap.dy] + kShares.ofTap[Tap] * spanBytes;
-    return addClamped(level, loadBytes(string + kColumn));
+    return addClamped(level, loadBytes(string + kColumn + at));
   }
 }
 
 // The taps backwards: this is the order in which the pixels above come in a scan.
 template <const DiffusionKernel& Kernel>
 template <std::size_t... Taps>
-ByteVector Wavefront<Kernel>::collectAll(ByteVector level, const Above& above,
+ByteVector Wavefront<Kernel>::collectAll(ByteVector level, const Above& above, std::size_t at,
                                          std::size_t spanBytes, std::index_sequence<Taps...>) {
-  ((level = collect<Kernel.tapCount - 1 - Taps>(level, above, spanBytes)), ...);
+  ((level = collect<Kernel.tapCount - 1 - Taps>(level, above, at, spanBytes)), ...);
   return level;
 }
 
@@ -169,15 +176,14 @@ void Wavefront<Kernel>::diffuse(ByteSquare& square) {
   Carried carried = carried_;
   const ByteVector offset = splat(kLevelOffset);
   for (std::size_t step = 0; step < kChunk; ++step) {
+    const std::size_t at = step * kLanes;
     ByteVector level = square[step] ^ offset;
-    level = collectAll(level, above, span, std::make_index_sequence<Kernel.tapCount>());
+    level = collectAll(level, above, at, span, std::make_index_sequence<Kernel.tapCount>());
     level = addClamped(addClamped(level, carried.toSecond), carried.toNext);
     const ByteVector white = aboveZero(level);
     const ByteVector error = (level ^ offset ^ white) & loadBytes(mask_[step].data());
-    send(widen(error), white, now, span, carried, std::make_index_sequence<kShares.count>());
+    send(widen(error), white, now + at, span, carried, std::make_index_sequence<kShares.count>());
     square[step] = white;
-    now += kLanes;
-    for (auto& row : above) row += kLanes;
   }
   carried_ = carried;
   ring_.advance();
@@ -187,10 +193,11 @@ template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::scatterEdge(std::size_t lane, ByteVector dots) {
   std::array<std::uint8_t, kChunk> bytes = {};
   storeBytes(dots, bytes.data());
-  for (const Piece& piece : lanes_[lane].pieces(rows_.width(), slant_)) {
+  const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
+  for (const Piece& piece : pieces) {
     if (piece.count > 0) std::memcpy(piece.dots, bytes.data() + piece.step, piece.count);
   }
-  setMask(lane, 0, kChunk, 255);
+  maskGaps(lane, pieces, 255);
 }
 
 template <const DiffusionKernel& Kernel>

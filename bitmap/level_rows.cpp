@@ -22,18 +22,17 @@ bool isPlainShift(const std::uint8_t* tone, int shift) {
   return true;
 }
 
-void addClamped(const std::uint8_t* from, std::size_t width, std::uint8_t shift, std::uint8_t* to) {
-  const auto most = static_cast<std::uint8_t>(255 - shift);
-  for (std::size_t x = 0; x < width; ++x) {
-    to[x] = static_cast<std::uint8_t>(std::min(from[x], most) + shift);
+// `to` may be `from`.
+void shiftRow(const std::uint8_t* from, std::size_t width, int shift, std::uint8_t* to) {
+  std::size_t x = 0;
+#ifdef WREN_HAS_BYTE_VECTORS
+  const ByteVector up = splat(static_cast<std::uint8_t>(std::max(shift, 0)));
+  const ByteVector down = splat(static_cast<std::uint8_t>(std::max(-shift, 0)));
+  for (; x + ByteVector::kBytes <= width; x += ByteVector::kBytes) {
+    storeBytes(subtractUnsigned(addUnsigned(loadBytes(from + x), up), down), to + x);
   }
-}
-
-void subtractClamped(const std::uint8_t* from, std::size_t width, std::uint8_t shift,
-                     std::uint8_t* to) {
-  for (std::size_t x = 0; x < width; ++x) {
-    to[x] = static_cast<std::uint8_t>(std::max(from[x], shift) - shift);
-  }
+#endif
+  for (; x < width; ++x) to[x] = static_cast<std::uint8_t>(std::clamp(from[x] + shift, 0, 255));
 }
 
 void reverseRow(const std::uint8_t* from, std::size_t width, std::uint8_t* to) {
@@ -61,14 +60,12 @@ std::uint8_t* LevelRows::dots(std::size_t y) const {
 // a table look-up cannot be. `to` may be `from`.
 void LevelRows::copyToned(const std::uint8_t* from, std::uint8_t* to) const {
   const std::size_t width = page_.width;
-  if (!isShift_) {
-    const std::uint8_t* tone = page_.tone;
-    for (std::size_t x = 0; x < width; ++x) to[x] = tone[from[x]];
-  } else if (shift_ >= 0) {
-    addClamped(from, width, static_cast<std::uint8_t>(shift_), to);
-  } else {
-    subtractClamped(from, width, static_cast<std::uint8_t>(-shift_), to);
+  if (isShift_) {
+    shiftRow(from, width, shift_, to);
+    return;
   }
+  const std::uint8_t* tone = page_.tone;
+  for (std::size_t x = 0; x < width; ++x) to[x] = tone[from[x]];
 }
 
 const std::uint8_t* LevelRows::levels(std::size_t y) const {

@@ -80,9 +80,10 @@ class Lane {
   }
 
   /// The pixels of the chunk: the end of the present row, the start of the next.
+  /// One without pixels is at the start or at the end of the chunk.
   std::array<Piece, 2> pieces(std::size_t width, const Slant& slant) const {
     const auto nextStart = static_cast<std::ptrdiff_t>(slant.period) - x_;
-    return {{pieceOf(row_, -x_, width), pieceOf(next_, nextStart, width)}};
+    return {{pieceOf(row_, -x_, width, 0), pieceOf(next_, nextStart, width, kChunk)}};
   }
 
   /// On to the next chunk, in any lane.
@@ -113,11 +114,12 @@ class Lane {
     std::size_t insideEnd = 0;  // where a chunk may not start any more
   };
 
-  // What the chunk has of a row whose first pixel is in the given step.
-  static Piece pieceOf(const OpenRow& row, std::ptrdiff_t start, std::size_t width) {
+  // What the chunk has of a row whose first pixel is in step `start`.
+  static Piece pieceOf(const OpenRow& row, std::ptrdiff_t start, std::size_t width,
+                       std::size_t stepOfNone) {
     const std::ptrdiff_t first = std::max<std::ptrdiff_t>(start, 0);
     const std::ptrdiff_t end = std::min(start + static_cast<std::ptrdiff_t>(width), kStep);
-    if (!row.levels || first >= end) return {nullptr, nullptr, 0, 0};
+    if (!row.levels || first >= end) return {nullptr, nullptr, stepOfNone, 0};
     return {row.levels + (first - start), row.dots + (first - start),
             static_cast<std::size_t>(first), static_cast<std::size_t>(end - first)};
   }

@@ -24,6 +24,7 @@
 #include "bitmap/diffusion_shares.h"
 #include "bitmap/diffusion_wavefront.h"
 #include "bitmap/dither_tables.h"
+#include "bitmap/threshold_cells.h"
 #include "tests/bitmap/bitmap_fixtures.h"
 #include "tests/reference/cximage.h"
 
@@ -303,6 +304,42 @@ TEST(DitherKernels, DISABLED_ManyRandomPages) {
   }
   std::cout << pages << " random pages, " << pixels
             << " pixels: all dots as in the literal version\n";
+}
+
+TEST(ThresholdCells, CompareEveryLevelWithEveryThreshold) {
+  Bytes levels(256 + 7);
+  for (std::size_t x = 0; x < levels.size(); ++x) levels[x] = static_cast<std::uint8_t>(x);
+  for (int threshold = 0; threshold < 256; ++threshold) {
+    ThresholdCell cell;
+    cell.fill(static_cast<std::uint8_t>(threshold));
+    Bytes dots(levels.size());
+    DitherPage page;
+    page.levels = levels.data();
+    page.dots = dots.data();
+    page.width = levels.size();
+    page.height = 1;
+    ditherByThresholds(cell, LevelRows(page));
+    for (std::size_t x = 0; x < levels.size(); ++x) {
+      ASSERT_EQ(dots[x], levels[x] > threshold ? 255 : 0) << x << ' ' << threshold;
+    }
+  }
+}
+
+// Every cell of a row and a column has its own threshold.
+TEST(ThresholdCells, RepeatAfterFourColumnsAndRows) {
+  const ThresholdCell cell = {0,   16,  32,  48,  64,  80,  96,  112,
+                              128, 144, 160, 176, 192, 208, 224, 240};
+  Sample sample;
+  sample.width = 37;
+  sample.height = 9;
+  sample.levels.assign(37 * 9, 120);
+  Bytes dots(sample.levels.size());
+  ditherByThresholds(cell, LevelRows(pageOf(sample, sample.levels, dots)));
+  for (std::size_t y = 0; y < 9; ++y) {
+    for (std::size_t x = 0; x < 37; ++x) {
+      EXPECT_EQ(dots[37 * y + x], 120 > 16 * (4 * (y % 4) + x % 4) ? 255 : 0) << x << ',' << y;
+    }
+  }
 }
 
 TEST(DitherKernels, AnEmptyPageIsDone) {
