@@ -26,6 +26,8 @@ source "$WREN_ROOT/tools/spool.sh"
 source "$WREN_ROOT/tools/halftones.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
+# shellcheck source=tools/arm64.sh
+source "$WREN_ROOT/tools/arm64.sh"
 # shellcheck source=tools/bench.sh
 source "$WREN_ROOT/tools/bench.sh"
 # shellcheck source=tools/checks.sh
@@ -51,10 +53,11 @@ Usage: ./wren COMMAND [ARGUMENTS]
         Prints a document with all nine halftone types and several brightness
         values, as one sheet of pictures to choose from. --crop, in dots, shows
         a part of the paper only.
-  test [--all | --preset NAME]
+  test [--all | --preset NAME | --arm64]
         Lints, builds with warnings as errors and runs every test. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
-        one preset of CMakePresets.json.
+        one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
+        runs the tests under qemu: every byte has to be the same there.
   bench [--pairs N | --kernels [FLAGS]]
         Compares the time and memory of the filter with a program that computes
         nothing and with other printer filters (docs/PERFORMANCE.md), N times

@@ -8,6 +8,7 @@ test_command() {
   case ${1:-} in
     "") need build chain test lint && "$WREN_ROOT/tools/lint" && test_preset dev ;;
     --all) test_all ;;
+    --arm64) test_arm64 ;;
     --preset) need build chain test && test_preset "${2:?--preset wants a name}" ;;
     *) fail_usage "test has no argument '$1'" ;;
   esac

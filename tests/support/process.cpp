@@ -48,6 +48,17 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   return pointers;
 }
 
+#ifdef WREN_EMULATOR
+// A program of another processor, on a system that does not know how to start one.
+void becomeEmulated(const ProcessSpec& spec) {
+  std::vector<std::string> words = {WREN_EMULATOR, "-0", spec.arguments.at(0), spec.program};
+  words.insert(words.end(), spec.arguments.begin() + 1, spec.arguments.end());
+  const auto arguments = pointersTo(words);
+  const auto environment = pointersTo(spec.environment);
+  execve(WREN_EMULATOR, arguments.data(), environment.data());
+}
+#endif
+
 [[noreturn]] void becomeProgram(const ProcessSpec& spec, int input, int out, int err) {
   dup2(input, 0);
   dup2(out, 1);
@@ -58,6 +69,9 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
   const auto environment = pointersTo(spec.environment);
   if (spec.beforeExec) spec.beforeExec();
   execve(spec.program.c_str(), arguments.data(), environment.data());
+#ifdef WREN_EMULATOR
+  if (errno == ENOEXEC) becomeEmulated(spec);
+#endif
   _exit(127);
 }
 
