@@ -12,6 +12,10 @@
 #include <cstring>
 #include <new>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include "filter/filter_run.h"
 
 namespace {
@@ -53,6 +57,17 @@ void openClosedDescriptors() {
   if (descriptor >= 0) close(descriptor);
 }
 
+// Left to itself the C library keeps blocks of any size it has seen once in its heap, and
+// the holes between them add up to pages of memory from the second page on.
+void giveLargeBlocksBack() {
+#ifdef __GLIBC__
+  constexpr int kLargestHeapBlock = 4 << 20;
+  constexpr int kLargestSpareHeap = 8 << 20;
+  mallopt(M_MMAP_THRESHOLD, kLargestHeapBlock);
+  mallopt(M_TRIM_THRESHOLD, kLargestSpareHeap);
+#endif
+}
+
 // Complete commands that are already on their way still reach the printer.
 void endWithoutMemory() {
   constexpr char kMessage[] = "ERROR:Out of memory\n";
@@ -65,6 +80,7 @@ void endWithoutMemory() {
 int main(int argc, char** argv) {
   static char outputBuffer[1 << 16];
   openClosedDescriptors();
+  giveLargeBlocksBack();
   std::set_new_handler(endWithoutMemory);
   std::setvbuf(stdout, outputBuffer, _IOFBF, sizeof outputBuffer);
   installTermination();

@@ -4,8 +4,10 @@
 
 #include <cups/cups.h>
 #include <cups/ppd.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "common/log.h"
@@ -20,19 +22,49 @@ struct ClosePpd {
 };
 using Ppd = std::unique_ptr<ppd_file_t, ClosePpd>;
 
+// In words of our own: the CUPS library's are translated, and it needs memory to find
+// them, which may be just what is missing.
+const char* ppdFault(ppd_status_t status) {
+  switch (status) {
+    case PPD_FILE_OPEN_ERROR:
+      return "the file cannot be opened";
+    case PPD_ALLOC_ERROR:
+      return "out of memory";
+    case PPD_MISSING_PPDADOBE4:
+      return "it does not begin like a PPD file";
+    default:
+      return "it breaks the rules of PPD files";
+  }
+}
+
+// The CUPS library does not look whether its own allocations for a PPD succeed. It is
+// given a file only when there is room for it: too little ends the process in the way
+// that main has laid down for that.
+void assureMemoryFor(const char* path, const char* options) {
+  constexpr std::size_t kAnyPpd = 1 << 20;
+  constexpr std::size_t kMemoryPerByte = 16;
+  struct stat status = {};
+  const bool known = stat(path, &status) == 0 && S_ISREG(status.st_mode);
+  const std::size_t text = (known ? static_cast<std::size_t>(status.st_size) : 0) +
+                           (options == nullptr ? 0 : std::strlen(options));
+  // Volatile, because a compiler may drop an allocation that nobody uses.
+  char* volatile room = new char[kAnyPpd + kMemoryPerByte * text];
+  delete[] room;
+}
+
 // Null, after one line that says why, when the file cannot be used.
-Ppd openPpd() {
+Ppd openPpd(const char* options) {
   const char* path = std::getenv("PPD");
   if (path == nullptr) {
     wrenLogCommon(3, "Unable to open the PPD file: the environment variable PPD is not set");
     return nullptr;
   }
+  assureMemoryFor(path, options);
   Ppd ppd(ppdOpenFile(path));
   if (ppd == nullptr) {
     int line = 0;
     const ppd_status_t status = ppdLastError(&line);
-    wrenLogCommon(3, "Unable to open the PPD file %s: %s (line %d)", path, ppdErrorString(status),
-                  line);
+    wrenLogCommon(3, "Unable to open the PPD file %s: %s (line %d)", path, ppdFault(status), line);
   }
   return ppd;
 }
@@ -63,7 +95,7 @@ Settings readSettings(ppd_file_t* ppd) {
 }  // namespace
 
 bool initializeSettings(const char* options, Settings* settings) {
-  const Ppd ppd = openPpd();
+  const Ppd ppd = openPpd(options);
   if (ppd == nullptr) return false;
   ppdMarkDefaults(ppd.get());
   markJobOptions(ppd.get(), options);

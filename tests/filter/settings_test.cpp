@@ -166,6 +166,22 @@ TEST_F(SettingsTest, MissingVariableIsOneErrorLine) {
   EXPECT_EQ(settings.pageType, 5);
 }
 
+TEST_F(SettingsTest, ReasonOfAnUnreadablePpdIsTold) {
+  const struct {
+    std::string text;
+    const char* reason;
+  } rows[] = {
+      {"", "it does not begin like a PPD file (line 0)"},
+      {"no PPD at all\n", "it breaks the rules of PPD files (line 1)"},
+  };
+  for (const auto& row : rows) {
+    Settings settings;
+    EXPECT_FALSE(read(row.text, "", settings));
+    EXPECT_EQ(messages, "ERROR:Unable to open the PPD file " + std::string(getenv("PPD")) + ": " +
+                            row.reason + "\n");
+  }
+}
+
 TEST_F(SettingsTest, UnreadablePpdIsOneErrorLineWithPathAndReason) {
   Settings settings;
   EXPECT_FALSE(read("no PPD at all\n", "", settings));
@@ -177,7 +193,8 @@ TEST_F(SettingsTest, UnreadablePpdIsOneErrorLineWithPathAndReason) {
   CaptureStderr();
   EXPECT_FALSE(initializeSettings("", &settings));
   messages = GetCapturedStderr();
-  EXPECT_NE(messages.find(missing), std::string::npos) << messages;
+  EXPECT_EQ(messages, "ERROR:Unable to open the PPD file " + missing +
+                          ": the file cannot be opened (line 0)\n");
   EXPECT_EQ(wren_test::linesOf(messages).size(), 1U);
 }
 

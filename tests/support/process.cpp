@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -139,6 +140,14 @@ std::string Process::outSoFar() const {
 
 std::string Process::errSoFar() const {
   return contentOf(errDescriptor);
+}
+
+long Process::peakKilobytesSoFar() const {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return -1;
 }
 
 bool Process::waitForError(const std::string& text, double seconds) const {

@@ -47,6 +47,9 @@ class Process {
   void feed(const std::string& bytes);
   void closeInput();
   void signal(int number) const;
+  pid_t id() const { return pid; }
+  /// Largest resident size of the running program itself; -1 where that is not known.
+  long peakKilobytesSoFar() const;
   /// What has been written so far.
   std::string outSoFar() const;
   std::string errSoFar() const;

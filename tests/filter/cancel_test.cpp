@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A cancelled job: the print system sends SIGTERM, and the paper is left at the end of a
+// band, fed and cut, whatever the filter was doing.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/filter/expected_bytes.h"
+#include "tests/support/filter_job.h"
+#include "tests/support/ppd_text.h"
+#include "tests/support/raster_stream.h"
+
+namespace wren_test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// A job with drawer, buzzers and cuts at every place, so that what is left out shows.
+constexpr char kLoudOptions[] =
+    "Buzzer1Setting=2 Buzzer1OnTime=1 Buzzer1Repeat=1 Buzzer2Setting=2 Buzzer2OnTime=1 "
+    "Buzzer2Repeat=1 CashDrawerSetting=2 PageCutType=1 DocCutType=2 FeedCutAfterJobEnd=3";
+
+std::string loudStart() {
+  return std::string(64, '\0') + fromHex("1B40 1F1B1F4265657008 1B5500");
+}
+
+std::string loudCancelledEnd() {
+  return fromHex("1B4A10 1B4A30 1D5601 1F1B1F4265657006 1B76");
+}
+
+FilterJob waitingJob() {
+  FilterJob job;
+  job.ppd = fullPpd().text();
+  job.options = kLoudOptions;
+  job.via = RasterVia::kPipe;
+  return job;
+}
+
+// A filter that has read the first word of its raster and waits for a page header.
+void feedUntilItWaits(RunningFilter& filter) {
+  filter.process().feed(rasterSync(RasterKind::kV3));
+  ASSERT_TRUE(filter.process().waitForError("outFile"));
+}
+
+void expectQuietEnd(const FilterResult& result) {
+  EXPECT_TRUE(result.exited(0)) << result.exitStatus << " signal " << result.signal;
+  for (const auto& line : linesOf(result.err)) {
+    EXPECT_EQ(line.find("ERROR"), std::string::npos) << line;
+    EXPECT_EQ(line.find("Ready to print."), std::string::npos) << line;
+  }
+}
+
+TEST(Cancel, EndsAFilterThatWaitsForItsFirstPage) {
+  RunningFilter filter(waitingJob());
+  feedUntilItWaits(filter);
+  filter.process().signal(SIGTERM);
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  EXPECT_EQ(hexOf(result.out), hexOf(loudStart() + loudCancelledEnd()));
+}
+
+// finish() closes the input too, so the waiting itself has to be seen to end.
+TEST(Cancel, DoesNotNeedTheEndOfTheInput) {
+  RunningFilter filter(waitingJob());
+  feedUntilItWaits(filter);
+  filter.process().signal(SIGTERM);
+  bool ended = false;
+  for (int i = 0; i < 2000 && !ended; ++i) {
+    ended = filter.process().hasEnded();
+    if (!ended) usleep(5000);
+  }
+  EXPECT_TRUE(ended);
+  expectQuietEnd(filter.finish());
+}
+
+TEST(Cancel, EndsAFilterThatWaitsInTheMiddleOfAPageOrAHeader) {
+  const std::string whole = rasterStream(RasterKind::kV3, {flatPage(64, 64, 255)});
+  for (const std::size_t fed : {std::size_t{5}, std::size_t{1000}, whole.size() - 1}) {
+    RunningFilter filter(waitingJob());
+    filter.process().feed(whole.substr(0, fed));
+    ASSERT_TRUE(filter.process().waitForError(fed < 1800 ? "outFile" : "Try print page"));
+    filter.process().signal(SIGTERM);
+    const auto result = filter.finish();
+    expectQuietEnd(result);
+    EXPECT_EQ(hexOf(result.out), hexOf(loudStart() + loudCancelledEnd())) << fed;
+    EXPECT_TRUE(result.images.empty());
+  }
+}
+
+// The first word of the raster is waited for before the side file is opened.
+TEST(Cancel, EndsAFilterThatWaitsForTheStartOfItsRaster) {
+  for (const std::size_t fed : {0U, 2U}) {
+    RunningFilter filter(waitingJob());
+    filter.process().feed(rasterSync(RasterKind::kV3).substr(0, fed));
+    ASSERT_TRUE(filter.process().waitForError("FeedCutAfterJobEnd"));
+    usleep(200000);
+    filter.process().signal(SIGTERM);
+    for (int i = 0; i < 4000 && !filter.process().hasEnded(); ++i) usleep(5000);
+    EXPECT_TRUE(filter.process().hasEnded());
+    const auto result = filter.finish();
+    expectQuietEnd(result);
+    // A very busy machine may deliver the signal before the prologue.
+    EXPECT_TRUE(result.out == loudStart() + loudCancelledEnd() || result.out.empty());
+  }
+}
+
+TEST(Cancel, BetweenPagesKeepsTheFinishedPage) {
+  RunningFilter filter(waitingJob());
+  filter.process().feed(rasterStream(RasterKind::kV3, {flatPage(8, 8, 255)}));
+  ASSERT_TRUE(filter.process().waitForError("printImage"));
+  usleep(200000);
+  filter.process().signal(SIGTERM);
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  EXPECT_EQ(hexOf(result.out), hexOf(loudStart() + flatBands(8, 8) +
+                                     fromHex("1B4A10 1B420101 1D5600") + loudCancelledEnd()));
+}
+
+TEST(Cancel, BeforeThePrologueLeavesNoByte) {
+  const TemporaryFolder folder;
+  const std::string fifo = folder.path() / "page.ras";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  FilterJob job = waitingJob();
+  job.inputPath = fifo;
+  RunningFilter filter(job);
+  usleep(300000);  // nothing shows that it waits in open
+  filter.process().signal(SIGTERM);
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "");
+}
+
+// A reader of printer bytes that is slower than the filter.
+class SlowReader {
+ public:
+  SlowReader() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
+  SlowReader(const SlowReader&) = delete;
+  SlowReader& operator=(const SlowReader&) = delete;
+  ~SlowReader() { close(ends[0]); }
+  int writeEnd() const { return ends[1]; }
+  void started() { close(ends[1]); }
+  std::string take(std::size_t count) {
+    std::string bytes(count, '\0');
+    const ssize_t got = read(ends[0], bytes.data(), count);
+    return bytes.substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);
+  }
+  std::string rest() {
+    std::string bytes;
+    for (std::string part = take(65536); !part.empty(); part = take(65536)) bytes += part;
+    return bytes;
+  }
+
+ private:
+  int ends[2] = {-1, -1};
+};
+
+// The filter hangs in a write in the middle of the page while the signal comes.
+TEST(Cancel, FinishesTheBandInProgressAndSendsNothingMoreOfThePage) {
+  SlowReader reader;
+  FilterJob job = waitingJob();
+  job.via = RasterVia::kFile;
+  job.raster = rasterStream(RasterKind::kV3, {flatPage(576, 8000, 255)});
+  job.beforeExec = [&] { dup2(reader.writeEnd(), STDOUT_FILENO); };
+  RunningFilter filter(job);
+  reader.started();
+  std::string out = reader.take(1000);
+  usleep(300000);  // the pipe fills up
+  filter.process().signal(SIGTERM);
+  usleep(100000);
+  out += reader.rest();
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  const std::size_t head = loudStart().size() + 2;
+  const std::size_t tail = loudCancelledEnd().size();
+  ASSERT_GT(out.size(), head + tail);
+  const std::size_t bands = out.size() - head - tail;
+  EXPECT_EQ(bands % (5 + 576 + 3), 0U);
+  EXPECT_LT(bands / (5 + 576 + 3), 1000U);
+  EXPECT_TRUE(out.substr(0, head + bands) ==
+              (loudStart() + flatBands(576, 8000)).substr(0, head + bands));
+  EXPECT_EQ(hexOf(out.substr(head + bands)), hexOf(loudCancelledEnd()));
+}
+
+// Between the stages of a page: nothing of it has been sent, so nothing of it will be.
+TEST(Cancel, IsSeenBetweenTheStagesOfALargePage) {
+  for (const char* type : {"None", "QVDithering"}) {
+    FilterJob job = waitingJob();
+    job.via = RasterVia::kFile;
+    job.options += std::string(" Brightness=20 HalftoneType=") + type;
+    job.raster = rasterStream(RasterKind::kV3, {noisePage(576, 8000, 1)});
+    RunningFilter filter(job);
+    ASSERT_TRUE(filter.process().waitForError("Try print page"));
+    filter.process().signal(SIGTERM);
+    const auto result = filter.finish();
+    expectQuietEnd(result);
+    const std::string start = loudStart();
+    EXPECT_EQ(hexOf(result.out.substr(0, start.size())), hexOf(start));
+    const auto pages = printedPages(result.out);
+    EXPECT_TRUE(pages.empty() || pages[0].rows.size() < 8000) << pages[0].rows.size();
+    EXPECT_EQ(hexOf(result.out.substr(result.out.size() - loudCancelledEnd().size())),
+              hexOf(loudCancelledEnd()));
+  }
+}
+
+TEST(Cancel, SecondSignalChangesNothing) {
+  RunningFilter filter(waitingJob());
+  feedUntilItWaits(filter);
+  for (int i = 0; i < 5; ++i) filter.process().signal(SIGTERM);
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  EXPECT_EQ(result.out, loudStart() + loudCancelledEnd());
+}
+
+}  // namespace
+}  // namespace wren_test

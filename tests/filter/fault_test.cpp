@@ -1,0 +1,475 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Faults around the real filter: outputs that fail, inputs that are none, rasters that
+// are cut off, folders that take no files, PPDs out of bounds. None of them may lose a
+// page that can be printed, hang, or end the filter without a word.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <ctime>
+#include <fstream>
+#include <random>
+
+#include "tests/filter/expected_bytes.h"
+#include "tests/support/bmp_file.h"
+#include "tests/support/filter_job.h"
+#include "tests/support/ppd_text.h"
+#include "tests/support/raster_stream.h"
+
+namespace wren_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t kCutStep = 11;  // a sanitized start takes many times as long
+#else
+constexpr std::size_t kCutStep = 1;
+#endif
+
+FilterJob jobOf(const std::vector<RasterPage>& pages) {
+  FilterJob job;
+  job.ppd = fullPpd().text();
+  job.raster = rasterStream(RasterKind::kV3, pages);
+  return job;
+}
+
+std::string solidPage(unsigned width, unsigned height) {
+  return flatBands(width, height) + pageEnd();
+}
+
+// --- Standard output ---
+
+TEST(Fault, ClosedOutputLosesNoImageAndNoMessage) {
+  FilterJob job = jobOf({flatPage(8, 8, 255)});
+  const auto expected = runFilterJob(job);
+  job.beforeExec = [] { close(STDOUT_FILENO); };
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(messageLines(result.err), messageLines(expected.err));
+  ASSERT_EQ(result.images.size(), 2U);
+  EXPECT_EQ(result.images[1].bytes, expected.images[1].bytes);
+}
+
+// Write errors are not looked at: the exit status follows the pages.
+TEST(Fault, FullOutputGoesUnnoticed) {
+  FilterJob job = jobOf({flatPage(576, 2000, 255)});
+  job.beforeExec = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(messageLines(result.err).back(), "DEBUG:Ready to print.");
+  EXPECT_EQ(result.images.size(), 2U);
+}
+
+TEST(Fault, ReaderThatLeftEndsTheFilterAsByDefault) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  close(ends[0]);
+  FilterJob job = jobOf({flatPage(576, 2000, 255)});
+  job.beforeExec = [&] { dup2(ends[1], STDOUT_FILENO); };
+  const auto result = runFilterJob(job);
+  close(ends[1]);
+  EXPECT_EQ(result.signal, SIGPIPE);
+}
+
+// --- Rasters that end too early ---
+
+// What a job of 16 x 16 pages must give when its stream ends after so many bytes.
+struct CutJob {
+  static constexpr std::size_t kPages = 3;
+  static constexpr std::size_t kHeader = sizeof(cups_page_header2_t);
+  static constexpr std::size_t kPage = kHeader + 256;
+
+  static std::string raster() {
+    return rasterStream(RasterKind::kV3, std::vector(kPages, flatPage(16, 16, 255)));
+  }
+  static std::size_t wholePages(std::size_t cut) { return cut < 4 ? 0 : (cut - 4) / kPage; }
+  static bool endsInPixels(std::size_t cut) {
+    return cut >= 4 + kHeader && (cut - 4) % kPage >= kHeader;
+  }
+  static std::string out(std::size_t cut) {
+    std::string bytes = jobStart();
+    for (std::size_t i = 0; i < wholePages(cut); ++i) bytes += solidPage(16, 16);
+    return bytes + jobEnd();
+  }
+  static std::string lastLines(std::size_t cut) {
+    const std::string number = std::to_string(wholePages(cut) + 1);
+    return (endsInPixels(cut) ? "ERROR:Failed to get " + number + " page data!\n" : "") +
+           (wholePages(cut) == 0 ? "ERROR:No pages found!\n" : "DEBUG:Ready to print.\n");
+  }
+  static int status(std::size_t cut) { return wholePages(cut) == 0 ? 1 : 0; }
+};
+
+// Runs the filter again and again in one private spool folder, with little around it.
+class ManyRuns {
+ public:
+  ManyRuns() {
+    fs::create_directory(folder.path() / "spool");
+    ppd = "PPD=" + folder.write("printer.ppd", fullPpd().text()).string();
+    input = open((folder.path() / "page.ras").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    out = open((folder.path() / "out").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_APPEND, 0600);
+    err = open((folder.path() / "err").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_APPEND, 0600);
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input, 0);
+    posix_spawn_file_actions_adddup2(&actions, out, 1);
+    posix_spawn_file_actions_adddup2(&actions, err, 2);
+    if (chdir(folder.path().c_str()) != 0) _exit(124);
+    enterPrivateSpool(folder.path(), SpoolKind::kPrivate);
+  }
+
+  int run(const std::string& raster) {
+    if (ftruncate(input, 0) != 0 || ftruncate(out, 0) != 0 || ftruncate(err, 0) != 0) return -1;
+    if (pwrite(input, raster.data(), raster.size(), 0) < 0) return -1;
+    lseek(input, 0, SEEK_SET);
+    std::string words[] = {"queue", "1", "user", "title", "1", ""};
+    std::string zone = "TZ=UTC";
+    char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(),
+                               words[4].data(), words[5].data(), nullptr};
+    char* const environment[] = {ppd.data(), zone.data(), nullptr};
+    pid_t pid = -1;
+    int status = -1;
+    if (posix_spawn(&pid, program.c_str(), &actions, nullptr, arguments, environment) != 0) {
+      return -1;
+    }
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  std::string outBytes() const { return readFile(folder.path() / "out"); }
+  std::string errText() const { return readFile(folder.path() / "err"); }
+
+ private:
+  TemporaryFolder folder;
+  std::string program = filterProgram();
+  std::string ppd;
+  int input = -1;
+  int out = -1;
+  int err = -1;
+  posix_spawn_file_actions_t actions;
+};
+
+bool endsWith(const std::string& text, const std::string& end) {
+  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// The places at which a run did not give what it must.
+std::string wrongCuts(const std::vector<std::size_t>& cuts) {
+  ManyRuns runs;
+  const std::string raster = CutJob::raster();
+  std::string wrong;
+  for (const std::size_t cut : cuts) {
+    const int status = runs.run(raster.substr(0, cut));
+    const bool right =
+        status == CutJob::status(cut) && runs.outBytes() == CutJob::out(cut) &&
+        endsWith(runs.errText(), CutJob::lastLines(cut)) &&
+        (CutJob::endsInPixels(cut) || runs.errText().find("Failed") == std::string::npos);
+    if (!right) wrong += std::to_string(cut) + " (status " + std::to_string(status) + ") ";
+  }
+  return wrong;
+}
+
+// In a process of its own, because the private spool folder stays for good.
+void expectRightAtAllCuts(const std::vector<std::size_t>& cuts) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    close(ends[0]);
+    const std::string wrong = wrongCuts(cuts).substr(0, 4000);
+    const bool told = write(ends[1], wrong.data(), wrong.size()) >= 0;
+    _exit(told ? 0 : 1);
+  }
+  close(ends[1]);
+  std::string wrong(4000, '\0');
+  std::size_t length = 0;
+  for (ssize_t got = 0; (got = read(ends[0], &wrong[length], wrong.size() - length)) > 0;) {
+    length += static_cast<std::size_t>(got);
+  }
+  close(ends[0]);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(wrong.substr(0, length), "");
+  EXPECT_EQ(status, 0);
+}
+
+std::vector<std::size_t> everyCut(std::size_t first, std::size_t last) {
+  std::vector<std::size_t> cuts;
+  for (std::size_t cut = first; cut <= last; cut += kCutStep) cuts.push_back(cut);
+  return cuts;
+}
+
+TEST(Fault, RasterCutAtEveryByteOfItsFirst2KiB) {
+  expectRightAtAllCuts(everyCut(0, 2048));
+}
+
+TEST(Fault, RasterCutAtEveryByteOfItsNext2KiB) {
+  expectRightAtAllCuts(everyCut(2049, 4096));
+}
+
+TEST(Fault, RasterCutAt200RandomPlaces) {
+  std::mt19937 numbers(20);
+  std::vector<std::size_t> cuts;
+  for (int i = 0; i < 200; ++i) cuts.push_back(numbers() % (CutJob::raster().size() + 1));
+  expectRightAtAllCuts(cuts);
+}
+
+// --- Inputs that are no plain file ---
+
+TEST(Fault, FolderAsInputIsAJobWithoutPages) {
+  FilterJob job = jobOf({});
+  job.inputPath = "/";
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(1));
+  EXPECT_EQ(result.out, jobStart() + jobEnd());
+  EXPECT_EQ(messageLines(result.err), startLines() + Lines{"ERROR:No pages found!"});
+}
+
+TEST(Fault, NamedPipeAsInputIsRead) {
+  const TemporaryFolder folder;
+  const std::string fifo = folder.path() / "page.ras";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  FilterJob job = jobOf({});
+  job.inputPath = fifo;
+  RunningFilter filter(job);
+  std::ofstream(fifo, std::ios::binary)
+      << rasterStream(RasterKind::kV3, {flatPage(8, 8, 255)}) << std::flush;
+  const auto result = filter.finish();
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(8, 8) + jobEnd());
+}
+
+TEST(Fault, FileThatMayNotBeReadIsReported) {
+  const TemporaryFolder folder;
+  const auto file = folder.write("page.ras", "RaS3");
+  fs::permissions(file, fs::perms::none);
+  FilterJob job = jobOf({});
+  job.inputPath = file;
+  job.beforeExec = [] {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(123);  // root may read everything
+  };
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(1));
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "ERROR: Unable to open raster file - ");
+}
+
+// --- Folders for the debug images ---
+
+void expectPageWithoutImages(const FilterResult& result) {
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(8, 8) + solidPage(8, 8) + jobEnd());
+  std::vector<std::string> numbers;
+  const std::string start =
+      std::string("WrenPrinter::saveImage: unable to open the file ") + kRealSpoolFolder;
+  for (const auto& line : linesOf(result.err)) {
+    if (line.rfind("WrenPrinter", 0) != 0) continue;
+    EXPECT_EQ(line.substr(0, start.size()), start);
+    numbers.push_back(line.substr(line.rfind('_')));
+  }
+  EXPECT_EQ(numbers, (Lines{"_0.bmp", "_1.bmp", "_2.bmp", "_3.bmp"}));
+  EXPECT_TRUE(result.images.empty());
+}
+
+TEST(Fault, MissingSpoolFolderCostsOneLineForEachImage) {
+  FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255)});
+  job.spool = SpoolKind::kMissing;
+  expectPageWithoutImages(runFilterJob(job));
+}
+
+TEST(Fault, ReadOnlySpoolFolderCostsOneLineForEachImage) {
+  if (!canMount()) GTEST_SKIP() << "needs mounts";
+  FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255)});
+  job.spool = SpoolKind::kReadOnly;
+  expectPageWithoutImages(runFilterJob(job));
+}
+
+TEST(Fault, FullSpoolFolderCostsNoPage) {
+  if (!canMount()) GTEST_SKIP() << "needs mounts";
+  FilterJob job = jobOf({flatPage(576, 100, 255), flatPage(576, 100, 255)});
+  job.spool = SpoolKind::kFull;
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(576, 100) + solidPage(576, 100) + jobEnd());
+}
+
+// The names of the next images are no secret, and the folder may be open to others.
+TEST(Fault, ImageNameThatIsASymbolicLinkIsNotFollowed) {
+  FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255)});
+  std::string target;
+  job.prepareFolder = [&](const TemporaryFolder& folder) {
+    target = folder.write("target", "keep");
+    for (std::time_t second = std::time(nullptr); second < std::time(nullptr) + 60; ++second) {
+      std::tm when = {};
+      gmtime_r(&second, &when);
+      for (int number = 0; number < 4; ++number) {
+        char name[96];
+        std::snprintf(name, sizeof name, "%s_%d-%d-%d_%d_%d_%d_%d.bmp",
+                      number % 2 == 0 ? "origin" : "dithered", when.tm_year + 1900, when.tm_mon + 1,
+                      when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, number);
+        fs::create_symlink(target, folder.path() / "spool" / name);
+      }
+    }
+  };
+  RunningFilter filter(job);
+  auto result = filter.finish();
+  EXPECT_EQ(readFile(target), "keep");
+  for (const auto& image : result.images) EXPECT_EQ(image.bytes, "keep");
+  result.images.clear();
+  expectPageWithoutImages(result);
+}
+
+// --- Locale and time ---
+
+// A locale with decimal commas must not change how the PPD's numbers are read.
+TEST(Fault, DecimalCommasDoNotReachThePpd) {
+  const TemporaryFolder folder;
+  const std::string place = folder.path() / "de_DE.UTF-8";
+  const std::string build = "localedef -c -i de_DE -f UTF-8 '" + place + "' >/dev/null 2>&1";
+  const std::string check = "LOCPATH='" + folder.path().string() +
+                            "' LC_ALL=de_DE.UTF-8 /usr/bin/printf '%.1f' 0,5 2>/dev/null "
+                            "| grep -q '^0,5$'";
+  if (std::system(build.c_str()) == -1 || std::system(check.c_str()) != 0) {
+    GTEST_SKIP() << "no locale with decimal commas can be made here";
+  }
+  FilterJob job = jobOf({flatPage(600, 8, 255)});
+  job.ppd = fullPpd("None", "204.5").text();
+  job.environment = {"TZ=UTC", "LOCPATH=" + folder.path().string(), "LC_ALL=de_DE.UTF-8",
+                     "LANG=de_DE.UTF-8"};
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(576, 8) + jobEnd());
+}
+
+// A time zone in which it is two seconds to midnight.
+TEST(Fault, JobOverMidnightNamesEachImageByItsOwnMoment) {
+  const std::time_t now = std::time(nullptr);
+  const std::time_t ahead = 86398 - now % 86400;
+  char zone[32];
+  std::snprintf(zone, sizeof zone, "TZ=WRN-%02d:%02d:%02d", static_cast<int>(ahead / 3600),
+                static_cast<int>(ahead / 60 % 60), static_cast<int>(ahead % 60));
+  FilterJob job = jobOf({});
+  job.via = RasterVia::kPipe;
+  job.environment = {zone};
+  RunningFilter filter(job);
+  filter.process().feed(rasterStream(RasterKind::kV3, {flatPage(8, 8, 255)}));
+  ASSERT_TRUE(filter.process().waitForError("printImage"));
+  const bool beforeMidnight = std::time(nullptr) + ahead < now - now % 86400 + 86400;
+  sleep(3);
+  filter.process().feed(rasterPage(RasterKind::kV3, flatPage(8, 8, 255)));
+  const auto result = filter.finish();
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(8, 8) + solidPage(8, 8) + jobEnd());
+  ASSERT_EQ(result.images.size(), 4U);
+  if (!beforeMidnight) GTEST_SKIP() << "the machine was too busy to print before midnight";
+  const auto day = [](const SavedImage& image) {
+    const auto start = image.name.find('_') + 1;
+    return image.name.substr(start, image.name.find('_', start) - start);
+  };
+  EXPECT_NE(day(result.images[0]), day(result.images[3]));
+  EXPECT_NE(result.images[0].name.find("_23_59_"), std::string::npos) << result.images[0].name;
+  EXPECT_NE(result.images[3].name.find("_0_0_"), std::string::npos) << result.images[3].name;
+}
+
+// --- PPDs out of bounds ---
+
+FilterResult resultWithPpd(const std::string& ppd) {
+  FilterJob job = jobOf({flatPage(8, 8, 255)});
+  job.ppd = ppd;
+  return runFilterJob(job);
+}
+
+void expectOrdinaryJob(const FilterResult& result) {
+  EXPECT_TRUE(result.exited(0)) << result.exitStatus << " signal " << result.signal << "\n"
+                                << result.err;
+  EXPECT_EQ(hexOf(result.out), hexOf(jobStart() + solidPage(8, 8) + jobEnd()));
+}
+
+TEST(Fault, PpdOfTenMebibytes) {
+  std::string text = fullPpd().text();
+  const std::string line = "*% " + std::string(97, 'x') + "\n";
+  while (text.size() < 10U << 20) text += line;
+  expectOrdinaryJob(resultWithPpd(text));
+}
+
+TEST(Fault, PpdWithTenThousandOptions) {
+  PpdText ppd = fullPpd();
+  for (int i = 0; i < 10000; ++i) ppd.option("Wren" + std::to_string(i), {"A", "B"}, "A");
+  expectOrdinaryJob(resultWithPpd(ppd.text()));
+}
+
+TEST(Fault, PpdWithLatin1Text) {
+  PpdText ppd;
+  ppd.raw(
+      "*WrenNote: \"Gr\xFC\xDF"
+      "e\"\n");
+  expectOrdinaryJob(resultWithPpd(fullPpd()
+                                      .raw("*WrenNote: \"Gr\xFC\xDF"
+                                           "e\"\n")
+                                      .text()));
+}
+
+// Either the CUPS library reads past a NUL or it refuses the file: a job or one line.
+TEST(Fault, PpdWithNulBytes) {
+  const std::string nul(1, '\0');
+  for (const std::string& text :
+       {fullPpd().text() + "*WrenNote: \"a" + nul + "b\"\n", nul + fullPpd().text(),
+        fullPpd().text() + std::string(5000, '\0'), std::string(5000, '\0')}) {
+    const auto result = resultWithPpd(text);
+    EXPECT_EQ(result.signal, 0);
+    if (result.exited(0)) {
+      expectOrdinaryJob(result);
+    } else {
+      EXPECT_TRUE(result.exited(1));
+      EXPECT_EQ(result.out, "");
+      EXPECT_EQ(result.err.rfind("ERROR:Unable to open the PPD file", 0), 0U) << result.err;
+      EXPECT_EQ(linesOf(result.err).size(), 1U);
+    }
+  }
+}
+
+// --- Many pages, long pages ---
+
+TEST(Fault, FourThousandPagesLeaveTheMemoryFlat) {
+  const std::string page = rasterPage(RasterKind::kV3, flatPage(64, 64, 255));
+  long peaks[2] = {0, 0};
+  for (int run = 0; run < 2; ++run) {
+    const int pages = run == 0 ? 40 : 4000;
+    FilterJob job = jobOf({});
+    job.spool = SpoolKind::kMissing;
+    job.via = RasterVia::kPipe;
+    RunningFilter filter(job);
+    filter.process().feed(rasterSync(RasterKind::kV3));
+    for (int i = 0; i < pages; ++i) filter.process().feed(page);
+    const auto result = filter.finish();
+    EXPECT_TRUE(result.exited(0));
+    EXPECT_EQ(result.out.size(),
+              jobStart().size() + pages * solidPage(64, 64).size() + jobEnd().size());
+    EXPECT_NE(result.err.find("DEBUG:Try print page: " + std::to_string(pages) + " 1\n"),
+              std::string::npos);
+    peaks[run] = result.peakKilobytes;
+  }
+#ifndef __SANITIZE_ADDRESS__
+  EXPECT_LT(peaks[1], peaks[0] + 512);
+#endif
+}
+
+TEST(Fault, PageOf576By200000) {
+  FilterJob job = jobOf({});
+  job.spool = SpoolKind::kMissing;
+  job.raster = rasterStream(RasterKind::kV2, {flatPage(576, 200000, 255)});
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0));
+  EXPECT_TRUE(result.out == jobStart() + solidPage(576, 200000) + jobEnd());
+}
+
+}  // namespace
+}  // namespace wren_test
