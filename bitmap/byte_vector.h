@@ -146,6 +146,14 @@ inline ByteVector addClamped(ByteVector a, ByteVector b) {
       vreinterpretq_u8_s8(vqaddq_s8(vreinterpretq_s8_u8(a.lanes), vreinterpretq_s8_u8(b.lanes)))};
 }
 
+/// Unsigned sums and differences, held to 0..255.
+inline ByteVector addUnsigned(ByteVector a, ByteVector b) {
+  return {vqaddq_u8(a.lanes, b.lanes)};
+}
+inline ByteVector subtractUnsigned(ByteVector a, ByteVector b) {
+  return {vqsubq_u8(a.lanes, b.lanes)};
+}
+
 inline ByteVector aboveZero(ByteVector v) {
   return {vcgtzq_s8(vreinterpretq_s8_u8(v.lanes))};
 }
