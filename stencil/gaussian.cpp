@@ -134,9 +134,9 @@ QVImage enh_gaussian_filter_fast(const QVImage& image, int size, double sigma) {
 }
 
 QVImage enh_gaussian_filter(const QVImage& image, int size, double sigmaX, double sigmaY) {
-  if (!is_kernel_size(size)) return {image.width, image.height, QV_IMG_GRAY, image.data};
+  QVImage out(image.width, image.height, QV_IMG_GRAY, image.data);
+  if (!is_kernel_size(size)) return out;
   const int half = size / 2;
-  QVImage out(image.width, image.height, QV_IMG_GRAY);
   std::vector<double> kernel(at(size) * at(size));
   generateGaussianKernel(size, sigmaX, sigmaY, kernel.data());
   std::uint8_t* pixel = out.data;

@@ -107,7 +107,8 @@ void SharpRows::blur_row(const float* tone, float* out) {
   for (int chunk = 0; chunk < chunks_; ++chunk) {
     const int level = level_after_blur(chunk);
     blurredLevels_[at(chunk)] = level;
-    if (level != kMixed) std::fill_n(out + chunk * kChunk, kChunk, static_cast<float>(level));
+    if (level == kMixed) continue;
+    std::fill_n(out + std::ptrdiff_t{chunk} * kChunk, kChunk, static_cast<float>(level));
   }
   for_each_mixed_stretch(
       chunks_, kChunk, [this](int chunk) { return blurredLevels_[at(chunk)] != kMixed; },

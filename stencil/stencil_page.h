@@ -3,7 +3,7 @@
 //
 // The whole stencil halftone on rows of bytes, for a caller that has its page in
 // memory already: it reads the page once for the threshold and once for the dots,
-// copies nothing, and holds no more than some 40 rows of its own.
+// copies nothing, and holds some 120 bytes for each column of the page.
 
 #pragma once
 

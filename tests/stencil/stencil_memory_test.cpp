@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A roll of paper is a page of forty thousand rows: what the stencil halftone
+// holds besides the page may not grow with it. The program counts its own
+// allocations, so it is one of its own.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <vector>
+
+#include "stencil/stencil_page.h"
+#include "stencil/tattoo_dithering.h"
+
+namespace {
+
+std::size_t held = 0;
+std::size_t peak = 0;
+
+// Every block carries its size in front of it.
+constexpr std::size_t kHead = alignof(std::max_align_t);
+
+void* countedNew(std::size_t bytes) {
+  void* block = std::malloc(bytes + kHead);
+  if (block == nullptr) throw std::bad_alloc();
+  *static_cast<std::size_t*>(block) = bytes;
+  held += bytes;
+  peak = std::max(peak, held);
+  return static_cast<char*>(block) + kHead;
+}
+
+void countedDelete(void* pointer) {
+  if (pointer == nullptr) return;
+  void* block = static_cast<char*>(pointer) - kHead;
+  held -= *static_cast<std::size_t*>(block);
+  std::free(block);
+}
+
+// What `work` held at most, beyond what was held before it.
+template <typename Work>
+std::size_t peakOf(Work work) {
+  const std::size_t before = held;
+  peak = held;
+  work();
+  return peak - before;
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+  return countedNew(bytes);
+}
+void* operator new[](std::size_t bytes) {
+  return countedNew(bytes);
+}
+void operator delete(void* pointer) noexcept {
+  countedDelete(pointer);
+}
+void operator delete[](void* pointer) noexcept {
+  countedDelete(pointer);
+}
+void operator delete(void* pointer, std::size_t) noexcept {
+  countedDelete(pointer);
+}
+void operator delete[](void* pointer, std::size_t) noexcept {
+  countedDelete(pointer);
+}
+
+namespace {
+
+constexpr std::size_t kWidth = 576;
+constexpr std::size_t kBytesPerColumn = 128;
+constexpr std::size_t kFixed = 16384;
+
+std::size_t peakOfPage(int height) {
+  std::vector<std::uint8_t> page(kWidth * static_cast<std::size_t>(height), 100);
+  for (std::size_t i = 0; i < page.size(); i += 3) page[i] = static_cast<std::uint8_t>(i);
+  return peakOf([&] { stencil_page(page.data(), kWidth, kWidth, height, page.data(), kWidth); });
+}
+
+TEST(StencilMemory, OfAPageIsSomeRowsOfIt) {
+  EXPECT_LE(peakOfPage(40), kBytesPerColumn * kWidth + kFixed);
+}
+
+TEST(StencilMemory, DoesNotGrowWithThePage) {
+  EXPECT_EQ(peakOfPage(4000), peakOfPage(40));
+}
+
+TEST(StencilMemory, OfTheWholeImageIsTheResultAndSomeRows) {
+  const std::size_t bytes = kWidth * 2000;
+  std::vector<std::uint8_t> levels(bytes, 100);
+  levels[0] = 3;
+  QVImage page(kWidth, 2000, QV_IMG_GRAY, levels.data());
+  const std::size_t most = peakOf([&] { qvTattooDithering(page); });
+  EXPECT_GE(most, bytes);
+  EXPECT_LE(most, bytes + kBytesPerColumn * kWidth + kFixed);
+}
+
+}  // namespace
