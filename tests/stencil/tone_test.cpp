@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <limits>
 
 #include "stencil/fast_math.h"
 #include "stencil/tattoo_dithering.h"
@@ -30,6 +31,27 @@ GreyCounts countsOf(std::initializer_list<Level> levels) {
   GreyCounts counts{};
   for (const auto [level, pixels] : levels) counts[static_cast<std::size_t>(level)] += pixels;
   return counts;
+}
+
+// The discriminant of the two dark and light levels, step by step in single
+// precision: what makes the pages below special.
+float discriminantOf(const GreyCounts& counts) {
+  int pixels = 0;
+  for (const int count : counts) pixels += count;
+  float m1 = 0.0F;
+  float m2 = 0.0F;
+  float m3 = 0.0F;
+  for (int k = 0; k < 256; ++k) {
+    const float share =
+        static_cast<float>(counts[static_cast<std::size_t>(k)]) / static_cast<float>(pixels);
+    m1 = m1 + static_cast<float>(k) * share;
+    m2 = m2 + static_cast<float>(k * k) * share;
+    m3 = m3 + static_cast<float>(k * k * k) * share;
+  }
+  const float cd = m2 - m1 * m1;
+  const float c0 = (m1 * m3 - m2 * m2) / cd;
+  const float c1 = (m1 * m2 - m3) / cd;
+  return static_cast<float>(static_cast<double>(c1 * c1) - 4.0 * static_cast<double>(c0));
 }
 
 TEST(CvtGray, WeightsAreExactConstants) {
@@ -95,12 +117,25 @@ TEST(ThreshGlobalMoments, ReturnsTheFallbackForAnEmptyPage) {
   EXPECT_EQ(thresh_global_moments(QVImage(0, 0, QV_IMG_GRAY)), 128);
 }
 
+// No page has a negative one by arithmetic; rounding makes it so on nearly single levels.
+TEST(ThreshGlobalMoments, ReturnsTheFallbackWhenTheDiscriminantIsNegative) {
+  for (const GreyCounts& counts : {countsOf({{109, 998}, {108, 2}}), countsOf({{5, 38397}, {4, 3}}),
+                                   countsOf({{227, 99}, {240, 1}})}) {
+    EXPECT_LT(discriminantOf(counts), 0.0F);
+    EXPECT_EQ(threshold_of_counts(counts), 128);
+  }
+}
+
 TEST(ThreshGlobalMoments, ReturnsTheFallbackWhenTheDiscriminantIsInfinite) {
-  EXPECT_EQ(threshold_of_counts(countsOf({{172, 999}, {173, 1}})), 128);
+  const GreyCounts counts = countsOf({{172, 999}, {173, 1}});
+  EXPECT_EQ(discriminantOf(counts), std::numeric_limits<float>::infinity());
+  EXPECT_EQ(threshold_of_counts(counts), 128);
 }
 
 TEST(ThreshGlobalMoments, ReturnsTheFallbackWhenTheDiscriminantIsNotANumber) {
-  EXPECT_EQ(threshold_of_counts(countsOf({{139, 999}, {141, 1}})), 128);
+  const GreyCounts counts = countsOf({{139, 999}, {141, 1}});
+  EXPECT_NE(discriminantOf(counts), discriminantOf(counts));
+  EXPECT_EQ(threshold_of_counts(counts), 128);
 }
 
 TEST(ThreshGlobalMoments, MinusOneWhenNoLevelExceedsTheDarkShare) {
