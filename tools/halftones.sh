@@ -10,7 +10,7 @@ readonly LABEL_WIDTH=240 # pixels, beside the papers
 
 halftones_command() {
   # shellcheck disable=SC2034 # filled by read_print_arguments, of no use here
-  local file="" paper=80 out="" crop="" raster="" copies=1 job_options=()
+  local verb=halftones file="" paper=80 out="" crop="" raster="" copies=1 job_options=()
   local brightness=(-20 -10 0 10 20)
   read_halftones_arguments "$@"
   check_document "$file"

@@ -6,7 +6,7 @@
 # is installed or built, and hands over to tools/chain.
 
 print_command() {
-  local file="" copies=1 paper=80 out="" raster="" job_options=()
+  local verb=print file="" copies=1 paper=80 out="" raster="" job_options=()
   read_print_arguments "$@"
   check_document "$file"
   need build chain
@@ -34,7 +34,7 @@ draw_paper() {
   say "picture: $picture"
 }
 
-# Fills the variables of print_command.
+# Fills the variables of print_command, and of others that take the same arguments.
 read_print_arguments() {
   while (($#)); do
     case $1 in
@@ -44,12 +44,12 @@ read_print_arguments() {
       --out) want_value "$@" && out=$2 && shift ;;
       --raster) want_value "$@" && raster=$2 && shift ;;
       --) shift && set_document "$@" && return ;;
-      -?*) fail_usage "print has no option '$1'" ;;
+      -?*) fail_usage "$verb has no option '$1'" ;;
       *) set_document "$1" ;;
     esac
     shift
   done
-  [[ -n $file ]] || fail_usage "print wants a FILE"
+  [[ -n $file ]] || fail_usage "$verb wants a FILE"
   [[ $copies =~ ^[1-9][0-9]{0,3}$ ]] || fail_usage "-n wants a number of copies from 1 to 9999, not '$copies'"
   [[ $paper =~ ^(58|80|112)$ ]] || fail_usage "--paper wants 58, 80 or 112, not '$paper'"
 }
@@ -57,7 +57,7 @@ read_print_arguments() {
 want_value() { (($# >= 2)) || fail_usage "$1 wants a value"; }
 
 set_document() {
-  if (($# != 1)) || [[ -n $file ]]; then fail_usage "print wants one FILE"; fi
+  if (($# != 1)) || [[ -n $file ]]; then fail_usage "$verb wants one FILE"; fi
   file=$1
 }
 

@@ -34,6 +34,8 @@ void catchSignals(int pipeEnd) {
   sigemptyset(&action.sa_mask);
   ::sigaction(SIGINT, &action, nullptr);
   ::sigaction(SIGTERM, &action, nullptr);
+  // Jobs are kept and drawn even when nobody reads the lines about them any more.
+  ::signal(SIGPIPE, SIG_IGN);
 }
 
 int fail(const std::string& text) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -97,7 +98,9 @@ std::string writePng(Picture& picture, const std::string& path) {
   if (!file) return std::strerror(errno);
   std::string error = writeTo(file.get(), picture);
   if (std::fclose(file.release()) != 0 && error.empty()) error = std::strerror(errno);
-  if (!error.empty()) std::remove(path.c_str());
+  // A device or a pipe is not ours to take away.
+  std::error_code unknown;
+  if (!error.empty() && std::filesystem::is_regular_file(path, unknown)) std::remove(path.c_str());
   return error;
 }
 

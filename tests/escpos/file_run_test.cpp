@@ -147,4 +147,15 @@ TEST(FileRun, ReportsFilesItCannotReadOrWrite) {
   EXPECT_EQ(unwritable.err, "wren-preview: " + options.output + ": No such file or directory\n");
 }
 
+TEST(FileRun, LeavesADeviceThatIsFullInItsPlace) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("job.prn", kPage));
+  options.output = "/dev/full";
+  const Outcome outcome = run(options);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err.substr(0, 25), "wren-preview: /dev/full: ");
+  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+
 }  // namespace

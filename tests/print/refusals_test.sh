@@ -37,6 +37,13 @@ refuses 2 "-n wants a number of copies" print good.txt -n 0
 refuses 2 "-n wants a number of copies" print good.txt -n two
 refuses 2 "--paper wants 58, 80 or 112" print good.txt --paper 79
 refuses 2 "-o wants NAME=VALUE" print good.txt -o Brightness
+refuses 2 "halftones wants a FILE" halftones
+refuses 2 "halftones wants one FILE" halftones good.txt empty
+refuses 2 "halftones has no option '-n'" halftones good.txt -n 2
+refuses 2 "halftones has no option '-x'" halftones good.txt -x
+refuses 2 "--crop wants WIDTHxHEIGHT+X+Y" halftones good.txt --crop 100
+refuses 2 "--brightness wants" halftones good.txt --brightness ""
+refuses 3 "there is no file 'gone.pdf'" halftones gone.pdf
 refuses 3 "there is no file 'gone.pdf'" print gone.pdf
 refuses 3 "'.' is not a file" print .
 refuses 3 "'empty' is empty" print empty
