@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the leak check of the sanitizer lets pass: the PPD reader of CUPS drops
-// the first text when a keyword such as *PCFileName comes twice. The filter opens
-// one PPD in its life.
+// What the leak check of the sanitizer lets pass: the PPD reader of CUPS leaks a
+// short text when it refuses some broken PPDs. The filter opens one PPD in its life.
 
 extern "C" const char* __lsan_default_suppressions();
 
