@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# refusals_test.sh ROOT: what ./wren print says and how it ends when it is
-# called wrongly or given something that it cannot print. Each answer is one
+# refusals_test.sh ROOT: what ./wren says and how it ends when it is called
+# wrongly or given something that it cannot print. Each answer is one
 # line on standard error and comes before anything is built.
 set -euo pipefail
 
@@ -44,6 +44,13 @@ refuses 2 "halftones has no option '-x'" halftones good.txt -x
 refuses 2 "--crop wants WIDTHxHEIGHT+X+Y" halftones good.txt --crop 100
 refuses 2 "--brightness wants" halftones good.txt --brightness ""
 refuses 3 "there is no file 'gone.pdf'" halftones gone.pdf
+refuses 2 "package has no argument 'x'" package x
+refuses 2 "add-queue wants NAME URI" add-queue till
+refuses 2 "unlike 'my till'" add-queue "my till" usb://Wren/80
+refuses 2 "unlike '/dev/usb/lp0'" add-queue till /dev/usb/lp0
+refuses 2 "not '79'" add-queue till usb://Wren/80 79
+refuses 2 "remove-queue wants NAME" remove-queue
+refuses 2 "doctor wants at most one QUEUE" doctor a b
 refuses 3 "there is no file 'gone.pdf'" print gone.pdf
 refuses 3 "'.' is not a file" print .
 refuses 3 "'empty' is empty" print empty

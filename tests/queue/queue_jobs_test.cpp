@@ -127,6 +127,45 @@ TEST(Queue, ItsDefaultsKeepAPictureUpright) {
   EXPECT_EQ(job.runs[0].raster.at(0).height, 432U);
 }
 
+TEST(Queue, WithoutItsDefaultsCupsPutsAReceiptInTheMiddle) {
+  const auto job = bench->print("plain80", "", "receipt.pdf");
+  ASSERT_EQ(job.runs.size(), 1U);
+  EXPECT_GT(firstInkedRow(job.runs[0].raster.at(0)), 150U);
+}
+
+TEST(Queue, WithoutItsDefaultsCupsTurnsAPicture) {
+  const auto job = bench->print("plain80", "", "photo.png");
+  ASSERT_EQ(job.runs.size(), 1U);
+  EXPECT_GT(job.runs[0].raster.at(0).height, job.runs[0].raster.at(0).width);
+}
+
+// CUPS compares the names of options without looking at the case and has a brightness of its own.
+TEST(Queue, BrightnessOfAJobAlsoDarkensThePictureItself) {
+  const auto plain = bench->print("wren80", "", "photo.png");
+  const auto dark = bench->print("wren80", "-o Brightness=10", "photo.png");
+  ASSERT_EQ(plain.runs.size(), 1U);
+  ASSERT_EQ(dark.runs.size(), 1U);
+  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels != dark.runs[0].raster.at(0).pixels);
+}
+
+TEST(Queue, BrightnessOfTheQueueReachesTheFilterAlone) {
+  const auto plain = bench->print("wren80", "-o HalftoneType=Burkes", "photo.png");
+  const auto dark = bench->print("dark80", "-o HalftoneType=Burkes", "photo.png");
+  ASSERT_EQ(plain.runs.size(), 1U);
+  ASSERT_EQ(dark.runs.size(), 1U);
+  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels);
+  EXPECT_TRUE(dark.received == dark.runs[0].byHand);
+  EXPECT_TRUE(dark.received != plain.received);
+}
+
+TEST(Queue, BrightnessOfAJobLeavesTheRasterOfAPdfAlone) {
+  const auto plain = bench->print("wren80", "", "receipt.pdf");
+  const auto dark = bench->print("wren80", "-o Brightness=10", "receipt.pdf");
+  ASSERT_EQ(plain.runs.size(), 1U);
+  ASSERT_EQ(dark.runs.size(), 1U);
+  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels);
+}
+
 TEST(Queue, AnOverWidePageIsCutToThePrintHead) {
   const auto job = bench->print("wren80", "-o PageSize=Custom.100x150mm", "wide.pdf");
   ASSERT_EQ(job.runs.size(), 1U);

@@ -106,16 +106,19 @@ bool Scheduler::start() {
   return false;
 }
 
-bool Scheduler::addQueues(int port) {
-  for (const char* paper : {"58", "80", "112"}) {
-    const std::string command = "lpadmin -p wren" + std::string(paper) +
-                                " -E -v 'socket://127.0.0.1:" + std::to_string(port) +
-                                "/?waiteof=false&snmp=false' -P " + work_ + "/ppd/wren" + paper +
-                                ".ppd -o position-default=top -o pdfAutoRotate-default=no"
-                                " -o orientation-requested-default=3 2>/dev/null";
-    if (run(command) != 0) return false;
-  }
-  return true;
+bool Scheduler::addQueue(const std::string& name, int paper, int port,
+                         const std::string& settings) const {
+  return run("lpadmin -p " + name + " -E -v 'socket://127.0.0.1:" + std::to_string(port) +
+             "/?waiteof=false&snmp=false' -P " + work_ + "/ppd/wren" + std::to_string(paper) +
+             ".ppd " + settings + " 2>/dev/null") == 0;
+}
+
+bool Scheduler::addQueues(int port) const {
+  const std::string defaults =
+      "-o position-default=top -o pdfAutoRotate-default=no -o orientation-requested-default=3";
+  return addQueue("wren58", 58, port, defaults) && addQueue("wren80", 80, port, defaults) &&
+         addQueue("wren112", 112, port, defaults) && addQueue("plain80", 80, port, "") &&
+         addQueue("dark80", 80, port, defaults + " -o Brightness=10");
 }
 
 std::string Scheduler::logTail() const {

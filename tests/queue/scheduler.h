@@ -2,7 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // A cupsd of our own: its files lie in one folder, it listens on a socket there
-// and has a queue for each PPD. Nothing of the system's CUPS is written.
+// and has queues for each PPD. Nothing of the system's CUPS is written.
 
 #ifndef WREN_TESTS_QUEUE_SCHEDULER_H_
 #define WREN_TESTS_QUEUE_SCHEDULER_H_
@@ -22,8 +22,9 @@ class Scheduler {
   /// Starts it; false when it does not answer within ten seconds.
   bool start();
 
-  /// Adds the queues wren58, wren80 and wren112 for a printer at a port of the loopback.
-  bool addQueues(int port);
+  /// Adds queues for a printer at a port of the loopback: wren58, wren80 and wren112 with the
+  /// settings that receipts want, plain80 without them, dark80 with another Brightness.
+  bool addQueues(int port) const;
 
   const std::string& work() const { return work_; }
 
@@ -32,6 +33,7 @@ class Scheduler {
 
  private:
   void writeConfiguration() const;
+  bool addQueue(const std::string& name, int paper, int port, const std::string& settings) const;
 
   std::string work_;
   bool asRoot_;
