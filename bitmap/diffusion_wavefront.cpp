@@ -112,7 +112,7 @@ ByteVector Wavefront<Kernel>::gatherEdge(std::size_t lane) {
   lanes_[lane].openNext(rows_, slant_);
   const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
   for (const Piece& piece : pieces) {
-    if (piece.count > 0) std::memcpy(bytes.data() + piece.step, piece.levels, piece.count);
+    if (piece.count > 0) std::memcpy(bytes.data() + piece.step, piece.pixels, piece.count);
   }
   maskGaps(lane, pieces, 0);
   return loadBytes(bytes.data());
@@ -122,7 +122,7 @@ ByteVector Wavefront<Kernel>::gatherEdge(std::size_t lane) {
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::gather(ByteSquare& levels) {
   for (std::size_t i = 0; i < kLanes; ++i) {
-    levels[i] = lanes_[i].isInside() ? loadBytes(lanes_[i].levels()) : gatherEdge(i);
+    levels[i] = lanes_[i].isInside() ? loadBytes(lanes_[i].pixels()) : gatherEdge(i);
   }
   transpose(levels);
 }
@@ -179,7 +179,8 @@ void Wavefront<Kernel>::diffuse(ByteSquare& square) {
     const std::size_t at = step * kLanes;
     ByteVector level = square[step] ^ offset;
     level = collectAll(level, above, at, span, std::make_index_sequence<Kernel.tapCount>());
-    level = addClamped(addClamped(level, carried.toSecond), carried.toNext);
+    level = addClamped(level, carried.toSecond);
+    if constexpr (kNext < kShares.count) level = addClamped(level, carried.toNext);
     const ByteVector white = aboveZero(level);
     const ByteVector error = (level ^ offset ^ white) & loadBytes(mask_[step].data());
     send(widen(error), white, now + at, span, carried, std::make_index_sequence<kShares.count>());
@@ -195,7 +196,7 @@ void Wavefront<Kernel>::scatterEdge(std::size_t lane, ByteVector dots) {
   storeBytes(dots, bytes.data());
   const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
   for (const Piece& piece : pieces) {
-    if (piece.count > 0) std::memcpy(piece.dots, bytes.data() + piece.step, piece.count);
+    if (piece.count > 0) std::memcpy(piece.pixels, bytes.data() + piece.step, piece.count);
   }
   maskGaps(lane, pieces, 255);
 }
@@ -207,7 +208,7 @@ void Wavefront<Kernel>::scatter(ByteSquare& dots) {
   for (std::size_t i = 0; i < kLanes; ++i) {
     Lane& lane = lanes_[i];
     if (lane.isInside()) {
-      storeBytes(dots[i] ^ flip, lane.dots());
+      storeBytes(dots[i] ^ flip, lane.pixels());
       lane.advanceInside();
     } else {
       scatterEdge(i, dots[i] ^ flip);

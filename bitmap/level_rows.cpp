@@ -68,14 +68,25 @@ void LevelRows::copyToned(const std::uint8_t* from, std::uint8_t* to) const {
   for (std::size_t x = 0; x < width; ++x) to[x] = tone[from[x]];
 }
 
-const std::uint8_t* LevelRows::levels(std::size_t y) const {
-  const std::uint8_t* from = page_.levels + static_cast<std::ptrdiff_t>(y) * page_.levelStrideBytes;
-  if (!page_.tone && !page_.mirrored) return from;
+const std::uint8_t* LevelRows::source(std::size_t y) const {
+  return page_.levels + static_cast<std::ptrdiff_t>(y) * page_.levelStrideBytes;
+}
+
+std::uint8_t* LevelRows::levelsInPlace(std::size_t y) const {
+  const std::uint8_t* from = source(y);
   std::uint8_t* to = dots(y);
   if (page_.mirrored) {
     reverseRow(from, page_.width, to);
     from = to;
   }
-  if (page_.tone) copyToned(from, to);
+  if (page_.tone) {
+    copyToned(from, to);
+  } else if (from != to) {
+    std::copy_n(from, page_.width, to);
+  }
   return to;
+}
+
+const std::uint8_t* LevelRows::levels(std::size_t y) const {
+  return page_.tone || page_.mirrored ? levelsInPlace(y) : source(y);
 }

@@ -22,6 +22,11 @@ class LevelRows {
   /// once for a row, before the first of its dots is written.
   const std::uint8_t* levels(std::size_t y) const;
 
+  /// The same, always made in the place of the dots. For a kernel that works on
+  /// many rows at once: they are then near at hand, and read once from afar, in
+  /// one go.
+  std::uint8_t* levelsInPlace(std::size_t y) const;
+
   /// Where the dots of row `y` go.
   std::uint8_t* dots(std::size_t y) const;
 
@@ -32,6 +37,7 @@ class LevelRows {
   std::uint8_t flip() const { return page_.inverted ? 255 : 0; }
 
  private:
+  const std::uint8_t* source(std::size_t y) const;
   void copyToned(const std::uint8_t* from, std::uint8_t* to) const;
 
   DitherPage page_;

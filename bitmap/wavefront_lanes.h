@@ -46,10 +46,10 @@ struct Slant {
   std::size_t period;
 };
 
-/// `count` pixels of a row, which a chunk has in its steps from `step` on.
+/// `count` pixels of a row, which a chunk has in its steps from `step` on: their
+/// levels, in the place of which their dots are written.
 struct Piece {
-  const std::uint8_t* levels;
-  std::uint8_t* dots;
+  std::uint8_t* pixels;
   std::size_t step;
   std::size_t count;
 };
@@ -67,8 +67,7 @@ class Lane {
   bool isInside() const { return static_cast<std::size_t>(x_) < row_.insideEnd; }
 
   /// The chunk's pixels in a lane that is inside.
-  const std::uint8_t* levels() const { return row_.levels + x_; }
-  std::uint8_t* dots() const { return row_.dots + x_; }
+  std::uint8_t* pixels() const { return row_.pixels + x_; }
 
   /// On to the next chunk, in a lane that is inside.
   void advanceInside() { x_ += kStep; }
@@ -98,19 +97,17 @@ class Lane {
  private:
   static constexpr auto kStep = static_cast<std::ptrdiff_t>(kChunk);
 
-  // A row with its levels made; beyond the last row of the page it has none.
+  // A row with its levels in place; beyond the last row of the page it has none.
   struct OpenRow {
     OpenRow() = default;
     OpenRow(const LevelRows& rows, std::size_t number) : y(number) {
       if (y >= rows.height()) return;
-      levels = rows.levels(y);
-      dots = rows.dots(y);
+      pixels = rows.levelsInPlace(y);
       insideEnd = rows.width() < kChunk ? 0 : rows.width() - kChunk + 1;
     }
 
     std::size_t y = 0;
-    const std::uint8_t* levels = nullptr;
-    std::uint8_t* dots = nullptr;
+    std::uint8_t* pixels = nullptr;
     std::size_t insideEnd = 0;  // where a chunk may not start any more
   };
 
@@ -119,9 +116,9 @@ class Lane {
                        std::size_t stepOfNone) {
     const std::ptrdiff_t first = std::max<std::ptrdiff_t>(start, 0);
     const std::ptrdiff_t end = std::min(start + static_cast<std::ptrdiff_t>(width), kStep);
-    if (!row.levels || first >= end) return {nullptr, nullptr, stepOfNone, 0};
-    return {row.levels + (first - start), row.dots + (first - start),
-            static_cast<std::size_t>(first), static_cast<std::size_t>(end - first)};
+    if (!row.pixels || first >= end) return {nullptr, stepOfNone, 0};
+    return {row.pixels + (first - start), static_cast<std::size_t>(first),
+            static_cast<std::size_t>(end - first)};
   }
 
   bool reachesNext(const Slant& slant) const {
