@@ -186,6 +186,16 @@ TEST_F(PrintChain, AWidePictureIsNotTurned) {
   EXPECT_EQ(printed.raster[0].height, 432U);
 }
 
+// CUPS would take the option for its own, which renders the picture at 10 % brightness.
+TEST_F(PrintChain, BrightnessOfAPictureReachesTheFilterAlone) {
+  const auto plain = print("photo.png", 80, {{"HalftoneType", "Burkes"}});
+  const auto dark = print("photo.png", 80, {{"HalftoneType", "Burkes"}, {"Brightness", "10"}});
+  ASSERT_EQ(dark.raster.size(), 1U);
+  EXPECT_TRUE(dark.raster[0].pixels == plain.raster.at(0).pixels);
+  EXPECT_TRUE(dark.bytes == job_files::expectedBytes(dark.options, dark.raster));
+  EXPECT_TRUE(dark.bytes != plain.bytes);
+}
+
 TEST_F(PrintChain, APageWiderThanThePaperKeepsItsMiddle) {
   const auto printed = print("receipt.pdf", 80, {{"PageSize", "Custom.100x150mm"}});
   ASSERT_EQ(printed.raster.size(), 1U);

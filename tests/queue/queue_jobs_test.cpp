@@ -127,6 +127,23 @@ TEST(Queue, ItsDefaultsKeepAPictureUpright) {
   EXPECT_EQ(job.runs[0].raster.at(0).height, 432U);
 }
 
+long inkedRows(const reference::Page& page) {
+  const auto isInk = [](auto level) { return level != 0; };
+  const auto first = std::find_if(page.pixels.begin(), page.pixels.end(), isInk);
+  const auto last = std::find_if(page.pixels.rbegin(), page.pixels.rend(), isInk);
+  return (last.base() - first) / page.bytesPerLine;
+}
+
+// 500 x 200 points: 564 rows as it lies, cut off at both sides, and 1410 when turned.
+TEST(Queue, AWidePageIsTurnedByLandscapeOnly) {
+  const auto asItLies = bench->print("wren80", "", "wide.pdf");
+  const auto turned = bench->print("wren80", "-o landscape", "wide.pdf");
+  ASSERT_EQ(asItLies.runs.size(), 1U);
+  ASSERT_EQ(turned.runs.size(), 1U);
+  EXPECT_LT(inkedRows(asItLies.runs[0].raster.at(0)), 564);
+  EXPECT_GT(inkedRows(turned.runs[0].raster.at(0)), 1000);
+}
+
 TEST(Queue, WithoutItsDefaultsCupsPutsAReceiptInTheMiddle) {
   const auto job = bench->print("plain80", "", "receipt.pdf");
   ASSERT_EQ(job.runs.size(), 1U);
