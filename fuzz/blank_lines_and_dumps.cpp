@@ -39,8 +39,9 @@ void compareDump(const std::vector<std::uint8_t>& page, const Shape& shape,
                  unsigned short bitsPerPixel) {
   static fuzz::MemoryFile file;
   file.clear();
+  PageMemory rows;
   writeDump(file.descriptor(), {page.data(), shape.bytesPerLine, shape.height, shape.width},
-            bitsPerPixel);
+            bitsPerPixel, rows);
   check(file.content() == reference::saveImage(page.data(), shape.bytesPerLine, shape.height,
                                                shape.width, bitsPerPixel),
         "the debug image is that of the literal version");

@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <numeric>
 
 #include "bitmap/cximage.h"
 #include "bitmap/dither_kernels.h"
+#include "bitmap/level_rows.h"
+#include "stencil/stencil_page.h"
 
 namespace {
 
@@ -35,21 +38,18 @@ bool fillTone(int brightness, int contrast, Tone& tone) {
   return true;
 }
 
-}  // namespace
-
-bool makeDotsDirectly(const WrenPrinter& printer, long method, const GreyPage& page,
-                      unsigned char* out) {
+// The options of the printer in the terms of the dither kernels. False when the page
+// has to go through the bitmap.
+bool describe(const WrenPrinter& printer, const GreyPage& page, unsigned char* out, Tone& tone,
+              DitherPage& job) {
   const bool rotated = printer.isRotate180Print();
   const bool mirrored = printer.isMirrorPrint();
+  const bool toned = printer.getBrightness() != 0 || printer.getContrast() != 0;
   if (page.pixels == nullptr || page.pixels == out || page.strideBytes < page.width ||
-      !bitmapHasRoom(page, rotated || mirrored)) {
+      !bitmapHasRoom(page, rotated || mirrored) ||
+      (toned && !fillTone(printer.getBrightness(), printer.getContrast(), tone))) {
     return false;
   }
-  Tone tone;
-  const bool toned = printer.getBrightness() != 0 || printer.getContrast() != 0;
-  if (toned && !fillTone(printer.getBrightness(), printer.getContrast(), tone)) return false;
-
-  DitherPage job;
   const auto stride = static_cast<std::ptrdiff_t>(page.strideBytes);
   // Half a turn reads the rows from the last one up, each of them from its right end.
   job.levels = rotated ? page.pixels + (page.height - 1) * page.strideBytes : page.pixels;
@@ -61,5 +61,47 @@ bool makeDotsDirectly(const WrenPrinter& printer, long method, const GreyPage& p
   job.height = page.height;
   job.tone = toned ? tone.data() : nullptr;
   job.inverted = printer.isNegativePrint();
-  return ditherPage(method, job);
+  return true;
+}
+
+// Lays the toned and turned levels out where the dots will be.
+void fillLevels(const DitherPage& job) {
+  const LevelRows rows(job);
+  for (std::size_t y = 0; y < job.height; ++y) {
+    const std::uint8_t* levels = rows.levels(y);
+    if (levels != rows.dots(y)) std::memcpy(rows.dots(y), levels, job.width);
+  }
+}
+
+bool goesOn(void* printer) {
+  return !static_cast<const WrenPrinter*>(printer)->isCancelled();
+}
+
+void invert(unsigned char* dots, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) dots[i] ^= 0xFF;
+}
+
+}  // namespace
+
+bool makeDotsDirectly(const WrenPrinter& printer, long method, const GreyPage& page,
+                      unsigned char* out) {
+  Tone tone;
+  DitherPage job;
+  return describe(printer, page, out, tone, job) && ditherPage(method, job);
+}
+
+bool makeStencilDotsDirectly(const WrenPrinter& printer, const GreyPage& page, unsigned char* out) {
+  Tone tone;
+  DitherPage job;
+  if (page.strideBytes != page.width || !describe(printer, page, out, tone, job)) return false;
+  const std::uint8_t* levels = page.pixels;
+  if (job.tone != nullptr || job.levels != page.pixels || job.mirrored) {
+    fillLevels(job);
+    levels = out;
+  }
+  const auto stride = static_cast<std::ptrdiff_t>(page.strideBytes);
+  stencil_page(levels, stride, static_cast<int>(page.width), static_cast<int>(page.height), out,
+               stride, goesOn, const_cast<WrenPrinter*>(&printer));
+  if (job.inverted) invert(out, page.strideBytes * page.height);
+  return true;
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The short way from a page to its dots: tone, orientation, classic halftone method
-// and negative in one go, row by row, from the page as received into the page of
-// dots. The long way, through a bitmap, gives the same dots and stays for what this
-// one does not do.
+// The short way from a page to its dots: tone, orientation, halftone method and
+// negative in one go, row by row, from the page as received into the page of dots.
+// The long way, through a bitmap, gives the same dots and stays for what this one
+// does not do.
 #pragma once
 
 #include <cstddef>
@@ -26,3 +26,8 @@ struct GreyPage {
 ///   when that would not be possible either, for then the bitmap decides what happens.
 bool makeDotsDirectly(const WrenPrinter& printer, long method, const GreyPage& page,
                       unsigned char* out);
+
+/// The same with the stencil method. Also false for rows that are longer than they are
+/// wide: the long way reads its result in an order of its own then. Stops early once
+/// the job is cancelled; it still returns true.
+bool makeStencilDotsDirectly(const WrenPrinter& printer, const GreyPage& page, unsigned char* out);

@@ -7,9 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <cstring>
 #include <ctime>
-#include <memory>
 
 #include "common/log.h"
 #include "common/own_file.h"
@@ -24,10 +23,6 @@ constexpr std::array<unsigned char, 8> kDotPalette = {0, 0, 0, 0, 0xFF, 0xFF, 0x
 
 // Numbers the debug images of the process, opened or not.
 long dumpCounter = 0;
-
-struct FreeMemory {
-  void operator()(unsigned char* memory) const { std::free(memory); }
-};
 
 class LittleEndianWriter {
  public:
@@ -85,26 +80,25 @@ void writeGreyDump(int descriptor, const DumpSource& source) {
   writeAll(descriptor, parts.data(), 3);
 }
 
-// All rows of the file, bottom row first; null without memory.
-std::unique_ptr<unsigned char, FreeMemory> packRows(const DumpSource& source,
-                                                    std::size_t rowBytes) {
-  std::unique_ptr<unsigned char, FreeMemory> rows(
-      static_cast<unsigned char*>(std::calloc(std::max<std::size_t>(source.height, 1), rowBytes)));
-  for (unsigned long row = 0; rows != nullptr && row < source.height; ++row) {
+// All rows of the file, bottom row first. False without memory.
+bool packRows(const DumpSource& source, std::size_t rowBytes, PageMemory& rows) {
+  if (!rows.resize(source.height * rowBytes)) return false;
+  for (unsigned long row = 0; row < source.height; ++row) {
     packDumpRow(source.data + (source.height - 1 - row) * source.bytesPerLine, source.bytesPerLine,
-                rows.get() + row * rowBytes, rowBytes);
+                rows.data() + row * rowBytes, rowBytes);
   }
-  return rows;
+  return true;
 }
 
-void writeDotDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel) {
+void writeDotDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel,
+                  PageMemory& rows) {
   const auto header = bmpHeader(source.width, source.height, bitsPerPixel);
   const auto rowBytes = static_cast<std::size_t>(bmpRowBytes(source.width, bitsPerPixel));
-  const auto rows = packRows(source, rowBytes);
+  const bool arePacked = packRows(source, rowBytes, rows);
   std::array<iovec, 3> parts = {
       part(header.data(), header.size()),
       part(kDotPalette.data(), bitsPerPixel == 1 ? kDotPalette.size() : 0),
-      part(rows.get(), rows == nullptr ? 0 : source.height * rowBytes)};
+      part(rows.data(), arePacked ? source.height * rowBytes : 0)};
   writeAll(descriptor, parts.data(), 3);
 }
 
@@ -145,14 +139,18 @@ std::array<unsigned char, kBmpHeaderBytes> bmpHeader(unsigned long width, unsign
 
 void packDumpRow(const unsigned char* pixels, unsigned long count, unsigned char* row,
                  std::size_t rowBytes) {
-  packWhiteBits(pixels, std::min<std::size_t>(count, 8 * rowBytes), row);
+  const std::size_t packed = std::min<std::size_t>(count, 8 * rowBytes);
+  packWhiteBits(pixels, packed, row);
+  const std::size_t used = (packed + 7) / 8;
+  std::memset(row + used, 0, rowBytes - used);
 }
 
-void writeDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel) {
+void writeDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel,
+               PageMemory& rows) {
   if (bitsPerPixel == 8) {
     writeGreyDump(descriptor, source);
   } else {
-    writeDotDump(descriptor, source, bitsPerPixel);
+    writeDotDump(descriptor, source, bitsPerPixel, rows);
   }
 }
 
@@ -168,6 +166,6 @@ void WrenPrinter::saveImage(const unsigned char* data, unsigned long bytesPerLin
     wrenWriteMessage("WrenPrinter::saveImage: unable to open the file %s\n", path.text);
     return;
   }
-  writeDump(descriptor, {data, bytesPerLine, height, width}, bitsPerPixel);
+  writeDump(descriptor, {data, bytesPerLine, height, width}, bitsPerPixel, dumpRows);
   close(descriptor);
 }

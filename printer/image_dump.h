@@ -10,6 +10,8 @@
 #include <array>
 #include <cstdint>
 
+#include "printer/page_memory.h"
+
 /// A page to dump: height rows, bytesPerLine apart, one byte per pixel; not owned.
 struct DumpSource {
   const unsigned char* data = nullptr;
@@ -28,11 +30,14 @@ std::array<unsigned char, kBmpHeaderBytes> bmpHeader(unsigned long width, unsign
                                                      unsigned short bitsPerPixel);
 
 /// Packs a row of count pixels into bits: 1 (white) for a pixel of 0, 0 (black) for a
-/// dot, the unused low bits of the last byte 1. The rest of the row stays 0.
-/// @param row rowBytes bytes, all 0; pixels that do not fit are left out.
+/// dot, the unused low bits of the last byte 1. The rest of the row becomes 0.
+/// @param row rowBytes bytes; pixels that do not fit are left out.
 void packDumpRow(const unsigned char* pixels, unsigned long count, unsigned char* row,
                  std::size_t rowBytes);
 
 /// Writes the image into an open file, in one write where the system takes it whole.
 /// Errors, a full disk among them, end the writing and are not reported.
-void writeDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel);
+/// @param rows memory for the rows of a 1-bit image, kept from page to page; what was
+///   in it before is lost.
+void writeDump(int descriptor, const DumpSource& source, unsigned short bitsPerPixel,
+               PageMemory& rows);

@@ -151,6 +151,12 @@ void readStencilDots(const QVImage& dots, std::size_t bytesPerLine, unsigned cha
   }
 }
 
+void logStencil(int width, int bytesPerLine, int length) {
+  wrenLogCommon(0, "QVDithered with stride(%d), BytesPerLine(%d)", (width + 3) / 4 * 4,
+                bytesPerLine);
+  wrenLogCommon(0, "PageProcess filled anser with length(%d)!", length);
+}
+
 }  // namespace
 
 void WrenPrinter::printImage(const unsigned char* data, unsigned long bytesPerLine,
@@ -198,9 +204,12 @@ long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int by
   useQVDithering = halftoneType == QVDithering;
   const GreyPage received = {data, stride, static_cast<unsigned>(width),
                              static_cast<unsigned>(height)};
-  if (!useQVDithering && !isCancelled() && makeDotsDirectly(*this, type, received, out)) {
+  if (isCancelled()) return length;
+  if (useQVDithering && makeStencilDotsDirectly(*this, received, out)) {
+    if (!isCancelled()) logStencil(width, bytesPerLine, length);
     return length;
   }
+  if (!useQVDithering && makeDotsDirectly(*this, type, received, out)) return length;
   CxImage page;
   if (!page.CreateFromArray(data, static_cast<std::uint32_t>(width),
                             static_cast<std::uint32_t>(height), 8,
@@ -212,10 +221,8 @@ long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int by
     page.Destroy();
   } else if (useQVDithering) {
     const QVImage dots = stencilDots(page, bytesPerLine, width, height);
-    wrenLogCommon(0, "QVDithered with stride(%d), BytesPerLine(%d)", (dots.width + 3) / 4 * 4,
-                  bytesPerLine);
     readStencilDots(dots, stride, flip, out);
-    wrenLogCommon(0, "PageProcess filled anser with length(%d)!", length);
+    logStencil(dots.width, bytesPerLine, length);
   } else {
     // Printed output depends on the value going through as it is: the names of the
     // types are one step off from the methods that run.

@@ -175,4 +175,5 @@ class WrenPrinter {
   UserData* userData = nullptr;
   const volatile std::sig_atomic_t* cancelFlag = nullptr;
   PageMemory dotsPage;
+  PageMemory dumpRows;
 };

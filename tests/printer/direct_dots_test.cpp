@@ -53,7 +53,11 @@ void expectDirectEqualsLiteral(const Case& c, std::mt19937& random) {
   Bytes direct(page.size());
   const GreyPage received = {page.data(), static_cast<std::size_t>(c.bytesPerLine),
                              static_cast<unsigned>(c.width), static_cast<unsigned>(c.height)};
-  ASSERT_TRUE(makeDotsDirectly(printer, c.options.halftoneType, received, direct.data()));
+  const bool made =
+      c.options.halftoneType == QVDithering
+          ? makeStencilDotsDirectly(printer, received, direct.data())
+          : makeDotsDirectly(printer, c.options.halftoneType, received, direct.data());
+  ASSERT_TRUE(made) << describe(c);
   Bytes literal(page.size());
   std::vector<std::string> log;
   reference::PageProcess(c.options, c.options.halftoneType, page.data(), c.bytesPerLine, c.width,
@@ -61,25 +65,35 @@ void expectDirectEqualsLiteral(const Case& c, std::mt19937& random) {
   ASSERT_EQ(direct, literal) << describe(c);
 }
 
-TEST(DirectDots, EqualTheLiteralPageForEveryMethodToneAndOrientation) {
-  std::mt19937 random(1);
-  for (int type = 0; type <= 7; ++type) {
-    for (int turn = 0; turn < 8; ++turn) {
-      for (const int brightness : {0, -100, -7, 3, 100}) {
-        Case c;
-        c.width = 1 + static_cast<int>(random() % 70);
-        c.height = 1 + static_cast<int>(random() % 20);
-        c.bytesPerLine = c.width + static_cast<int>(random() % 3);
-        c.options.halftoneType = type;
-        c.options.brightness = brightness;
-        c.options.contrast = static_cast<int>(random() % 3) * 40 - 40;
-        c.options.rotate180 = (turn & 1) != 0;
-        c.options.mirror = (turn & 2) != 0;
-        c.options.negative = (turn & 4) != 0;
-        expectDirectEqualsLiteral(c, random);
-      }
+// Every orientation with every tone.
+void expectTurnsEqualLiteral(int type, int widest, int highest, int longestTail,
+                             std::mt19937& random) {
+  for (int turn = 0; turn < 8; ++turn) {
+    for (const int brightness : {0, -100, -7, 3, 100}) {
+      Case c;
+      c.width = 1 + static_cast<int>(random() % static_cast<unsigned>(widest));
+      c.height = 1 + static_cast<int>(random() % static_cast<unsigned>(highest));
+      c.bytesPerLine =
+          c.width + static_cast<int>(random() % static_cast<unsigned>(longestTail + 1));
+      c.options.halftoneType = type;
+      c.options.brightness = brightness;
+      c.options.contrast = static_cast<int>(random() % 3) * 40 - 40;
+      c.options.rotate180 = (turn & 1) != 0;
+      c.options.mirror = (turn & 2) != 0;
+      c.options.negative = (turn & 4) != 0;
+      expectDirectEqualsLiteral(c, random);
     }
   }
+}
+
+TEST(DirectDots, EqualTheLiteralPageForEveryClassicMethodToneAndOrientation) {
+  std::mt19937 random(1);
+  for (int type = 0; type <= 7; ++type) expectTurnsEqualLiteral(type, 70, 20, 2, random);
+}
+
+TEST(DirectDots, EqualTheLiteralPageForTheStencilMethodInEveryToneAndOrientation) {
+  std::mt19937 random(2);
+  expectTurnsEqualLiteral(QVDithering, 70, 60, 0, random);
 }
 
 class DirectDotsRefuse : public testing::Test {
@@ -110,6 +124,11 @@ TEST_F(DirectDotsRefuse, AnEmptyPage) {
 TEST_F(DirectDotsRefuse, AHeightThatTheBitmapCannotHold) {
   EXPECT_FALSE(isMade({levels.data(), 8, 8, 0xFFFFFFFF}));
   EXPECT_EQ(out, Bytes(64, 7)) << "something was written";
+}
+
+TEST_F(DirectDotsRefuse, AStencilOfRowsThatAreLongerThanTheyAreWide) {
+  EXPECT_TRUE(makeStencilDotsDirectly(printer, {levels.data(), 8, 8, 8}, out.data()));
+  EXPECT_FALSE(makeStencilDotsDirectly(printer, {levels.data(), 8, 7, 8}, out.data()));
 }
 
 TEST_F(DirectDotsRefuse, TheBufferOfThePageItself) {

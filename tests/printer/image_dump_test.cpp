@@ -203,8 +203,9 @@ TEST(ImageDumpWriting, AFullDiskEndsTheWritingQuietly) {
   ASSERT_GE(full, 0);
   const std::string pixels(100, 'x');
   CaptureStderr();
-  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 8);
-  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 1);
+  PageMemory rows;
+  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 8, rows);
+  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 1, rows);
   EXPECT_EQ(GetCapturedStderr(), "");
   close(full);
 }
@@ -213,7 +214,8 @@ TEST(ImageDumpWriting, AFullDiskEndsTheWritingQuietly) {
 TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
   const std::string pixels(300000, 'x');
   wren_test::CaptureFile whole;
-  writeDump(fileno(whole.stream()), {bytesOf(pixels), 1000, 300, 1000}, 8);
+  PageMemory rows;
+  writeDump(fileno(whole.stream()), {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
   std::fseek(whole.stream(), 0, SEEK_END);
   const std::string expected = whole.bytes();
   int ends[2];
@@ -225,7 +227,7 @@ TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
     sigaction(SIGALRM, &action, nullptr);
     const itimerval often = {{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &often, nullptr);
-    writeDump(ends[1], {bytesOf(pixels), 1000, 300, 1000}, 8);
+    writeDump(ends[1], {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
     _exit(0);
   }
   close(ends[1]);
