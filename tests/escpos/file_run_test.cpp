@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <random>
 
 #include "tests/escpos/png_reading.h"
 #include "tests/escpos/scratch_folder.h"
@@ -145,6 +146,32 @@ TEST(FileRun, ReportsFilesItCannotReadOrWrite) {
   const Outcome unwritable = run(options);
   EXPECT_EQ(unwritable.status, 1);
   EXPECT_EQ(unwritable.err, "wren-preview: " + options.output + ": No such file or directory\n");
+}
+
+TEST(FileRun, GivesUpInTheMiddleOfALongPicture) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  // Noise makes a file that is far longer than what the C library holds back.
+  std::mt19937 random(3);
+  Bytes stream;
+  for (int band = 0; band < 50; ++band) {
+    Bytes columns(400);
+    for (auto& column : columns) column = static_cast<std::uint8_t>(random());
+    stream = stream + bitImage(1, columns) + feed(16);
+  }
+  const ScratchFolder folder;
+  preview::Options options = optionsFor(folder.write("noise.prn", stream));
+  options.output = "/dev/full";
+  const Outcome outcome = run(options);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "wren-preview: /dev/full: Write Error\n");
+}
+
+TEST(FileRun, CountsTheProblemsThatItDoesNotShow) {
+  const ScratchFolder folder;
+  Bytes stream;
+  for (int i = 0; i < 103; ++i) stream = stream + hex("41 1B40");
+  const Outcome outcome = run(optionsFor(folder.write("bad.prn", stream)));
+  EXPECT_NE(outcome.err.find("bad.prn: 3 more like these\n"), std::string::npos) << outcome.err;
 }
 
 TEST(FileRun, LeavesADeviceThatIsFullInItsPlace) {
