@@ -26,7 +26,7 @@ void scale_to_one(double* kernel, std::size_t entries) {
 }
 
 const std::uint8_t* row_of(const QVImage& image, int y) {
-  return image.data + std::ptrdiff_t{y} * image.width;
+  return image.data + static_cast<std::ptrdiff_t>(y) * image.width;
 }
 
 // Taps outside, pixels inside: the compiler vectorises across x while each pixel

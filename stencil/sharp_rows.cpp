@@ -48,7 +48,7 @@ SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int w
       width_(width),
       height_(height),
       chunks_((width + kChunk - 1) / kChunk),
-      pitch_(std::ptrdiff_t{chunks_} * kChunk + 2 * kMargin),
+      pitch_(kMargin + std::ptrdiff_t{chunks_} * kChunk + kMargin),
       weights_(stencil_weights()),
       table_(tone),
       tone_(static_cast<std::size_t>(pitch_) * kToneRows),
