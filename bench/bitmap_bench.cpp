@@ -140,6 +140,25 @@ void kernel(benchmark::State& state) {
   countPixels(state);
 }
 
+// A roll that no cache holds.
+void kernelRoll(benchmark::State& state) {
+  constexpr std::size_t kRollHeight = 40000;
+  Pixels levels;
+  while (levels.size() < kWidth * kRollHeight) {
+    levels.insert(levels.end(), photo().begin(), photo().end());
+  }
+  Pixels dots(levels.size());
+  DitherPage page = pageInto(dots);
+  page.levels = levels.data();
+  page.height = kRollHeight;
+  for (auto _ : state) {
+    ditherPage(state.range(0), page);
+    benchmark::DoNotOptimize(dots.data());
+  }
+  state.counters["pixels"] = benchmark::Counter(double{kWidth} * kRollHeight,
+                                                benchmark::Counter::kIsIterationInvariantRate);
+}
+
 // With a brightness, with a contrast, and mirrored.
 void kernelToned(benchmark::State& state) {
   Pixels dots(photo().size());
@@ -184,6 +203,7 @@ BENCHMARK_TEMPLATE(increaseBpp, CxImage)->Name("increaseBpp");
 BENCHMARK_TEMPLATE(dither, reference::CxImage)->Name("dither/literal")->DenseRange(0, 8);
 BENCHMARK_TEMPLATE(dither, CxImage)->Name("dither")->DenseRange(0, 8);
 BENCHMARK(kernel)->DenseRange(0, 8);
+BENCHMARK(kernelRoll)->Arg(0)->Arg(4)->Arg(6);
 BENCHMARK(kernelToned)->ArgsProduct({{0, 4}, {0, 1, 2}});
 BENCHMARK_TEMPLATE(plainTwin, kBurkes)->Name("plainTwin/2");
 BENCHMARK_TEMPLATE(plainTwin, kStucki)->Name("plainTwin/3");
