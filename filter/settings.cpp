@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "common/log.h"
 #include "common/ppd_access.h"
@@ -48,8 +49,8 @@ void assureMemoryFor(const char* path, const char* options) {
   const std::size_t text = (known ? static_cast<std::size_t>(status.st_size) : 0) +
                            (options == nullptr ? 0 : std::strlen(options));
   // Volatile, because a compiler may drop an allocation that nobody uses.
-  char* volatile room = new char[kAnyPpd + kMemoryPerByte * text];
-  delete[] room;
+  void* volatile room = ::operator new(kAnyPpd + kMemoryPerByte * text);
+  ::operator delete(room);
 }
 
 // Null, after one line that says why, when the file cannot be used.
