@@ -28,11 +28,11 @@ class CaptureServer {
   /// Reads on, and from now on without waiting.
   void release();
 
-  /// True once a connection was read up to the mark; false after ten seconds.
+  /// True once a connection was read up to the mark; false after thirty seconds.
   bool waitUntilHeld();
 
   /// The finished connections since the last call, in their order. Waits until there are `count`
-  /// of them, ten seconds at most.
+  /// of them, thirty seconds at most.
   std::vector<std::vector<std::uint8_t>> take(std::size_t count);
 
  private:
