@@ -98,7 +98,10 @@ TEST_F(SettingsTest, EachChoiceFoundIsLoggedWithAnEmptyLineInTheOrderOfReading) 
 TEST_F(SettingsTest, PpdWithoutOptionsGivesTheDefaultsAndNoLine) {
   const Settings s = read(PpdText());
   EXPECT_EQ(messages, "");
-  for (const OptionRow& row : kIndexedOptions) EXPECT_EQ(s.*row.field, -1) << row.keyword;
+  for (const OptionRow& row : kIndexedOptions) {
+    EXPECT_EQ(s.*row.field, -1) << row.keyword;
+    EXPECT_EQ(row.whenAbsent, -1) << row.keyword;
+  }
   EXPECT_EQ(s.modelNumber, 0);
   EXPECT_EQ(s.maxMediaWidth, 0.0);
   EXPECT_EQ(s.pageWidth, 0.0F);
