@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 
+// The library's own names, reserved or not.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 namespace __gnu_cxx {
 
 void __verbose_terminate_handler();
@@ -16,3 +18,4 @@ void __verbose_terminate_handler() {
 }
 
 }  // namespace __gnu_cxx
+// NOLINTEND(bugprone-reserved-identifier)
