@@ -6,7 +6,8 @@
 # under test.
 #   cmake -D COMPILER=g++ -D FLAGS=-O3 -D SOURCE_DIR=... -D WORK_DIR=... -D EXPECTED=<program>
 #         -P compare_result_hash.cmake
-find_program(compiler_path ${COMPILER} NO_CACHE)
+# clang-tidy brings the compiler of its version without a plain name.
+find_program(compiler_path NAMES ${COMPILER} ${COMPILER}-14 NO_CACHE)
 if(NOT compiler_path)
   message("SKIPPED: ${COMPILER} is not installed")
   return()
