@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "printer/dot_matrix_ep_printer.h"
+#include "tests/printer/page_options.h"
 #include "tests/reference/page.h"
 
 namespace {
@@ -29,15 +30,6 @@ Bytes noisyPage(const Case& c, std::mt19937& random) {
   return page;
 }
 
-void configure(WrenPrinter& printer, const reference::PageOptions& options) {
-  printer.setBrightness(options.brightness);
-  printer.setContrast(options.contrast);
-  printer.setRotate180Print(options.rotate180);
-  printer.setMirrorPrint(options.mirror);
-  printer.setNegativePrint(options.negative);
-  printer.setHalftoneType(static_cast<DitherType>(options.halftoneType));
-}
-
 std::string describe(const Case& c) {
   return "type " + std::to_string(c.options.halftoneType) + ", " + std::to_string(c.width) + " x " +
          std::to_string(c.height) + ", " + std::to_string(c.bytesPerLine) +
@@ -49,7 +41,7 @@ std::string describe(const Case& c) {
 void expectDirectEqualsLiteral(const Case& c, std::mt19937& random) {
   const Bytes page = noisyPage(c, random);
   DotMatrixEpPrinter printer;
-  configure(printer, c.options);
+  wren_test::applyOptions(c.options, printer);
   Bytes direct(page.size());
   const GreyPage received = {page.data(), static_cast<std::size_t>(c.bytesPerLine),
                              static_cast<unsigned>(c.width), static_cast<unsigned>(c.height)};

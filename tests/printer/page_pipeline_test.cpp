@@ -11,6 +11,7 @@
 #include <random>
 
 #include "bitmap/cximage.h"
+#include "tests/printer/page_options.h"
 #include "tests/printer/recording_printer.h"
 #include "tests/reference/page.h"
 #include "tests/support/filter_job.h"
@@ -28,6 +29,7 @@ namespace {
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
+using wren_test::applyOptions;
 using wren_test::bytesOf;
 using wren_test::fromHex;
 using wren_test::hexLines;
@@ -69,18 +71,6 @@ Page framed(unsigned long width, unsigned long height, unsigned long top, unsign
   return page;
 }
 
-void applyOptions(const reference::PageOptions& options, RecordingPrinter& printer) {
-  printer.setBrightness(options.brightness);
-  printer.setContrast(options.contrast);
-  printer.setHalftoneType(static_cast<DitherType>(options.halftoneType));
-  printer.setNegativePrint(options.negative);
-  printer.setMirrorPrint(options.mirror);
-  printer.setRotate180Print(options.rotate180);
-  printer.setRemoveBlankEdges(options.removeBlankEdges);
-  printer.setSkipRightPixels(options.skipRightPixels);
-  printer.header.HWResolution[0] = options.hwResolutionX;
-}
-
 class PagePipeline : public testing::Test {
  protected:
   struct Printed {
@@ -105,6 +95,7 @@ class PagePipeline : public testing::Test {
                                    const std::string& what) {
     RecordingPrinter printer;
     applyOptions(options, printer);
+    printer.header.HWResolution[0] = options.hwResolutionX;
     const Printed printed = print(printer, page);
     const auto expected = reference::printImage(options, bytesOf(page.pixels), page.bytesPerLine,
                                                 page.height, page.width);

@@ -11,8 +11,9 @@
 #include <filesystem>
 
 #include "printer/dot_matrix_ep_printer.h"
+#include "tests/printer/page_options.h"
+#include "tests/printer/recording_printer.h"
 #include "tests/support/filter_job.h"
-#include "tests/support/temporary_folder.h"
 
 namespace wren_test {
 
@@ -46,34 +47,8 @@ class CapturedError {
   int saved;
 };
 
-// The debug images of this program go to "spool" below the working folder.
-class WorkingFolder {
- public:
-  explicit WorkingFolder(const fs::path& folder) : before(fs::current_path()) {
-    fs::create_directory(folder / "spool");
-    fs::current_path(folder);
-  }
-  WorkingFolder(const WorkingFolder&) = delete;
-  WorkingFolder& operator=(const WorkingFolder&) = delete;
-  ~WorkingFolder() { fs::current_path(before); }
-
- private:
-  fs::path before;
-};
-
-reference::Bytes bytesOf(const std::string& text) {
+reference::Bytes referenceBytes(const std::string& text) {
   return reference::Bytes(text.begin(), text.end());
-}
-
-void setOptions(DotMatrixEpPrinter& printer, const reference::PageOptions& options) {
-  printer.setRemoveBlankEdges(options.removeBlankEdges);
-  printer.setHalftoneType(static_cast<DitherType>(options.halftoneType));
-  printer.setSkipRightPixels(options.skipRightPixels);
-  printer.setBrightness(options.brightness);
-  printer.setContrast(options.contrast);
-  printer.setNegativePrint(options.negative);
-  printer.setMirrorPrint(options.mirror);
-  printer.setRotate180Print(options.rotate180);
 }
 
 void print(const reference::PageOptions& options, const TestPage& page, FILE* first, FILE* second) {
@@ -81,7 +56,7 @@ void print(const reference::PageOptions& options, const TestPage& page, FILE* fi
   header.HWResolution[0] = options.hwResolutionX;
   DotMatrixEpPrinter printer;
   printer.getOutputStreams() = {first, second};
-  setOptions(printer, options);
+  applyOptions(options, printer);
   printer.setPageHeader(&header);
   printer.printImage(page.pixels.data(), page.bytesPerLine, page.height, page.width);
 }
@@ -89,8 +64,7 @@ void print(const reference::PageOptions& options, const TestPage& page, FILE* fi
 }  // namespace
 
 PageOutcome printWithProduct(const reference::PageOptions& options, const TestPage& page) {
-  const TemporaryFolder folder;
-  const WorkingFolder inside(folder.path());
+  const SpoolWorkingFolder folder;
   FILE* first = std::fopen("first", "wb");
   FILE* second = std::fopen("second", "wb");
   if (first == nullptr || second == nullptr) giveUp("no output file");
@@ -102,11 +76,11 @@ PageOutcome printWithProduct(const reference::PageOptions& options, const TestPa
   std::fclose(second);
 
   PageOutcome result;
-  result.bytes = bytesOf(readFile("first"));
-  result.secondStream = bytesOf(readFile("second"));
+  result.bytes = referenceBytes(readFile("first"));
+  result.secondStream = referenceBytes(readFile("second"));
   result.log = messageLines(readFile("error"));
   for (const SavedImage& image : savedImages("spool"))
-    result.dumps.push_back({image.kind, bytesOf(image.bytes)});
+    result.dumps.push_back({image.kind, referenceBytes(image.bytes)});
   return result;
 }
 
