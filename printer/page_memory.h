@@ -14,9 +14,9 @@ struct FreeMemory {
 };
 using PageBytes = std::unique_ptr<unsigned char, FreeMemory>;
 
-/// Room for a page, with undefined values; null without memory. From one and a half
-/// megabytes on the system is asked for large memory pages, which it clears and maps
-/// several times faster; the block may then be up to half a megabyte larger.
+/// Room for a page, with undefined values; null without memory. For a page of many
+/// megabytes the system is asked for large memory pages, which it clears and maps
+/// several times faster.
 PageBytes allocatePage(std::size_t bytes);
 
 /// One page after the other in the same memory, which only grows: memory that goes
