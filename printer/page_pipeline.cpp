@@ -117,8 +117,8 @@ void readDitheredPage(CxImage& page, std::size_t bytesPerLine, std::size_t width
 void copyLevels(CxImage& page, std::size_t bytesPerLine, QVImage& levels) {
   const auto width = static_cast<std::size_t>(levels.width);
   const std::size_t count = width * static_cast<std::size_t>(levels.height);
-  if (bytesPerLine != width || !page.IsValid()) std::memset(levels.data, 0, count);
-  for (std::size_t y = 0; page.IsValid() && y * bytesPerLine < count; ++y) {
+  if (bytesPerLine != width) std::memset(levels.data, 0, count);
+  for (std::size_t y = 0; y * bytesPerLine < count; ++y) {
     const std::size_t start = y * bytesPerLine;
     std::memcpy(levels.data + start, page.GetBits(static_cast<std::uint32_t>(y)),
                 std::min(width, count - start));
@@ -151,9 +151,30 @@ void readStencilDots(const QVImage& dots, std::size_t bytesPerLine, unsigned cha
   }
 }
 
+// Without a bitmap every level reads as 0, and a page of one level has no dots. The
+// stencil method itself never meets such a page: it may be longer or wider than the
+// method can count.
+void drawNoDots(std::size_t bytesPerLine, std::size_t width, std::size_t height, unsigned char flip,
+                unsigned char* out) {
+  for (std::size_t y = 0; y < height; ++y) std::memset(out + y * bytesPerLine, flip, width);
+}
+
+void drawStencilDots(CxImage& page, int bytesPerLine, int width, int height, unsigned char flip,
+                     unsigned char* out) {
+  const auto stride = static_cast<std::size_t>(bytesPerLine);
+  if (page.IsValid()) {
+    readStencilDots(stencilDots(page, bytesPerLine, width, height), stride, flip, out);
+  } else {
+    drawNoDots(stride, static_cast<std::size_t>(width), static_cast<std::size_t>(height), flip,
+               out);
+  }
+}
+
+// The stride is unsigned on its way: the widest pages are less than four below the
+// largest int.
 void logStencil(int width, int bytesPerLine, int length) {
-  wrenLogCommon(0, "QVDithered with stride(%d), BytesPerLine(%d)", (width + 3) / 4 * 4,
-                bytesPerLine);
+  wrenLogCommon(0, "QVDithered with stride(%d), BytesPerLine(%d)",
+                static_cast<int>((static_cast<unsigned>(width) + 3) / 4 * 4), bytesPerLine);
   wrenLogCommon(0, "PageProcess filled anser with length(%d)!", length);
 }
 
@@ -220,9 +241,8 @@ long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int by
   if (isCancelled()) {
     page.Destroy();
   } else if (useQVDithering) {
-    const QVImage dots = stencilDots(page, bytesPerLine, width, height);
-    readStencilDots(dots, stride, flip, out);
-    logStencil(dots.width, bytesPerLine, length);
+    drawStencilDots(page, bytesPerLine, width, height, flip, out);
+    logStencil(width, bytesPerLine, length);
   } else {
     // Printed output depends on the value going through as it is: the names of the
     // types are one step off from the methods that run.

@@ -370,6 +370,26 @@ TEST(PageProcess, PageTooLargeForTheBitmapIsEmptyAndCostsOneLine) {
   EXPECT_EQ(memory.data()[kWidth - 1], 0);
 }
 
+// Such a page is also more than the stencil method could work on.
+TEST(PageProcess, PageTooLargeForTheBitmapHasNoDotsInTheStencilBranchEither) {
+  WideMemory memory;
+  constexpr int kWidth = 1 << 29;
+  memory.data()[0] = 7;
+  memory.data()[kWidth - 1] = 7;
+  RecordingPrinter printer;
+  printer.setHalftoneType(QVDithering);
+  printer.setNegativePrint(true);
+  CaptureStderr();
+  EXPECT_EQ(printer.PageProcess(QVDithering, memory.data(), kWidth, kWidth, 1, memory.data()),
+            kWidth);
+  EXPECT_EQ(GetCapturedStderr(),
+            "CRIT:cximage.CreateFromArray with grey failed!\n"
+            "DEBUG:QVDithered with stride(536870912), BytesPerLine(536870912)\n"
+            "DEBUG:PageProcess filled anser with length(536870912)!\n");
+  EXPECT_EQ(memory.data()[0], 255);
+  EXPECT_EQ(memory.data()[kWidth - 1], 255);
+}
+
 // A page without rows cannot become a bitmap either.
 TEST(PageProcess, EmptyBitmapGivesNoDotsInEitherBranch) {
   for (const auto type : {None, QVDithering}) {
