@@ -103,7 +103,7 @@ void* CxImage::Create(std::uint32_t width, std::uint32_t height, std::uint32_t b
   fillHeader(width, height, depth);
   // The padding of narrow rows can take the block beyond what GetSize can say.
   const std::uint64_t blockBytes =
-      std::uint64_t{info.effectiveWidth} * height + kHeaderBytes + GetPaletteSize();
+      std::uint64_t{info.effectiveWidth} * height + kHeaderBytes + headerPaletteBytes();
   if (blockBytes == GetSize()) dib = allocateBlock(allocator_, GetSize());
   if (!dib) {
     setLastError(kNoMemory);

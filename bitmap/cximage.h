@@ -107,8 +107,9 @@ class CxImage {
   /// Rows.
   std::int32_t GetHeight() const { return header.height; }
 
-  /// Bytes of the block: header, palette and pixels.
-  std::uint32_t GetSize() const { return header.size + GetPaletteSize() + header.imageSize; }
+  /// Bytes of the block: header, palette and pixels. Without a block those that the
+  /// last one had, or should have had.
+  std::uint32_t GetSize() const { return header.size + headerPaletteBytes() + header.imageSize; }
 
   /// The first byte of a row, null without a block or for a row below the last.
   std::uint8_t* GetBits(std::uint32_t row = 0);
@@ -118,12 +119,10 @@ class CxImage {
   // null or zero.
 
   /// Entries of the palette: 2, 16, 256, or 0 at 24 bits per pixel.
-  std::uint32_t GetNumColors() const { return header.colorsUsed; }
+  std::uint32_t GetNumColors() const { return dib ? header.colorsUsed : 0; }
 
   /// Bytes of the palette.
-  std::uint32_t GetPaletteSize() const {
-    return header.colorsUsed * static_cast<std::uint32_t>(sizeof(tagRGBQUAD));
-  }
+  std::uint32_t GetPaletteSize() const { return dib ? headerPaletteBytes() : 0; }
 
   /// The first palette entry, null when there is none.
   tagRGBQUAD* GetPalette();
@@ -234,6 +233,11 @@ class CxImage {
   }
   std::uint8_t* row(std::size_t y) { return info.bits + y * info.effectiveWidth; }
   const std::uint8_t* row(std::size_t y) const { return info.bits + y * info.effectiveWidth; }
+
+  // The palette of the block that the header tells of, made or not.
+  std::uint32_t headerPaletteBytes() const {
+    return header.colorsUsed * static_cast<std::uint32_t>(sizeof(tagRGBQUAD));
+  }
 
   bool isInside(std::int64_t x, std::int64_t y) const;
   void setLastError(const char* text);

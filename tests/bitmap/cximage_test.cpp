@@ -135,6 +135,8 @@ TEST(CxImageCreate, WithoutMemoryFillsTheHeaderAndStaysEmpty) {
   EXPECT_EQ(image.info.effectiveWidth, 12u);
   EXPECT_EQ(image.GetBits(0), nullptr);
   EXPECT_EQ(image.GetPixelIndex(0, 0), 0);
+  EXPECT_EQ(image.GetNumColors(), 0u);
+  EXPECT_EQ(image.GetPaletteSize(), 0u);
 }
 
 TEST(CxImageCreate, DropsThePresentImageEvenWhenItFails) {
@@ -225,6 +227,9 @@ TEST(CxImageStorage, DestroyLeavesTheHeader) {
   EXPECT_EQ(image.GetWidth(), 4);
   EXPECT_EQ(image.info.imageType, 9u);
   EXPECT_EQ(image.GetBits(0), nullptr);
+  EXPECT_EQ(image.header.colorsUsed, 256u);
+  EXPECT_EQ(image.GetNumColors(), 0u);
+  EXPECT_EQ(image.GetPaletteSize(), 0u);
 }
 
 TEST(CxImageStorage, TransferMovesTheBlockAndEmptiesTheSource) {
