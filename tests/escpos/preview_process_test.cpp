@@ -131,6 +131,8 @@ TEST(PreviewProgram, TakesJobsOfThePrintSystemsSocketBackend) {
   spec.environment = {"DEVICE_URI=socket://" + printer.name()};
   const auto sent = wren_test::runProcess(spec);
   EXPECT_EQ(sent.exitStatus, 0) << sent.err;
+  // The backend is content as soon as the system has taken its bytes.
+  waitForFile(printer.file("job-0001.png"));
   EXPECT_EQ(printer.end(SIGTERM).exitStatus, 0);
   EXPECT_EQ(bytesOfFile(printer.file("job-0001.prn")), kJob);
   EXPECT_EQ(readPng(printer.file("job-0001.png")).height, 8u);
