@@ -22,6 +22,9 @@ using StencilGoesOn = bool (*)(void* context);
 /// overlap. `goesOn` (may be null) is called with `context` at least once in 256
 /// rows. Returns false when it did, with the lower rows of the result unwritten;
 /// true otherwise, also for a page without pixels.
+///
+/// Precondition: width and height are at most 2^31 - 128, so that positions beyond the
+/// page can still be counted, and width * height is at most 2^31 - 1.
 bool stencil_page(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
                   std::uint8_t* result, std::ptrdiff_t resultStride, StencilGoesOn goesOn = nullptr,
                   void* context = nullptr);
