@@ -15,7 +15,7 @@ halftones_command() {
   read_halftones_arguments "$@"
   check_document "$file"
   need build chain picture
-  build release rastertowren wren_ppds wren-preview
+  build_for_printing
 
   local ppd="$WREN_ROOT/build/release/ppd/wren$paper.ppd" stem work
   stem=$(basename -- "$file")
@@ -71,7 +71,8 @@ halftone_text() { sed -n "s/^\*HalftoneType $1\/\([^:]*\):.*/\1/p" "$ppd"; }
 draw_cells() {
   local type value
   mkdir -p "$work/spool/cups/tmp"
-  printf '%s"$@"\n' "$(private_spool "$work/spool")" >"$work/run"
+  printf '%s "$@"\n' "$(spool_command "$WREN_ROOT/build/release/filter/rastertowren" "$work/spool")" \
+    >"$work/run"
   for type in $(halftone_types); do
     note "$type: $(halftone_text "$type")"
     for value in "${brightness[@]}"; do draw_cell "$type" "$value"; done
@@ -80,8 +81,7 @@ draw_cells() {
 
 draw_cell() {
   local cell="$work/$1_$2" window=() settings="HalftoneType=$1 Brightness=$2"
-  PPD=$ppd sh "$work/run" "$WREN_ROOT/build/release/filter/rastertowren" \
-    1 user halftones 1 "${job_options[*]} $settings" "$work/pages.ras" >"$cell.prn" 2>"$cell.log" ||
+  PPD=$ppd sh "$work/run" 1 user halftones 1 "${job_options[*]} $settings" "$work/pages.ras" >"$cell.prn" 2>"$cell.log" ||
     fail "$STATUS_FAILED" "the filter failed with $settings: $(tail -n 1 "$cell.log")"
   "$WREN_ROOT/build/release/escpos/preview/wren-preview" "$cell.prn" -o "$cell.png" >/dev/null ||
     fail "$STATUS_FAILED" "the printer bytes of $settings cannot be read back whole"

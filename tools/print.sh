@@ -10,7 +10,7 @@ print_command() {
   read_print_arguments "$@"
   check_document "$file"
   need build chain
-  build release rastertowren wren_ppds wren-preview
+  build_for_printing
 
   local stem ppd="$WREN_ROOT/build/release/ppd/wren$paper.ppd" option
   stem=$(basename -- "$file")
@@ -24,6 +24,13 @@ print_command() {
   for option in "${job_options[@]}"; do arguments+=(-o "$option"); done
   "$WREN_ROOT/tools/chain" "${arguments[@]}" -- "$file"
   draw_paper "${out:-$stem.prn}"
+}
+
+# The filter with its PPDs and the preview; the filter's twin where tools/spool.sh needs it.
+build_for_printing() {
+  local twin=()
+  can_mount || twin=(rastertowren_relocated)
+  build release rastertowren wren_ppds wren-preview "${twin[@]}"
 }
 
 # Shows the paper that the printer bytes give, as a picture beside them.

@@ -5,17 +5,25 @@
 # A spool folder of its own for a run of the filter, so that its debug images
 # never reach the system's and two runs never meet there.
 
-# private_spool FOLDER: prints the beginning of a command that runs what follows
-# it with FOLDER in place of /var/spool (the whole of it, since a plain user may
-# not look into /var/spool/cups). Prints nothing where that is not possible.
-private_spool() {
-  local flags=-m
-  ((EUID == 0)) || flags=-rm
+# May this user put a folder in the place of another for one command alone? (The
+# whole of /var/spool is replaced: a plain user may not look into /var/spool/cups.)
+can_mount() { unshare "$(mount_flags)" mount --bind /tmp /var/spool 2>/dev/null; }
+
+mount_flags() { if ((EUID == 0)); then echo -m; else echo -rm; fi; }
+
+# spool_command FILTER FOLDER: prints the command that runs FILTER with its debug
+# images in FOLDER/cups/tmp. Where nothing may be mounted that is the twin of the
+# filter, FILTER_relocated, which writes them to "spool" below its working folder.
+spool_command() {
   # shellcheck disable=SC2016
-  local mount_it='mount --bind "$1" /var/spool && shift && exec "$@"'
-  if unshare "$flags" sh -c "$mount_it" sh "$1" true 2>/dev/null; then
-    printf "unshare %s sh -c '%s' sh %q " "$flags" "$mount_it" "$1"
-  elif [[ $(uname) == Linux ]]; then
+  if can_mount; then
+    printf "unshare %s sh -c '%s' sh %q %q" "$(mount_flags)" \
+      'mount --bind "$1" /var/spool && shift && exec "$@"' "$2" "$1"
+  elif [[ -x $1_relocated ]]; then
+    ln -sfn cups/tmp "$2/spool"
+    printf "sh -c '%s' sh %q %q" 'cd "$1" && shift && exec "$@"' "$2" "$1_relocated"
+  else
     note "no private spool folder possible here: debug images, if any, go to /var/spool/cups/tmp"
+    printf %q "$1"
   fi
 }
