@@ -126,8 +126,10 @@ TEST(PreviewProgram, TakesJobsOfThePrintSystemsSocketBackend) {
   SoftwarePrinter printer;
   const ScratchFolder folder;
   wren_test::ProcessSpec spec;
-  spec.program = backend;
-  spec.arguments = {"socket", "1", "user", "title", "1", "", folder.write("job.prn", kJob)};
+  // A backend takes descriptors 3 and 4 for channels to the scheduler, whatever they are.
+  spec.program = "/bin/sh";
+  spec.arguments = {"sh", "-c", "exec \"$@\" 3<&- 4<&-",      "sh", backend, "1", "user", "title",
+                    "1",  "",   folder.write("job.prn", kJob)};
   spec.environment = {"DEVICE_URI=socket://" + printer.name()};
   const auto sent = wren_test::runProcess(spec);
   EXPECT_EQ(sent.exitStatus, 0) << sent.err;
