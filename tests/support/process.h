@@ -71,7 +71,7 @@ class Process {
   ProcessResult result;
 };
 
-/// Runs a program to its end. input is fed through a pipe when the spec has no inputPath.
+/// Runs a program to its end. input is fed through a pipe when no inputPath is named.
 ProcessResult runProcess(const ProcessSpec& spec, const std::string& input = {});
 
 }  // namespace wren_test
