@@ -13,6 +13,13 @@ struct CancelSignal {
   /// A descriptor that becomes readable with the flag, so that a wait for input ends;
   /// -1 for none. Not owned.
   int wakeUpDescriptor = -1;
+  /// Becomes 1 before the first byte for the printer. Until then there is nothing to
+  /// finish, and who cancels the job may end the process at once, whatever it waits
+  /// for; null where nobody asks. Not owned.
+  volatile std::sig_atomic_t* jobHasBegun = nullptr;
 
   bool isRequested() const { return flag != nullptr && *flag != 0; }
+  void announceJob() const {
+    if (jobHasBegun != nullptr) *jobHasBegun = 1;
+  }
 };

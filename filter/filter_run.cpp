@@ -5,8 +5,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -26,24 +24,6 @@ constexpr int kFewestArguments = 6;
 constexpr int kOptionsArgument = 5;
 constexpr int kFileArgument = 6;
 
-// Lets the signal that cancels a job end a waiting system call, which it does not do
-// otherwise: an interrupted write would lose printer bytes.
-class InterruptibleWait {
- public:
-  InterruptibleWait() {
-    sigaction(SIGTERM, nullptr, &former);
-    struct sigaction interrupting = former;
-    interrupting.sa_flags &= ~SA_RESTART;
-    sigaction(SIGTERM, &interrupting, nullptr);
-  }
-  InterruptibleWait(const InterruptibleWait&) = delete;
-  InterruptibleWait& operator=(const InterruptibleWait&) = delete;
-  ~InterruptibleWait() { sigaction(SIGTERM, &former, nullptr); }
-
- private:
-  struct sigaction former = {};
-};
-
 // Standard input, or the raster file of the arguments, which is closed at the end.
 class InputFile {
  public:
@@ -54,12 +34,9 @@ class InputFile {
     if (fileDescriptor > 0) close(fileDescriptor);
   }
 
-  // A pipe that nobody writes to yet keeps open waiting, until the job is cancelled.
-  bool openPath(const char* path, CancelSignal cancel) {
-    const InterruptibleWait interruptible;
-    do {
-      fileDescriptor = open(path, O_RDONLY | O_CLOEXEC);
-    } while (fileDescriptor < 0 && errno == EINTR && !cancel.isRequested());
+  // A pipe that nobody writes to yet keeps open waiting.
+  bool openPath(const char* path) {
+    fileDescriptor = open(path, O_RDONLY | O_CLOEXEC);
     return fileDescriptor >= 0;
   }
   int descriptor() const { return fileDescriptor; }
@@ -89,7 +66,8 @@ SideFile openSideFile() {
   return file;
 }
 
-bool runJob(const Settings& settings, int inputDescriptor, CancelSignal cancel) {
+bool runJob(const Settings& settings, int inputDescriptor, const CancelSignal& cancel) {
+  cancel.announceJob();
   beginJob(settings);
   const auto printer = std::make_unique<DotMatrixEpPrinter>();
   RasterInput input(inputDescriptor, cancel);
@@ -99,19 +77,17 @@ bool runJob(const Settings& settings, int inputDescriptor, CancelSignal cancel) 
 
 }  // namespace
 
-int runFilter(int argc, char** argv, CancelSignal cancel) {
+int runFilter(int argc, char** argv, const CancelSignal& cancel) {
   if (argc < kFewestArguments) {
     writeUsage(argc > 0 ? argv[0] : nullptr);
     return EXIT_FAILURE;
   }
   InputFile input;
-  if (argc > kFileArgument && !input.openPath(argv[kFileArgument], cancel)) {
-    if (cancel.isRequested()) return EXIT_SUCCESS;
+  if (argc > kFileArgument && !input.openPath(argv[kFileArgument])) {
     wrenWriteMessage("ERROR: Unable to open raster file - ");
     return EXIT_FAILURE;
   }
   Settings settings;
   if (!initializeSettings(argv[kOptionsArgument], &settings)) return EXIT_FAILURE;
-  if (cancel.isRequested()) return EXIT_SUCCESS;
   return runJob(settings, input.descriptor(), cancel) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

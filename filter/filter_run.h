@@ -11,4 +11,4 @@
 ///   option, the raster file; standard input is read without one.
 /// @return the exit status: 0 when at least one page was printed or the job was
 ///   cancelled, 1 otherwise and after a page that is not 8 bits deep.
-int runFilter(int argc, char** argv, CancelSignal cancel);
+int runFilter(int argc, char** argv, const CancelSignal& cancel);

@@ -29,7 +29,7 @@ void beginJob(const Settings& settings) {
   jobSetup(settings);
 }
 
-Job::Job(const Settings& jobSettings, WrenPrinter& jobPrinter, CancelSignal cancelSignal)
+Job::Job(const Settings& jobSettings, WrenPrinter& jobPrinter, const CancelSignal& cancelSignal)
     : settings(jobSettings), printer(jobPrinter), cancel(cancelSignal) {
   printer.setCancelFlag(cancel.flag);
 }

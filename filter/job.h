@@ -21,7 +21,7 @@ class Job {
   };
 
   /// @param printer outlives the job.
-  Job(const Settings& jobSettings, WrenPrinter& jobPrinter, CancelSignal cancelSignal);
+  Job(const Settings& jobSettings, WrenPrinter& jobPrinter, const CancelSignal& cancelSignal);
 
   /// Reads, prepares and prints one page, with the commands around it.
   PageOutcome printPage(PageSource& source);

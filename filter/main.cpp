@@ -21,10 +21,14 @@
 namespace {
 
 volatile std::sig_atomic_t cancelRequested = 0;
+volatile std::sig_atomic_t jobHasBegun = 0;
 int wakeUpPipe[2] = {-1, -1};
 
-// Only what a signal handler may do: a flag, and a byte that ends a wait for input.
+// Only what a signal handler may do: a flag, and a byte that ends a wait for input. Before
+// the first printer byte the process may be waiting where neither is looked at: for the
+// writer of a pipe that it opens, or in the CUPS library for a PPD.
 extern "C" void onTermination(int /*signal*/) {
+  if (jobHasBegun == 0) _exit(EXIT_SUCCESS);
   const int reason = errno;
   cancelRequested = 1;
   static_cast<void>(!write(wakeUpPipe[1], "", 1));
@@ -36,11 +40,13 @@ void setFlags(int descriptor) {
   fcntl(descriptor, F_SETFD, FD_CLOEXEC);
 }
 
+void openWakeUpPipe() {
+  if (pipe(wakeUpPipe) != 0) return;
+  setFlags(wakeUpPipe[0]);
+  setFlags(wakeUpPipe[1]);
+}
+
 void installTermination() {
-  if (pipe(wakeUpPipe) == 0) {
-    setFlags(wakeUpPipe[0]);
-    setFlags(wakeUpPipe[1]);
-  }
   struct sigaction action = {};
   action.sa_handler = onTermination;
   action.sa_flags = SA_RESTART;
@@ -79,10 +85,11 @@ void endWithoutMemory() {
 
 int main(int argc, char** argv) {
   static char outputBuffer[1 << 16];
+  installTermination();
   openClosedDescriptors();
+  openWakeUpPipe();
   giveLargeBlocksBack();
   std::set_new_handler(endWithoutMemory);
   std::setvbuf(stdout, outputBuffer, _IOFBF, sizeof outputBuffer);
-  installTermination();
-  return runFilter(argc, argv, {&cancelRequested, wakeUpPipe[0]});
+  return runFilter(argc, argv, {&cancelRequested, wakeUpPipe[0], &jobHasBegun});
 }

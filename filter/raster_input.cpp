@@ -17,7 +17,7 @@ bool isPlainFile(int descriptor) {
 
 }  // namespace
 
-RasterInput::RasterInput(int inputDescriptor, CancelSignal cancelSignal)
+RasterInput::RasterInput(int inputDescriptor, const CancelSignal& cancelSignal)
     : descriptor(inputDescriptor),
       cancel(cancelSignal),
       mayWait(!isPlainFile(inputDescriptor)),

@@ -12,7 +12,7 @@ class RasterInput : public PageSource {
  public:
   /// @param descriptor stays open and is not owned. A stream that cannot be opened
   ///   has no pages.
-  RasterInput(int descriptor, CancelSignal cancelSignal);
+  RasterInput(int descriptor, const CancelSignal& cancelSignal);
   ~RasterInput() override;
 
   bool readHeader(cups_page_header2_s& header) override;

@@ -65,6 +65,17 @@ TEST(OwnFile, FollowsNoSymbolicLink) {
   EXPECT_FALSE(fs::exists(folder.path() / "missing"));
 }
 
+// Somebody else's file may have been given the name that comes next.
+TEST(OwnFile, LeavesAFileWithASecondNameAlone) {
+  const TemporaryFolder folder;
+  const auto target = folder.write("target", "keep");
+  chmod(target.c_str(), 0644);
+  fs::create_hard_link(target, folder.path() / "link");
+  EXPECT_EQ(refused(folder.path() / "link"), EINVAL);
+  EXPECT_EQ(readFile(target), "keep");
+  EXPECT_EQ(modeOf(target), 0644U);
+}
+
 TEST(OwnFile, RefusesWhatIsNoPlainFileAndDoesNotWait) {
   const TemporaryFolder folder;
   ASSERT_EQ(mkfifo((folder.path() / "pipe").c_str(), 0600), 0);

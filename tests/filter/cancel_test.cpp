@@ -9,7 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <fstream>
+#include <functional>
 
 #include "tests/filter/expected_bytes.h"
 #include "tests/support/filter_job.h"
@@ -19,7 +22,7 @@
 namespace wren_test {
 namespace {
 
-using Lines = std::vector<std::string>;
+using Clock = std::chrono::steady_clock;
 
 // A job with drawer, buzzers and cuts at every place, so that what is left out shows.
 constexpr char kLoudOptions[] =
@@ -122,12 +125,21 @@ TEST(Cancel, BetweenPagesKeepsTheFinishedPage) {
                                      fromHex("1B4A10 1B420101 1D5600") + loudCancelledEnd()));
 }
 
+// --- Before the first byte ---
+
+class NamedPipe {
+ public:
+  NamedPipe() { EXPECT_EQ(mkfifo(path().c_str(), 0600), 0); }
+  std::string path() const { return folder.path() / "pipe"; }
+
+ private:
+  TemporaryFolder folder;
+};
+
 TEST(Cancel, BeforeThePrologueLeavesNoByte) {
-  const TemporaryFolder folder;
-  const std::string fifo = folder.path() / "page.ras";
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const NamedPipe pipe;
   FilterJob job = waitingJob();
-  job.inputPath = fifo;
+  job.inputPath = pipe.path();
   RunningFilter filter(job);
   usleep(300000);  // nothing shows that it waits in open
   filter.process().signal(SIGTERM);
@@ -135,6 +147,57 @@ TEST(Cancel, BeforeThePrologueLeavesNoByte) {
   expectQuietEnd(result);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "");
+}
+
+// Whether the program has set the signal up: until then it ends any program.
+bool catchesTermination(pid_t program) {
+  std::ifstream status("/proc/" + std::to_string(program) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("SigCgt:", 0) != 0) continue;
+    return (std::stoull(line.substr(7), nullptr, 16) >> (SIGTERM - 1) & 1U) != 0;
+  }
+  return false;
+}
+
+bool waitUntil(const std::function<bool()>& condition, double seconds) {
+  const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+  while (!condition() && Clock::now() < end) usleep(50);
+  return condition();
+}
+
+void expectEndAtOnce(const FilterJob& job, useconds_t delay) {
+  RunningFilter filter(job);
+  ASSERT_TRUE(waitUntil([&] { return catchesTermination(filter.process().id()); }, 20));
+  usleep(delay);
+  filter.process().signal(SIGTERM);
+  EXPECT_TRUE(waitUntil([&] { return filter.process().hasEnded(); }, 5)) << "still waits";
+  const auto result = filter.finish();
+  expectQuietEnd(result);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(result.images.empty());
+}
+
+// However the moment falls: before, within or after the call that waits for a writer.
+void expectEndAtOnceAtAnyMoment(const FilterJob& job) {
+  for (useconds_t delay = 0; delay <= 20000 && !testing::Test::HasFailure(); delay += 200) {
+    SCOPED_TRACE(delay);
+    expectEndAtOnce(job, delay);
+  }
+}
+
+TEST(Cancel, EndsAFilterWhoseInputIsAPipeWithoutAWriter) {
+  const NamedPipe pipe;
+  FilterJob job = waitingJob();
+  job.inputPath = pipe.path();
+  expectEndAtOnceAtAnyMoment(job);
+}
+
+TEST(Cancel, EndsAFilterWhosePpdIsAPipeWithoutAWriter) {
+  const NamedPipe pipe;
+  FilterJob job = waitingJob();
+  job.ppdPath = pipe.path();
+  expectEndAtOnceAtAnyMoment(job);
 }
 
 // A reader of printer bytes that is slower than the filter.

@@ -306,23 +306,31 @@ TEST(Fault, FullSpoolFolderCostsNoPage) {
   EXPECT_EQ(result.out, jobStart() + solidPage(576, 100) + solidPage(576, 100) + jobEnd());
 }
 
+// The names that a job of the next minute may give to its images.
+std::vector<std::string> nextImageNames() {
+  std::vector<std::string> names;
+  const std::time_t now = std::time(nullptr);
+  for (std::time_t second = now; second < now + 60; ++second) {
+    std::tm when = {};
+    gmtime_r(&second, &when);
+    for (int number = 0; number < 4; ++number) {
+      char name[96];
+      std::snprintf(name, sizeof name, "%s_%d-%d-%d_%d_%d_%d_%d.bmp",
+                    number % 2 == 0 ? "origin" : "dithered", when.tm_year + 1900, when.tm_mon + 1,
+                    when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, number);
+      names.emplace_back(name);
+    }
+  }
+  return names;
+}
+
 // The names of the next images are no secret, and the folder may be open to others.
-TEST(Fault, ImageNameThatIsASymbolicLinkIsNotFollowed) {
+void expectImagesLeaveAlone(void (*link)(const fs::path& target, const fs::path& name)) {
   FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255)});
   std::string target;
   job.prepareFolder = [&](const TemporaryFolder& folder) {
     target = folder.write("target", "keep");
-    for (std::time_t second = std::time(nullptr); second < std::time(nullptr) + 60; ++second) {
-      std::tm when = {};
-      gmtime_r(&second, &when);
-      for (int number = 0; number < 4; ++number) {
-        char name[96];
-        std::snprintf(name, sizeof name, "%s_%d-%d-%d_%d_%d_%d_%d.bmp",
-                      number % 2 == 0 ? "origin" : "dithered", when.tm_year + 1900, when.tm_mon + 1,
-                      when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, number);
-        fs::create_symlink(target, folder.path() / "spool" / name);
-      }
-    }
+    for (const auto& name : nextImageNames()) link(target, folder.path() / "spool" / name);
   };
   RunningFilter filter(job);
   auto result = filter.finish();
@@ -330,6 +338,16 @@ TEST(Fault, ImageNameThatIsASymbolicLinkIsNotFollowed) {
   for (const auto& image : result.images) EXPECT_EQ(image.bytes, "keep");
   result.images.clear();
   expectPageWithoutImages(result);
+}
+
+TEST(Fault, ImageNameThatIsASymbolicLinkIsNotFollowed) {
+  expectImagesLeaveAlone(
+      [](const fs::path& target, const fs::path& name) { fs::create_symlink(target, name); });
+}
+
+TEST(Fault, ImageNameThatIsAHardLinkIsNotOverwritten) {
+  expectImagesLeaveAlone(
+      [](const fs::path& target, const fs::path& name) { fs::create_hard_link(target, name); });
 }
 
 // --- Locale and time ---
