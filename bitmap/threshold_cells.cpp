@@ -41,3 +41,12 @@ void ditherByThresholds(const ThresholdCell& cell, const LevelRows& rows) {
     ditherRow(levels, patternOfRow(cell, y), rows.flip(), rows.width(), rows.dots(y));
   }
 }
+
+void ditherByThresholdsPlain(const ThresholdCell& cell, const LevelRows& rows) {
+  for (std::size_t y = 0; y < rows.height(); ++y) {
+    const std::uint8_t* levels = rows.levels(y);
+    for (std::size_t x = 0; x < rows.width(); ++x) {
+      rows.dots(y)[x] = dotOf(levels[x], cell[4 * (y % 4) + x % 4], rows.flip());
+    }
+  }
+}

@@ -14,4 +14,7 @@
 /// Makes every pixel white whose level is above its threshold in `cell`.
 void ditherByThresholds(const ThresholdCell& cell, const LevelRows& rows);
 
+/// The same, one pixel after the other: what the above is compared with.
+void ditherByThresholdsPlain(const ThresholdCell& cell, const LevelRows& rows);
+
 #endif  // WREN_BITMAP_THRESHOLD_CELLS_H_
