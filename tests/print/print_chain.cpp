@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+#include "tests/print/print_chain.h"
+
+#include <stdlib.h>
+
+#include <array>
+#include <cstdio>
+
+#include "tests/print/job_files.h"
+
+namespace print_chain {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string typeOf(const std::string& document) {
+  const auto extension = fs::path(document).extension();
+  if (extension == ".pdf") return "application/pdf";
+  return extension == ".png" ? "image/png" : "text/plain";
+}
+
+}  // namespace
+
+std::string outputOf(const std::string& command) {
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return {};
+  std::string text;
+  std::array<char, 4096> part;
+  while (const auto count = fread(part.data(), 1, part.size(), pipe))
+    text.append(part.data(), count);
+  return pclose(pipe) == 0 ? text : std::string();
+}
+
+void PrintChain::SetUp() {
+  std::string pattern = fs::temp_directory_path() / "wren-print-test.XXXXXX";
+  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+  folder_ = pattern;
+}
+
+void PrintChain::TearDown() {
+  fs::remove_all(folder_);
+}
+
+Printed PrintChain::print(const std::string& document, int paper, const Options& jobOptions,
+                          int copies) {
+  const std::string ppd = WREN_PPD_DIR "/wren" + std::to_string(paper) + ".ppd";
+  std::string command = WREN_SOURCE_DIR "/tools/chain --quiet --filter " WREN_FILTER " --ppd " +
+                        ppd + " --type " + typeOf(document) + " --copies " +
+                        std::to_string(copies) + " --out " + pathOf("out.prn") + " --raster " +
+                        pathOf("in.ras");
+  for (const auto& [name, value] : jobOptions) {
+    command += " -o " + name + (value.empty() ? "" : "=" + value);
+  }
+  command += " -- " + (fs::path(WREN_SOURCE_DIR "/examples") / document).string();
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  Printed printed{job_files::bytesOfFile(pathOf("out.prn")),
+                  job_files::rasterPages(pathOf("in.ras")), job_files::ppdOptions(ppd)};
+  printed.options.job = jobOptions;
+  return printed;
+}
+
+}  // namespace print_chain

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Documents through CUPS's own filters and ours, as ./wren print sends them.
+
+#ifndef WREN_TESTS_PRINT_PRINT_CHAIN_H_
+#define WREN_TESTS_PRINT_PRINT_CHAIN_H_
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/reference/job.h"
+
+namespace print_chain {
+
+struct Printed {
+  reference::Bytes bytes;
+  std::vector<reference::Page> raster;  ///< what CUPS handed to the filter
+  reference::JobOptions options;
+};
+
+/// Names and values; an option with an empty value stands alone.
+using Options = std::vector<std::pair<std::string, std::string>>;
+
+/// Runs a shell command and returns what it writes; empty when it fails.
+std::string outputOf(const std::string& command);
+
+class PrintChain : public testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  /// A path in a folder that lives as long as the test.
+  std::string pathOf(const std::string& name) const { return (folder_ / name).string(); }
+
+  /// Prints an example, or the document of an absolute path, on `paper` mm; fails the test
+  /// when the chain fails.
+  Printed print(const std::string& document, int paper, const Options& jobOptions, int copies = 1);
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace print_chain
+
+#endif  // WREN_TESTS_PRINT_PRINT_CHAIN_H_
