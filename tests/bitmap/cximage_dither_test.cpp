@@ -125,7 +125,63 @@ TEST(CxImageDither, EveryOtherNumberIsFloydSteinberg) {
   EXPECT_NE(dithered(7, levels), expected);
 }
 
-TEST(CxImageDither, DropsWhatFallsOutsideTheImage) {
+// Two pixels at opposite borders of an otherwise black page, both as close to the threshold
+// as they can be and each with the largest error there is. Neither may reach the other: a
+// share that is not dropped at one border, but goes on in the row next to it, turns the
+// pixel over there.
+void expectNoShareAcross(int method, int level, std::size_t fromX, std::size_t toX,
+                         std::size_t toY) {
+  Rows levels = flat(0, 16, 6);
+  levels[0][fromX] = static_cast<std::uint8_t>(level);
+  levels[toY][toX] = static_cast<std::uint8_t>(level);
+  const std::uint8_t isWhite = level > 128 ? 1 : 0;
+  Rows expected = flat(0, 16, 6);
+  expected[0][fromX] = isWhite;
+  expected[toY][toX] = isWhite;
+  EXPECT_EQ(dithered(method, levels), expected)
+      << method << ": " << fromX << ",0 to " << toX << ',' << toY;
+}
+
+class CxImageBorders : public testing::TestWithParam<int> {};
+
+TEST_P(CxImageBorders, DropTheSharesThatFallOutside) {
+  for (const int level : {128, 129}) {
+    for (std::size_t reach = 0; reach < 3; ++reach) {
+      for (std::size_t y = 1; y < 5; ++y) expectNoShareAcross(GetParam(), level, 15, reach, y);
+      for (std::size_t y = 0; y < 4; ++y) expectNoShareAcross(GetParam(), level, 0, 15 - reach, y);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Diffusions, CxImageBorders, testing::Values(2, 3, 4, 5, 6, 8));
+
+// What a black pixel of level 128 sends to the first tap of its own column.
+struct ColumnShare {
+  int method;
+  std::size_t dy;
+  int share;
+};
+
+class CxImageColumn : public testing::TestWithParam<ColumnShare> {};
+
+// In a column of single pixels nothing but the tap right below arrives: the others fall
+// outside on both sides.
+TEST_P(CxImageColumn, GetsTheSharesOfItsOwnColumnAlone) {
+  const auto& [method, dy, share] = GetParam();
+  for (const int above : {0, 1}) {
+    Rows levels = flat(0, 1, dy + 1);
+    levels[0][0] = 128;
+    levels[dy][0] = static_cast<std::uint8_t>(128 - share + above);
+    EXPECT_EQ(dithered(method, levels)[dy][0], above);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, CxImageColumn,
+                         testing::Values(ColumnShare{2, 1, 32}, ColumnShare{3, 1, 24},
+                                         ColumnShare{4, 1, 18}, ColumnShare{5, 1, 20},
+                                         ColumnShare{6, 2, 16}, ColumnShare{8, 1, 40}));
+
+TEST(CxImageDither, TakesPagesOfOnePixelARowOrAColumn) {
   for (int method = 0; method <= 8; ++method) {
     EXPECT_EQ(dithered(method, {{255}}), (Rows{{1}})) << method;
     EXPECT_EQ(dithered(method, flat(255, 7, 1)), flat(1, 7, 1)) << method;
