@@ -4,59 +4,24 @@
 // A cancelled job: the print system sends SIGTERM, and the paper is left at the end of a
 // band, fed and cut, whatever the filter was doing.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <fstream>
-#include <functional>
 
+#include "tests/filter/cancelled_job.h"
 #include "tests/filter/expected_bytes.h"
-#include "tests/support/filter_job.h"
-#include "tests/support/ppd_text.h"
 #include "tests/support/raster_stream.h"
 
 namespace wren_test {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-// A job with drawer, buzzers and cuts at every place, so that what is left out shows.
-constexpr char kLoudOptions[] =
-    "Buzzer1Setting=2 Buzzer1OnTime=1 Buzzer1Repeat=1 Buzzer2Setting=2 Buzzer2OnTime=1 "
-    "Buzzer2Repeat=1 CashDrawerSetting=2 PageCutType=1 DocCutType=2 FeedCutAfterJobEnd=3";
-
-std::string loudStart() {
-  return std::string(64, '\0') + fromHex("1B40 1F1B1F4265657008 1B5500");
-}
-
-std::string loudCancelledEnd() {
-  return fromHex("1B4A10 1B4A30 1D5601 1F1B1F4265657006 1B76");
-}
-
-FilterJob waitingJob() {
-  FilterJob job;
-  job.ppd = fullPpd().text();
-  job.options = kLoudOptions;
-  job.via = RasterVia::kPipe;
-  return job;
-}
-
 // A filter that has read the first word of its raster and waits for a page header.
 void feedUntilItWaits(RunningFilter& filter) {
   filter.process().feed(rasterSync(RasterKind::kV3));
   ASSERT_TRUE(filter.process().waitForError("outFile"));
-}
-
-void expectQuietEnd(const FilterResult& result) {
-  EXPECT_TRUE(result.exited(0)) << result.exitStatus << " signal " << result.signal;
-  for (const auto& line : linesOf(result.err)) {
-    EXPECT_EQ(line.find("ERROR"), std::string::npos) << line;
-    EXPECT_EQ(line.find("Ready to print."), std::string::npos) << line;
-  }
 }
 
 TEST(Cancel, EndsAFilterThatWaitsForItsFirstPage) {
@@ -159,12 +124,6 @@ bool catchesTermination(pid_t program) {
   return false;
 }
 
-bool waitUntil(const std::function<bool()>& condition, double seconds) {
-  const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-  while (!condition() && Clock::now() < end) usleep(50);
-  return condition();
-}
-
 void expectEndAtOnce(const FilterJob& job, useconds_t delay) {
   RunningFilter filter(job);
   ASSERT_TRUE(waitUntil([&] { return catchesTermination(filter.process().id()); }, 20));
@@ -199,30 +158,6 @@ TEST(Cancel, EndsAFilterWhosePpdIsAPipeWithoutAWriter) {
   job.ppdPath = pipe.path();
   expectEndAtOnceAtAnyMoment(job);
 }
-
-// A reader of printer bytes that is slower than the filter.
-class SlowReader {
- public:
-  SlowReader() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
-  SlowReader(const SlowReader&) = delete;
-  SlowReader& operator=(const SlowReader&) = delete;
-  ~SlowReader() { close(ends[0]); }
-  int writeEnd() const { return ends[1]; }
-  void started() { close(ends[1]); }
-  std::string take(std::size_t count) {
-    std::string bytes(count, '\0');
-    const ssize_t got = read(ends[0], bytes.data(), count);
-    return bytes.substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);
-  }
-  std::string rest() {
-    std::string bytes;
-    for (std::string part = take(65536); !part.empty(); part = take(65536)) bytes += part;
-    return bytes;
-  }
-
- private:
-  int ends[2] = {-1, -1};
-};
 
 // The filter hangs in a write in the middle of the page while the signal comes.
 TEST(Cancel, FinishesTheBandInProgressAndSendsNothingMoreOfThePage) {
