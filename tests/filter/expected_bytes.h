@@ -46,6 +46,11 @@ inline std::string flatBands(unsigned width, unsigned height, bool dots = true,
   return bytes;
 }
 
+/// A page that is all dots, with its end.
+inline std::string solidPage(unsigned width, unsigned height) {
+  return flatBands(width, height) + pageEnd();
+}
+
 /// The lines that reading the settings of fullPpd() logs.
 inline std::vector<std::string> settingsLines() {
   std::vector<std::string> lines;
@@ -65,6 +70,15 @@ inline std::vector<std::string> startLines() {
   lines.emplace_back("fopen() failed.");
   lines.emplace_back("DEBUG:outFile cups.out : ADDRESS");
   return lines;
+}
+
+/// The lines of a page without blank edges.
+inline std::vector<std::string> pageLines(unsigned number, unsigned width, unsigned height) {
+  const std::string w = std::to_string(width);
+  const std::string h = std::to_string(height);
+  return {"DEBUG:Try print page: " + std::to_string(number) + " 1",
+          "DEBUG:printImage: p(ADDRESS), width(" + w + "), height(" + h + "), w(" + w +
+              "), topBlanks(0), bottomBlanks(" + h + "), h_fixed(" + h + ")"};
 }
 
 inline std::vector<std::string> operator+(std::vector<std::string> lines,

@@ -36,20 +36,8 @@ FilterJob jobOf(const std::vector<RasterPage>& pages, RasterKind kind = RasterKi
   return job;
 }
 
-Lines pageLines(unsigned number, unsigned width, unsigned height) {
-  const std::string w = std::to_string(width);
-  const std::string h = std::to_string(height);
-  return {"DEBUG:Try print page: " + std::to_string(number) + " 1",
-          "DEBUG:printImage: p(ADDRESS), width(" + w + "), height(" + h + "), w(" + w +
-              "), topBlanks(0), bottomBlanks(" + h + "), h_fixed(" + h + ")"};
-}
-
 Lines lines(const FilterResult& result) {
   return messageLines(result.err);
-}
-
-std::string solid(unsigned width, unsigned height) {
-  return flatBands(width, height) + pageEnd();
 }
 
 TEST(FilterRun, TooFewArgumentsPrintTheUsage) {
@@ -116,7 +104,7 @@ TEST(FilterRun, StreamWithoutPagesOrOfNoKindIsAJobWithoutPages) {
 
 TEST(FilterRun, PagesOfEveryRasterKindThroughEveryWayIn) {
   const std::vector<RasterPage> pages = {flatPage(13, 9, 255), flatPage(8, 16, 200)};
-  const std::string expected = jobStart() + solid(13, 9) + solid(8, 16) + jobEnd();
+  const std::string expected = jobStart() + solidPage(13, 9) + solidPage(8, 16) + jobEnd();
   for (const auto kind :
        {RasterKind::kV2, RasterKind::kV3, RasterKind::kV3Swapped, RasterKind::kPwg}) {
     for (const auto via : {RasterVia::kFile, RasterVia::kStandardInput, RasterVia::kPipe}) {
@@ -170,7 +158,7 @@ TEST(FilterRun, DepthOtherThan8EndsTheRunAtOnce) {
     EXPECT_EQ(lines(first), startLines() + refused);
     const auto second = runFilterJob(jobOf({flatPage(8, 8, 255), page}));
     EXPECT_TRUE(second.exited(1));
-    EXPECT_EQ(hexOf(second.out), hexOf(jobStart() + solid(8, 8)));
+    EXPECT_EQ(hexOf(second.out), hexOf(jobStart() + solidPage(8, 8)));
     EXPECT_EQ(lines(second), startLines() + pageLines(1, 8, 8) + refused);
   }
 }
@@ -185,7 +173,7 @@ TEST(FilterRun, PageOfNoHeightEndsTheJobInTheOrdinaryWay) {
   EXPECT_EQ(lines(alone), startLines() + kNoPages);
   const auto second = runFilterJob(jobOf({flatPage(8, 8, 255), page}));
   EXPECT_TRUE(second.exited(0));
-  EXPECT_EQ(second.out, jobStart() + solid(8, 8) + jobEnd());
+  EXPECT_EQ(second.out, jobStart() + solidPage(8, 8) + jobEnd());
   EXPECT_EQ(lines(second), startLines() + pageLines(1, 8, 8) + kReady);
 }
 
@@ -199,7 +187,7 @@ TEST(FilterRun, PixelsThatEndTooEarlyAfterTwoGoodPages) {
   const std::string buzzer = fromHex("1B420302");
   const std::string start = std::string(64, '\0') + fromHex("1B40 1F1B1F4265657008 1B5500");
   EXPECT_EQ(hexOf(result.out),
-            hexOf(start + buzzer + solid(8, 8) + buzzer + solid(8, 8) + buzzer + jobEnd()));
+            hexOf(start + buzzer + solidPage(8, 8) + buzzer + solidPage(8, 8) + buzzer + jobEnd()));
   const Lines tail = {"DEBUG:Try print page: 3 1", "ERROR:Failed to get 3 page data!",
                       "DEBUG:Ready to print."};
   const Lines all = lines(result);
@@ -282,7 +270,7 @@ TEST(FilterRun, GeometryThatCupsPassesOnIsRefusedWithOneLine) {
     ++tried;
     const auto result = runFilterJob(jobOf({flatPage(8, 8, 255), page}));
     EXPECT_TRUE(result.exited(0));
-    EXPECT_EQ(result.out, jobStart() + solid(8, 8) + jobEnd());
+    EXPECT_EQ(result.out, jobStart() + solidPage(8, 8) + jobEnd());
     const Lines all = lines(result);
     EXPECT_EQ(all[all.size() - 2], std::string("ERROR:Unable to print page 2: ") + reason + "!");
   }
@@ -294,7 +282,7 @@ TEST(FilterRun, ColourSpaceIsNotRead) {
     RasterPage page = flatPage(8, 8, 255);
     page.header.cupsColorSpace = space;
     if (!cupsPassesOn(page)) continue;
-    EXPECT_EQ(runFilterJob(jobOf({page})).out, jobStart() + solid(8, 8) + jobEnd());
+    EXPECT_EQ(runFilterJob(jobOf({page})).out, jobStart() + solidPage(8, 8) + jobEnd());
   }
 }
 
