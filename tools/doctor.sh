@@ -81,9 +81,10 @@ check_scheduler() {
 
 # Debug images are for diagnosis only: a page prints without them.
 check_spool_folder() {
-  local folder=/var/spool/cups/tmp kilobytes
-  if [[ -d /var/spool/cups && ! -x /var/spool/cups ]]; then
-    say "--    /var/spool/cups may not be looked into; for the debug images call sudo ./wren doctor"
+  local spool=$SYSTEM_ROOT/var/spool/cups kilobytes
+  local folder=$spool/tmp
+  if [[ -d $spool && ! -x $spool ]]; then
+    say "--    $spool may not be looked into; for the debug images call sudo ./wren doctor"
     return
   fi
   if [[ ! -d $folder ]]; then
@@ -117,7 +118,7 @@ check_queue() {
 # A queue keeps a copy of the PPD of its first day. Only root may compare them;
 # the choices of the queue's own defaults may differ.
 check_queue_ppd() {
-  local copy=/etc/cups/ppd/$1.ppd paper
+  local copy=$SYSTEM_ROOT/etc/cups/ppd/$1.ppd paper
   [[ -r $copy ]] || return 0
   paper=$(sed -n 's/^\*cupsModelNumber: *\([0-9]*\).*/\1/p' "$copy")
   [[ -r $INSTALLED_PPDS/wren$paper.ppd ]] || return 0

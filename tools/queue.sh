@@ -4,7 +4,9 @@
 #
 # ./wren add-queue and remove-queue: queues on the system's own scheduler.
 
-readonly INSTALLED_PPDS=/usr/share/ppd/wren
+# As for cmake --install, DESTDIR puts another folder in the place of /.
+readonly SYSTEM_ROOT=${DESTDIR:-}
+readonly INSTALLED_PPDS=$SYSTEM_ROOT/usr/share/ppd/wren
 
 # What keeps a receipt upright and at the top, as lpadmin and lpoptions write
 # it. CUPS centres a short page and turns a wide one otherwise.
@@ -38,7 +40,7 @@ remove_queue_command() {
 
 cups_serverbin() { cups-config --serverbin 2>/dev/null || echo /usr/lib/cups; }
 
-installed_filter() { echo "$(cups_serverbin)/filter/rastertowren"; }
+installed_filter() { echo "$SYSTEM_ROOT$(cups_serverbin)/filter/rastertowren"; }
 
 is_installed() { [[ -x $(installed_filter) && -r $INSTALLED_PPDS/wren80.ppd ]]; }
 
@@ -47,7 +49,7 @@ install_here() {
   need build
   build release
   note "installing the filter and its PPDs (cmake --install build/release)"
-  as_root cmake --install "$WREN_ROOT/build/release" >/dev/null ||
+  as_root env ${DESTDIR:+"DESTDIR=$DESTDIR"} cmake --install "$WREN_ROOT/build/release" >/dev/null ||
     fail "$STATUS_SETUP" "the installation failed"
 }
 

@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# run_queue_test.sh root|user PROGRAM FILTER PPD-FOLDER ROOT [GTEST-ARGUMENT...]
+# run_queue_test.sh root|user|no-mount PROGRAM FILTER PPD-FOLDER ROOT [GTEST-ARGUMENT...]
 #
 # Lays out a folder in which a scheduler can run without touching the system's,
-# and runs the test program there; "user" gives up root first. The debug images
-# of the filter go to a spool folder of its own as well.
+# and runs the test program there; "user" gives up root first, and "no-mount" does
+# as if nothing could be mounted, too. The debug images of the filter go to a spool
+# folder of its own as well.
 set -euo pipefail
 
 mode=$1 program=$2 filter=$3 ppds=$4 root=$5
@@ -16,21 +17,41 @@ if [[ $mode == root ]] && ((EUID != 0)); then
   exit 77
 fi
 
+if [[ $mode == no-mount ]]; then
+  mode=user
+  unshare() { return 1; }
+fi
+
 # As root, CUPS wants its filters below folders that everybody may enter.
 work=$(mktemp -d /tmp/wren-queue.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 chmod 0755 "$work"
+serverbin=$(cups-config --serverbin 2>/dev/null || echo /usr/lib/cups)
 
 lay_out_programs() {
   local name
   mkdir -p "$work"/bin/{backend,daemon,filter,notifier,monitor}
   for name in backend daemon filter notifier monitor; do
-    find "/usr/lib/cups/$name" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/bin/$name" {} +
+    find "$serverbin/$name" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/bin/$name" {} +
   done
-  install -m 0755 "$filter" "$work/bin/rastertowren"
+  install -m 0755 "$filter" "${filter}_relocated" "$work/bin"
   install -m 0755 "$program" "$work/bin/queue_test"
-  # The only backend that is used; some of the others may be run by root alone.
+  # The only backend that prints; some of the others may be run by root alone.
   find "$work/bin/backend" -type l ! -name socket -delete
+  # A printer that is plugged in, as far as its listing goes.
+  printf '#!/bin/sh\necho %s\n' "'direct usb://Wren/80?serial=here \"Wren 80\" \"Wren 80\" \"\" \"\"'" >"$work/bin/backend/usb"
+  chmod 0755 "$work/bin/backend/usb"
+}
+
+# A system as ./wren add-queue and doctor expect it, and the front door itself,
+# which the user that runs the test may not be able to reach where it is.
+lay_out_system() {
+  mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work/tree"
+  install -m 0755 "$filter" "$work/system$serverbin/filter/rastertowren"
+  cp "$ppds"/*.ppd "$work/system/usr/share/ppd/wren"
+  ln -s "$work/root" "$work/system/etc/cups"
+  ln -s "$work/spool" "$work/system/var/spool"
+  cp -r "$root/wren" "$root/tools" "$root/tests/queue/front_door_test.sh" "$work/tree"
 }
 
 lay_out_documents() {
@@ -54,6 +75,9 @@ page() {
 lay_out_folders() {
   mkdir -p "$work"/{root/ppd,cache,state/certs,requests/tmp,temp,keys,log,runs,spool/cups/tmp,home}
   chmod 1777 "$work/runs" "$work/temp" "$work/spool/cups/tmp"
+  # Where the relocated filter is started: it writes its images to "spool" there.
+  mkdir "$work/start"
+  ln -s "$work/spool/cups/tmp" "$work/start/spool"
   : >"$work/printcap"
 }
 
@@ -65,7 +89,10 @@ write_filter() {
   local leak_check="export ASAN_OPTIONS=fast_unwind_on_malloc=0 LSAN_OPTIONS=suppressions=$work/leaks:print_suppressions=0"
   echo 'leak:cupsMarkOptions' >"$work/leaks"
   local become="$work/bin/rastertowren"
-  [[ $1 != unshare ]] || become="unshare -rm sh -c 'mount --bind $work/spool /var/spool && exec \"\$0\" \"\$@\"' $become"
+  case $1 in
+    unshare) become="unshare -rm sh -c 'mount --bind $work/spool /var/spool && exec \"\$0\" \"\$@\"' $become" ;;
+    relocated) become="env -C $work/start ${become}_relocated" ;;
+  esac
   cat >"$work/bin/filter/rastertowren" <<SCRIPT
 #!/usr/bin/env bash
 $leak_check
@@ -83,6 +110,7 @@ SCRIPT
 lay_out_programs
 lay_out_documents
 lay_out_folders
+lay_out_system
 export HOME=$work/home PATH=$PATH:/usr/sbin LC_ALL=C DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere
 unset CUPS_SERVER LPDEST PRINTER
 
@@ -98,6 +126,12 @@ if ((EUID == 0)) && unshare -m true 2>/dev/null; then
 elif unshare -rm true 2>/dev/null; then
   write_filter unshare
 else
-  write_filter plain
+  write_filter relocated
 fi
 "${run[@]}"
+
+# They were written, and to the folder of this run.
+compgen -G "$work/spool/cups/tmp/dithered_*.bmp" >/dev/null || {
+  echo "no debug images reached the spool folder of the test"
+  exit 1
+}
