@@ -30,7 +30,7 @@ constexpr std::size_t kBandBytes = 5 + kWidth + 3;
 #ifdef __SANITIZE_ADDRESS__
 constexpr double kSeconds = 20;
 #else
-constexpr double kSeconds = 2;
+constexpr double kSeconds = 5;
 #endif
 
 const std::string& raster() {
@@ -53,11 +53,12 @@ class CancelLargePage : public testing::TestWithParam<const char*> {
     return runFilterJob(whole).out;
   }
 
-  // Cancels and sees the filter end.
-  void cancel(RunningFilter& filter) {
+  // Cancels a filter, halted or not, and sees it end. One that goes on already must not be
+  // told to go on: a sanitizer that halts it at its end would wait for ever.
+  void cancel(RunningFilter& filter, bool isHalted) {
     const auto start = std::chrono::steady_clock::now();
     filter.process().signal(SIGTERM);
-    filter.process().signal(SIGCONT);
+    if (isHalted) filter.process().signal(SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return filter.process().hasEnded(); }, kSeconds));
     const std::chrono::duration<double> wait = std::chrono::steady_clock::now() - start;
     longestWait = std::max(longestWait, wait.count());
@@ -93,7 +94,7 @@ TEST_P(CancelLargePage, WhileItIsRead) {
   RunningFilter filter(job());
   filter.process().feed(raster().substr(0, raster().size() / 2));
   ASSERT_TRUE(filter.process().waitForError("Try print page"));
-  cancel(filter);
+  cancel(filter, false);
   const auto result = filter.finish();
   expectQuietEnd(result);
   expectNothingOfThePage(result.out);
@@ -120,7 +121,7 @@ TEST_P(CancelLargePage, WhileItsDotsAreMadeOrSent) {
     ASSERT_EQ(waitpid(filter.process().id(), &status, WUNTRACED), filter.process().id());
     ASSERT_TRUE(WIFSTOPPED(status));
     const bool hasBands = filter.process().errSoFar().find("printImage") != std::string::npos;
-    cancel(filter);
+    cancel(filter, true);
     const auto result = filter.finish();
     expectQuietEnd(result);
     if (hasBands) {
