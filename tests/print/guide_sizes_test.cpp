@@ -43,6 +43,14 @@ TEST_F(GuideSizes, ALongerSizeMendsADocumentThatComesOutSmall) {
   EXPECT_GT(inkOfFirst(framedPdf(227, 900), 80, {{"PageSize", "X80MMY600MM"}}).width(), 530U);
 }
 
+TEST_F(GuideSizes, WhatIsMadeForThePrintedWidthKeepsIt) {
+  EXPECT_NEAR(inkOfFirst(framedPdf(136, 300), 58, {{"PageSize", "X48MMY200MM"}}).width(), 282, 2);
+  EXPECT_NEAR(inkOfFirst(framedPdf(204, 300), 80, {{"PageSize", "X72MMY200MM"}}).width(), 474, 2);
+  EXPECT_NEAR(inkOfFirst(framedPdf(294, 300), 112, {{"PageSize", "X104MMY200MM"}}).width(), 727, 2);
+  EXPECT_NEAR(inkOfFirst(framedPdf(204, 900), 80, {{"PageSize", "Custom.72x350mm"}}).width(), 474,
+              2);
+}
+
 TEST_F(GuideSizes, AReceiptFor80ShrinksOn58UnlessItIsCut) {
   const auto on80 = inkOfFirst("receipt.pdf", 80, {});
   const auto shrunk = inkOfFirst("receipt.pdf", 58, {});

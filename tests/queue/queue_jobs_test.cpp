@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -156,13 +157,28 @@ TEST(Queue, WithoutItsDefaultsCupsTurnsAPicture) {
   EXPECT_GT(job.runs[0].raster.at(0).height, job.runs[0].raster.at(0).width);
 }
 
+TEST(Queue, WithoutItsDefaultsCupsTurnsAWidePage) {
+  const auto kept = bench->print("wren80", "", "wide.pdf");
+  const auto turned = bench->print("plain80", "", "wide.pdf");
+  ASSERT_EQ(kept.runs.size(), 1U);
+  ASSERT_EQ(turned.runs.size(), 1U);
+  EXPECT_LT(inkedRows(kept.runs[0].raster.at(0)), 564);
+  EXPECT_GT(inkedRows(turned.runs[0].raster.at(0)), 1000);
+}
+
+double meanInk(const reference::Page& page) {
+  return std::accumulate(page.pixels.begin(), page.pixels.end(), 0.0) /
+         static_cast<double>(page.pixels.size()) / 255;
+}
+
 // CUPS compares the names of options without looking at the case and has a brightness of its own.
-TEST(Queue, BrightnessOfAJobAlsoDarkensThePictureItself) {
+TEST(Queue, BrightnessOfAJobAlsoMakesThePictureNearlyBlack) {
   const auto plain = bench->print("wren80", "", "photo.png");
   const auto dark = bench->print("wren80", "-o Brightness=10", "photo.png");
   ASSERT_EQ(plain.runs.size(), 1U);
   ASSERT_EQ(dark.runs.size(), 1U);
-  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels != dark.runs[0].raster.at(0).pixels);
+  EXPECT_LT(meanInk(plain.runs[0].raster.at(0)), 0.7);
+  EXPECT_GT(meanInk(dark.runs[0].raster.at(0)), 0.9);
 }
 
 TEST(Queue, BrightnessOfTheQueueReachesTheFilterAlone) {
@@ -175,12 +191,14 @@ TEST(Queue, BrightnessOfTheQueueReachesTheFilterAlone) {
   EXPECT_TRUE(dark.received != plain.received);
 }
 
-TEST(Queue, BrightnessOfAJobLeavesTheRasterOfAPdfAlone) {
-  const auto plain = bench->print("wren80", "", "receipt.pdf");
-  const auto dark = bench->print("wren80", "-o Brightness=10", "receipt.pdf");
-  ASSERT_EQ(plain.runs.size(), 1U);
-  ASSERT_EQ(dark.runs.size(), 1U);
-  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels);
+TEST(Queue, BrightnessOfAJobLeavesTheRasterOfPdfAndTextAlone) {
+  for (const char* document : {"receipt.pdf", "photo.pdf", "order.txt"}) {
+    const auto plain = bench->print("wren80", "", document);
+    const auto dark = bench->print("wren80", "-o Brightness=10", document);
+    ASSERT_EQ(plain.runs.size(), 1U);
+    ASSERT_EQ(dark.runs.size(), 1U);
+    EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels) << document;
+  }
 }
 
 TEST(Queue, AnOverWidePageIsCutToThePrintHead) {

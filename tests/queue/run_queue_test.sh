@@ -59,6 +59,8 @@ lay_out_documents() {
   cp "$ppds"/*.ppd "$work/ppd"
   cp "$root"/examples/* "$work/documents"
   (cd "$work/documents" && pdfunite receipt.pdf receipt-58mm.pdf two-pages.pdf)
+  PATH=$PATH:/usr/sbin cupsfilter -p "$ppds/wren80.ppd" -i image/png -m application/pdf \
+    "$work/documents/photo.png" >"$work/documents/photo.pdf" 2>/dev/null
   page 595 842 "$work/documents/a4.pdf"
   page 500 200 "$work/documents/wide.pdf"
   page 200 14000 "$work/documents/endless.pdf"
