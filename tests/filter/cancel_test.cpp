@@ -4,12 +4,14 @@
 // A cancelled job: the print system sends SIGTERM, and the paper is left at the end of a
 // band, fed and cut, whatever the filter was doing.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
+#include <map>
 
 #include "tests/filter/cancelled_job.h"
 #include "tests/filter/expected_bytes.h"
@@ -17,6 +19,8 @@
 
 namespace wren_test {
 namespace {
+
+namespace fs = std::filesystem;
 
 // A filter that has read the first word of its raster and waits for a page header.
 void feedUntilItWaits(RunningFilter& filter) {
@@ -205,6 +209,46 @@ TEST(Cancel, IsSeenBetweenTheStagesOfALargePage) {
     EXPECT_EQ(hexOf(result.out.substr(result.out.size() - loudCancelledEnd().size())),
               hexOf(loudCancelledEnd()));
   }
+}
+
+// Fills the pipe that wakes the filter up: the one that it holds both ends of.
+void fillWakeUpPipe(pid_t program) {
+  std::map<fs::path, std::vector<fs::path>> descriptors;
+  for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(program) + "/fd")) {
+    descriptors[fs::read_symlink(entry)].push_back(entry);
+  }
+  int filled = 0;
+  for (const auto& [target, ends] : descriptors) {
+    if (target.string().rfind("pipe:", 0) != 0 || ends.size() != 2) continue;
+    const int end = open(ends[0].c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const std::string block(65536, 'x');
+    while (write(end, block.data(), block.size()) > 0) {
+    }
+    close(end);
+    ++filled;
+  }
+  ASSERT_EQ(filled, 1);
+}
+
+// However often the signal comes while the filter is busy, its handler never waits.
+TEST(Cancel, HandlerDoesNotWaitForRoomInItsPipe) {
+  SlowReader reader;
+  FilterJob job = waitingJob();
+  job.via = RasterVia::kFile;
+  job.raster = rasterStream(RasterKind::kV3, {flatPage(576, 8000, 255)});
+  job.beforeExec = [&] { dup2(reader.writeEnd(), STDOUT_FILENO); };
+  job.timeoutSeconds = 10;
+  RunningFilter filter(job);
+  reader.started();
+  const std::string first = reader.take(1000);
+  usleep(100000);  // the filter waits for its reader
+  fillWakeUpPipe(filter.process().id());
+  filter.process().signal(SIGTERM);
+  const std::string rest = reader.rest();
+  expectQuietEnd(filter.finish());
+  const std::string end = loudCancelledEnd();
+  ASSERT_GT(rest.size(), end.size());
+  EXPECT_EQ(hexOf(rest.substr(rest.size() - end.size())), hexOf(end));
 }
 
 TEST(Cancel, SecondSignalChangesNothing) {

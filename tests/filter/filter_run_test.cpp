@@ -41,13 +41,16 @@ Lines lines(const FilterResult& result) {
 }
 
 TEST(FilterRun, TooFewArgumentsPrintTheUsage) {
-  FilterJob job;
-  job.arguments = {"/usr/lib/cups\\filter/wren", "1", "user", "title", "1"};
-  const auto result = runFilterJob(job);
-  EXPECT_TRUE(result.exited(1));
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.err,
-            "wren v3.13.31\n\nUsage:\n\n    wren job_id user title copyies options [file]\n\n");
+  const Lines five = {"/usr/lib/cups\\filter/wren", "1", "user", "title", "1"};
+  for (long count = 1; count <= 5; ++count) {
+    FilterJob job;
+    job.arguments = {five.begin(), five.begin() + count};
+    const auto result = runFilterJob(job);
+    EXPECT_TRUE(result.exited(1));
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err,
+              "wren v3.13.31\n\nUsage:\n\n    wren job_id user title copyies options [file]\n\n");
+  }
 }
 
 TEST(FilterRun, NoArgumentsAtAllPrintTheUsageToo) {
