@@ -2,12 +2,15 @@
 // Copyright (c) 2026 the Wren developers
 //
 // wren-bench-compare --filter FILE --floor FILE --ppd FILE --data FOLDER
-//                    [--pairs N] [--peer NAME PROGRAM PPD BITS]...
+//                    [--filter-twin FILE --floor-twin FILE] [--pairs N] [--peer NAME PROGRAM PPD
+//                    BITS]...
 //
 // Prints every workload with every halftone type through the filter and through
 // the floor program in turns (A B A B) and writes one table of the CPU time of
 // the filter as a multiple of the floor's, and of its memory. Peers are other
 // printer filters on the same pixels, with 8 or 1 BITS each.
+// Where nothing may be mounted the twins are run instead: the same programs, which
+// write their images to "spool" below their working folder.
 // It fails when a program fails or when filter and floor do not write
 // the same number of bytes, since then they did not do the same work.
 #include <CLI/CLI.hpp>
@@ -89,6 +92,8 @@ struct Peer {
 struct Setup {
   std::string filter;
   std::string floor;
+  std::string filterTwin;
+  std::string floorTwin;
   std::string ppd;
   std::string data;
   int pairs = 11;
@@ -256,6 +261,19 @@ bool run(const Setup& setup) {
   return printGrowth(setup) && printPeers(setup);
 }
 
+bool runTwins(Setup setup, const std::string& problem) {
+  if (setup.filterTwin.empty() || setup.floorTwin.empty()) {
+    std::fprintf(stderr, "no private spool folder: %s\n", problem.c_str());
+    return false;
+  }
+  const bench::SpoolBelow spool;
+  std::fprintf(stderr, "Nothing may be mounted here (%s): images go to %s.\n", problem.c_str(),
+               spool.folder().c_str());
+  setup.filter = setup.filterTwin;
+  setup.floor = setup.floorTwin;
+  return run(setup);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -264,6 +282,8 @@ int main(int argc, char** argv) {
   CLI::App app("Compares the filter with the floor program and with other printer filters.");
   app.add_option("--filter", setup.filter)->required();
   app.add_option("--floor", setup.floor)->required();
+  app.add_option("--filter-twin", setup.filterTwin);
+  app.add_option("--floor-twin", setup.floorTwin);
   app.add_option("--ppd", setup.ppd)->required();
   app.add_option("--data", setup.data)->required();
   app.add_option("--pairs", setup.pairs)->check(CLI::Range(1, 1000));
@@ -273,9 +293,6 @@ int main(int argc, char** argv) {
     setup.peers.push_back({peers[i], peers[i + 1], peers[i + 2], peers[i + 3]});
   }
   const std::string problem = bench::enterPrivateSpool();
-  if (!problem.empty()) {
-    std::fprintf(stderr, "%s: no private spool folder: %s\n", argv[0], problem.c_str());
-    return 1;
-  }
-  return run(setup) ? 0 : 1;
+  if (problem.empty()) return run(setup) ? 0 : 1;
+  return runTwins(setup, problem) ? 0 : 1;
 }

@@ -24,7 +24,11 @@ constexpr std::size_t kPrologueBytes = 64 + 2 + 8 + 3;
 constexpr std::size_t kEpilogueBytes = 8 + 2;
 constexpr std::size_t kGreyHeaderBytes = 54 + 1024;
 constexpr std::size_t kDotHeaderBytes = 54 + 8;
-constexpr const char* kFolder = "/var/spool/cups/tmp/";
+// The filter's folder, and its twin's (printer/dump_names.cpp).
+#ifndef WREN_SPOOL_FOLDER
+#define WREN_SPOOL_FOLDER "/var/spool/cups/tmp/"
+#endif
+constexpr const char* kFolder = WREN_SPOOL_FOLDER;
 
 // Memory that only grows, so that every page after the first finds its pages mapped.
 struct Buffer {

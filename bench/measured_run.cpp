@@ -16,14 +16,19 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 namespace bench {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kOutput = "/var/spool/output";
-constexpr const char* kImages = "/var/spool/cups/tmp";
+// Where the programs find the spool folder, and their standard output beside it.
+struct Place {
+  std::string output = "/var/spool/output";
+  std::string images = "/var/spool/cups/tmp";
+};
+Place place;
 
 std::string failure(const char* what) {
   return std::string(what) + ": " + std::strerror(errno);
@@ -37,7 +42,7 @@ void mapUser(uid_t user, gid_t group) {
 }
 
 [[noreturn]] void become(const Command& command) {
-  const int output = open(kOutput, O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  const int output = open(place.output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
   const int nothing = open("/dev/null", O_RDWR);
   dup2(nothing, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
@@ -56,7 +61,7 @@ double milliseconds(const timeval& time) {
 
 long long takeImages() {
   long long bytes = 0;
-  for (const auto& entry : fs::directory_iterator(kImages)) {
+  for (const auto& entry : fs::directory_iterator(place.images)) {
     bytes += static_cast<long long>(entry.file_size());
     fs::remove(entry.path());
   }
@@ -73,8 +78,24 @@ std::string enterPrivateSpool() {
   if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return failure("mount /");
   if (mount("tmpfs", "/var/spool", "tmpfs", 0, nullptr) != 0) return failure("mount /var/spool");
   std::error_code error;
-  fs::create_directories(kImages, error);
+  fs::create_directories(place.images, error);
   return error ? error.message() : "";
+}
+
+SpoolBelow::SpoolBelow() {
+  const fs::path memory = "/dev/shm";
+  folder_ = (access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path()) /
+            "wren-bench.XXXXXX";
+  if (mkdtemp(folder_.data()) == nullptr) throw std::runtime_error(failure("mkdtemp"));
+  fs::create_directory(folder_ + "/spool");
+  place = {folder_ + "/output", folder_ + "/spool"};
+  fs::current_path(folder_);
+}
+
+SpoolBelow::~SpoolBelow() {
+  std::error_code ignored;
+  fs::current_path("/", ignored);
+  fs::remove_all(folder_, ignored);
 }
 
 Usage measure(const Command& command) {
@@ -91,8 +112,8 @@ Usage measure(const Command& command) {
   usage.peakMiB = static_cast<double>(used.ru_maxrss) / 1024;
   usage.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   struct stat output {};
-  if (stat(kOutput, &output) == 0) usage.outBytes = output.st_size;
-  unlink(kOutput);
+  if (stat(place.output.c_str(), &output) == 0) usage.outBytes = output.st_size;
+  unlink(place.output.c_str());
   usage.fileBytes = takeImages();
   return usage;
 }

@@ -4,7 +4,8 @@
 // Runs one program at a time and measures what it used. All runs happen in a
 // mount namespace of their own in which /var/spool is an empty tmpfs, so that
 // the images written for every page cost every program the same and leave
-// nothing behind. Linux only.
+// nothing behind. Where nothing may be mounted, twins of the programs do the same
+// in a folder of the run. Linux only.
 #pragma once
 
 #include <string>
@@ -33,7 +34,23 @@ struct Command {
 /// /var/spool that holds cups/tmp/. Returns an empty text or what went wrong.
 std::string enterPrivateSpool();
 
-/// Runs `command` with standard output in a file on the tmpfs and messages
+/// Instead of the namespace: a new folder that becomes the working folder, with "spool" in it for
+/// the twins of the programs that write their images there. It lies in /dev/shm if it can. Throws
+/// std::runtime_error when it cannot be made; removed with the object.
+class SpoolBelow {
+ public:
+  SpoolBelow();
+  ~SpoolBelow();
+  SpoolBelow(const SpoolBelow&) = delete;
+  SpoolBelow& operator=(const SpoolBelow&) = delete;
+
+  const std::string& folder() const { return folder_; }
+
+ private:
+  std::string folder_;
+};
+
+/// Runs `command` with standard output in a file of the spool and messages
 /// thrown away, waits for it, and empties the folder again.
 Usage measure(const Command& command);
 
