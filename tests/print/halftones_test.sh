@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# halftones_test.sh SOURCE_DIR BUILD_DIR
+#
+# ./wren halftones lays out nine papers, and each shows, dot by dot, what printing with
+# that halftone type gives. The front door runs in a copy of its tree whose release
+# build is the one under test, so that nothing is built here.
+set -euo pipefail
+
+source_dir=$1 build_dir=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/tree/build" "$work/bin"
+cp -r "$source_dir/wren" "$source_dir/tools" "$work/tree"
+ln -s "$build_dir" "$work/tree/build/release"
+printf '#!/bin/sh\nexit 0\n' >"$work/bin/cmake"
+chmod +x "$work/bin/cmake"
+export PATH=$work/bin:$PATH
+
+readonly PART=180x90+320+90 WIDTH=180 HEIGHT=90
+ppd=$build_dir/ppd/wren80.ppd
+photo=$source_dir/examples/photo.png
+"$work/tree/wren" halftones "$photo" --crop "$PART" --brightness "0 -10" --out "$work/sheet.png" >"$work/said" 2>"$work/log"
+grep -qxF "sheet: $work/sheet.png" "$work/said"
+
+# paper TYPE FILE: the same part as ./wren print gives it.
+paper() {
+  "$source_dir/tools/chain" --quiet --filter "$build_dir/filter/rastertowren" --ppd "$ppd" \
+    --type image/png --out "$work/$1.prn" -o "HalftoneType=$1" -- "$photo"
+  "$build_dir/escpos/preview/wren-preview" "$work/$1.prn" -o "$work/whole.png" >/dev/null
+  convert "$work/whole.png" -crop "$PART" +repage -threshold 50% "$2"
+}
+
+# To the left lie the border, the label and a gap before each; above, the border, the heads and
+# a gap before each row. Each paper has a line around it.
+left=$((8 + 8 + 240 + 8 + 1)) top=$((8 + 8 + 40 + 8 + 1)) row=0
+types=$(sed -n 's/^\*HalftoneType \([A-Za-z]*\)\/.*/\1/p' "$ppd")
+for type in $types; do
+  paper "$type" "$work/paper.png"
+  convert "$work/sheet.png" -crop "${WIDTH}x$HEIGHT+$left+$((top + row * (HEIGHT + 2 + 8)))" +repage \
+    -threshold 50% "$work/cell.png"
+  different=$(compare -metric AE "$work/paper.png" "$work/cell.png" null: 2>&1) || {
+    echo "$type: $different dots of the sheet differ from the print"
+    exit 1
+  }
+  row=$((row + 1))
+done
+((row == 9)) || { echo "$row halftone types, not nine"; exit 1; }
+[[ $(find "$work" -maxdepth 1 -name '*.prn' -exec md5sum {} + | cut -c1-32 | sort -u | wc -l) -eq 9 ]] ||
+  { echo "two types print the same, so the comparison proves little"; exit 1; }
