@@ -12,6 +12,8 @@ set -euo pipefail
 WREN_ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 readonly WREN_ROOT
 
+# shellcheck source=tools/newer_bash.sh
+source "$WREN_ROOT/tools/newer_bash.sh"
 # shellcheck source=tools/say.sh
 source "$WREN_ROOT/tools/say.sh"
 # shellcheck source=tools/packages.sh
