@@ -3,7 +3,9 @@
 #include "common/log.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -91,6 +93,39 @@ TEST(Log, EveryLineLeavesInOneWriteWhateverItsLength) {
     expected.push_back("ERROR:" + text + "\n");
   }
   EXPECT_EQ(separate.take(), expected);
+}
+
+// What a process that gets no more memory writes to standard error when it logs `text`.
+std::string loggedWithoutMemory(const std::string& text) {
+  int ends[2] = {-1, -1};
+  EXPECT_EQ(pipe(ends), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(ends[1], STDERR_FILENO);
+    const rlimit nothing = {1, 1};
+    setrlimit(RLIMIT_AS, &nothing);
+    wrenLogCommon(3, "%s", text.c_str());
+    _exit(0);
+  }
+  close(ends[1]);
+  std::string written;
+  std::string room(1 << 16, '\0');
+  for (ssize_t count = 0; (count = read(ends[0], room.data(), room.size())) > 0;) {
+    written.append(room, 0, static_cast<std::size_t>(count));
+  }
+  close(ends[0]);
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  return written;
+}
+
+TEST(Log, LongMessageIsCompleteWithoutMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "a sanitizer needs all the address space";
+#endif
+  const std::string text(std::size_t{1} << 26, 'x');
+  EXPECT_TRUE(loggedWithoutMemory(text) == "ERROR:" + text + "\n");
 }
 
 }  // namespace

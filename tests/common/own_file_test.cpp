@@ -54,6 +54,17 @@ TEST(OwnFile, EmptiesAnExistingFileAndTakesItFromOthers) {
   EXPECT_EQ(modeOf(path), 0600U);
 }
 
+TEST(OwnFile, IsEmptiedWhicheverDescriptorItGets) {
+  const TemporaryFolder folder;
+  const auto path = folder.write("old", "old text");
+  const int savedInput = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  EXPECT_EQ(openOwnFile(path.c_str()), STDIN_FILENO);
+  dup2(savedInput, STDIN_FILENO);
+  close(savedInput);
+  EXPECT_EQ(readFile(path), "");
+}
+
 TEST(OwnFile, FollowsNoSymbolicLink) {
   const TemporaryFolder folder;
   const auto target = folder.write("target", "keep");
