@@ -5,6 +5,9 @@
 # ./wren doctor [QUEUE]: looks at everything between a document and the printer
 # and names, for each finding, the command that mends it. Changes nothing.
 
+# Also where an older package is there and files of it are not; no archive has it.
+readonly REINSTALL="./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
+
 doctor_command() {
   (($# <= 1)) || fail_usage "doctor wants at most one QUEUE"
   local findings=0 name queues=()
@@ -32,7 +35,7 @@ check_filter() {
   local filter status=0
   filter=$(installed_filter)
   if [[ ! -e $filter ]]; then
-    finding "the filter is not installed as $filter" "./wren package && sudo apt install ./build/package/printer-driver-wren_*.deb"
+    finding "the filter is not installed as $filter" "$REINSTALL"
     return
   fi
   check_owner_and_mode "$filter"
@@ -41,7 +44,7 @@ check_filter() {
   if ((status == 1)); then
     good "the filter runs on this machine ($(uname -m))"
   else
-    finding "the filter does not run on this machine ($(uname -m), status $status)" "sudo apt install --reinstall printer-driver-wren"
+    finding "the filter does not run on this machine ($(uname -m), status $status)" "$REINSTALL"
   fi
 }
 
@@ -61,9 +64,9 @@ check_ppds() {
   for paper in 58 80 112; do
     ppd=$INSTALLED_PPDS/wren$paper.ppd
     if [[ ! -r $ppd ]]; then
-      finding "the PPD $ppd is missing" "./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
+      finding "the PPD $ppd is missing" "$REINSTALL"
     elif ! cupstestppd -q -I filters "$ppd" 2>/dev/null; then
-      finding "the PPD $ppd is damaged (cupstestppd -I filters $ppd)" "./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
+      finding "the PPD $ppd is damaged (cupstestppd -I filters $ppd)" "$REINSTALL"
     else
       good "$ppd is sound"
     fi
