@@ -13,7 +13,7 @@ is_too_old() { (($1 < 4 || ($1 == 4 && $2 < 4))); }
 go_on_in_newer_bash() {
   local bin
   if ! command -v brew >/dev/null; then
-    printf 'wren: this is bash %s, and ./wren needs 4.4 or newer; on a Mac get Homebrew first: see https://brew.sh\n' "$BASH_VERSION" >&2
+    printf 'wren: this is bash %s, and ./wren needs 4.4 or newer; on a Mac install Homebrew first\n' "$BASH_VERSION" >&2
     exit 4
   fi
   bin=$(brew --prefix)/bin
