@@ -100,7 +100,7 @@ as_root() {
 }
 
 need_brew() {
-  command -v brew >/dev/null || fail "$STATUS_SETUP" "Homebrew is missing: see https://brew.sh"
+  command -v brew >/dev/null || fail "$STATUS_SETUP" "Homebrew is missing: install it first"
   local purpose package missing=()
   for purpose in "$@"; do
     for package in ${BREW_PACKAGES[$purpose]}; do

@@ -31,7 +31,7 @@ done
 status=0
 (PATH=$work go_on_in_newer_bash wren help) 2>said || status=$?
 ((status == 4)) || die "status $status without Homebrew"
-grep -q 'needs 4.4 or newer.*https://brew.sh' said || die "said: $(cat said)"
+grep -q 'needs 4.4 or newer; on a Mac install Homebrew first' said || die "said: $(cat said)"
 
 # With it: bash is installed once, and goes on with the same arguments.
 mkdir -p bin brewed/bin
