@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Copyright (c) 2026 the Wren developers
+#
+# front_door_prints_test.sh SOURCE_DIR BUILD_DIR
+#
+# ./wren print with each kind of document: the bytes are those of the chain, what is
+# said of them is true, and CUPS is asked for what a receipt wants. The front door runs
+# in a copy of its tree whose release build is the one under test, so that nothing is
+# built here, and a stand-in notes what CUPS is asked for before it asks.
+set -euo pipefail
+
+source_dir=$1 build_dir=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/tree/build" "$work/bin"
+cp -r "$source_dir/wren" "$source_dir/tools" "$work/tree"
+ln -s "$build_dir" "$work/tree/build/release"
+printf '#!/bin/sh\nexit 0\n' >"$work/bin/cmake"
+cupsfilter=$(PATH=$PATH:/usr/sbin command -v cupsfilter)
+printf '#!/bin/sh\necho "$* " >%s\nexec %s "$@"\n' "$work/asked" "$cupsfilter" >"$work/bin/cupsfilter"
+chmod +x "$work/bin/cmake" "$work/bin/cupsfilter"
+export PATH=$work/bin:$PATH
+cd "$work"
+
+die() {
+  echo "$*" >&2
+  exit 1
+}
+
+# prints PAGES OUT ARGUMENTS...: prints, and holds what is said against what lies there.
+prints() {
+  local pages=$1 out=$2
+  shift 2
+  tree/wren print "$@" >said 2>log || die "print $*: $(cat log)"
+  ! grep -v 'it is passed on to CUPS as it is$' log || die "print $* complains"
+  grep -qxF "$pages page(s), $(wc -c <"$out") bytes: $out" said || die "print $* says: $(cat said)"
+  grep -qxF "picture: ${out%.prn}.png" said || die "print $* says: $(cat said)"
+  [[ -s ${out%.prn}.png ]] || die "print $* drew no picture"
+}
+
+# chain_gives TYPE OUT DOCUMENT ARGUMENTS...: the same bytes without the front door.
+chain_gives() {
+  local type=$1 out=$2 document=$3
+  shift 3
+  tree/tools/chain --quiet --filter "$build_dir/filter/rastertowren" \
+    --ppd "$build_dir/ppd/wren80.ppd" --type "$type" --out expected.prn "$@" -- "$document"
+  cmp expected.prn "$out"
+}
+
+asks() { grep -qF -- " $1 " asked || die "CUPS is not asked for '$1': $(cat asked)"; }
+does_not_ask() { ! grep -qF -- " $1 " asked || die "CUPS is asked for '$1': $(cat asked)"; }
+
+cp "$source_dir/examples/receipt.pdf" "a receipt.pdf"
+cp "$source_dir/examples/order.txt" order
+convert "$source_dir/examples/photo.png" -quality 95 photo.jpg
+
+# The name of the document makes that of the bytes; blanks and endings do not matter.
+prints 1 "$work/tree/build/print/a receipt.prn" "a receipt.pdf"
+chain_gives application/pdf "$work/tree/build/print/a receipt.prn" "a receipt.pdf"
+asks "-o position=top"
+asks "-o pdfAutoRotate=no"
+images=$(find "tree/build/print/a receipt.images" -name '*.bmp' | wc -l)
+((images == 2)) || die "$images debug images"
+
+prints 1 text.prn order --out text.prn
+chain_gives text/plain text.prn order
+prints 1 jpeg.prn photo.jpg --out jpeg.prn -o HalftoneType=Burkes
+asks "-i image/jpeg"
+chain_gives image/jpeg jpeg.prn photo.jpg -o HalftoneType=Burkes
+prints 1 png.prn "$source_dir/examples/drawing.png" --out png.prn -o HalftoneType=QVDithering
+chain_gives image/png png.prn "$source_dir/examples/drawing.png" -o HalftoneType=QVDithering
+
+prints 2 twice.prn "a receipt.pdf" -n 2 --out twice.prn --raster pages.ras
+asks "-n 2"
+[[ $(head -c 4 pages.ras) =~ ^(3SaR|RaS3|2SaR|RaS2)$ ]] || die "no raster was kept"
+grep -qxF "raster: pages.ras" said || die "said: $(cat said)"
+
+# Told otherwise, CUPS is asked for that alone.
+prints 1 told.prn "a receipt.pdf" --out told.prn -o position=center -o pdfAutoRotate=yes
+asks "-o position=center"
+asks "-o pdfAutoRotate=yes"
+does_not_ask "-o position=top"
+does_not_ask "-o pdfAutoRotate=no"
