@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "filter/filter_run.h"
@@ -38,6 +39,30 @@ FilterJob jobOf(const std::vector<RasterPage>& pages, RasterKind kind = RasterKi
 
 Lines lines(const FilterResult& result) {
   return messageLines(result.err);
+}
+
+struct Outcome {
+  int status;
+  std::string out;
+  Lines messages;
+};
+
+// Whatever form a raster has and whichever way it comes in, the job ends in the same way.
+void expectOutcome(const std::vector<RasterPage>& pages, const Outcome& expected,
+                   const std::string& options = {}) {
+  for (const auto kind :
+       {RasterKind::kV2, RasterKind::kV3, RasterKind::kV3Swapped, RasterKind::kPwg}) {
+    for (const auto via : {RasterVia::kFile, RasterVia::kStandardInput, RasterVia::kPipe}) {
+      SCOPED_TRACE(rasterSync(kind) + " by way " + std::to_string(static_cast<int>(via)));
+      FilterJob job = jobOf(pages, kind);
+      job.via = via;
+      job.options = options;
+      const auto result = runFilterJob(job);
+      EXPECT_TRUE(result.exited(expected.status)) << result.exitStatus;
+      EXPECT_EQ(hexOf(result.out), hexOf(expected.out));
+      EXPECT_EQ(lines(result), expected.messages);
+    }
+  }
 }
 
 TEST(FilterRun, TooFewArgumentsPrintTheUsage) {
@@ -84,17 +109,19 @@ TEST(FilterRun, MissingPpdIsOneErrorLineAndNotAByte) {
 }
 
 TEST(FilterRun, EmptyInputIsAJobWithoutPages) {
-  const auto result = runFilterJob([] {
+  for (const auto via : {RasterVia::kFile, RasterVia::kStandardInput, RasterVia::kPipe}) {
     FilterJob job = jobOf({});
     job.raster.clear();
-    return job;
-  }());
-  EXPECT_TRUE(result.exited(1));
-  EXPECT_EQ(hexOf(result.out), hexOf(jobStart() + jobEnd()));
-  EXPECT_EQ(lines(result), startLines() + kNoPages);
+    job.via = via;
+    const auto result = runFilterJob(job);
+    EXPECT_TRUE(result.exited(1));
+    EXPECT_EQ(hexOf(result.out), hexOf(jobStart() + jobEnd()));
+    EXPECT_EQ(lines(result), startLines() + kNoPages);
+  }
 }
 
 TEST(FilterRun, StreamWithoutPagesOrOfNoKindIsAJobWithoutPages) {
+  expectOutcome({}, {1, jobStart() + jobEnd(), startLines() + kNoPages});
   for (const char* raster : {"3SaR", "RaS2", "%!PS-Adobe-3.0\n", "\0\0\0\0\0\0\0\0"}) {
     FilterJob job = jobOf({});
     job.raster = raster;
@@ -106,19 +133,9 @@ TEST(FilterRun, StreamWithoutPagesOrOfNoKindIsAJobWithoutPages) {
 }
 
 TEST(FilterRun, PagesOfEveryRasterKindThroughEveryWayIn) {
-  const std::vector<RasterPage> pages = {flatPage(13, 9, 255), flatPage(8, 16, 200)};
-  const std::string expected = jobStart() + solidPage(13, 9) + solidPage(8, 16) + jobEnd();
-  for (const auto kind :
-       {RasterKind::kV2, RasterKind::kV3, RasterKind::kV3Swapped, RasterKind::kPwg}) {
-    for (const auto via : {RasterVia::kFile, RasterVia::kStandardInput, RasterVia::kPipe}) {
-      FilterJob job = jobOf(pages, kind);
-      job.via = via;
-      const auto result = runFilterJob(job);
-      EXPECT_TRUE(result.exited(0));
-      EXPECT_EQ(hexOf(result.out), hexOf(expected));
-      EXPECT_EQ(lines(result), startLines() + pageLines(1, 13, 9) + pageLines(2, 8, 16) + kReady);
-    }
-  }
+  expectOutcome({flatPage(13, 9, 255), flatPage(8, 16, 200)},
+                {0, jobStart() + solidPage(13, 9) + solidPage(8, 16) + jobEnd(),
+                 startLines() + pageLines(1, 13, 9) + pageLines(2, 8, 16) + kReady});
 }
 
 // Standard input holds a page too, which must not be read.
@@ -155,14 +172,9 @@ TEST(FilterRun, DepthOtherThan8EndsTheRunAtOnce) {
     page.pixels.assign(8 * depth, '\xFF');
     const Lines refused = {"ERROR:Unsupported bits per pixel : " + std::to_string(depth) +
                            " ! Requires 8 bits per pixel!"};
-    const auto first = runFilterJob(jobOf({page}));
-    EXPECT_TRUE(first.exited(1));
-    EXPECT_EQ(hexOf(first.out), hexOf(jobStart()));
-    EXPECT_EQ(lines(first), startLines() + refused);
-    const auto second = runFilterJob(jobOf({flatPage(8, 8, 255), page}));
-    EXPECT_TRUE(second.exited(1));
-    EXPECT_EQ(hexOf(second.out), hexOf(jobStart() + solidPage(8, 8)));
-    EXPECT_EQ(lines(second), startLines() + pageLines(1, 8, 8) + refused);
+    expectOutcome({page}, {1, jobStart(), startLines() + refused});
+    expectOutcome({flatPage(8, 8, 255), page},
+                  {1, jobStart() + solidPage(8, 8), startLines() + pageLines(1, 8, 8) + refused});
   }
 }
 
@@ -170,42 +182,38 @@ TEST(FilterRun, DepthOtherThan8EndsTheRunAtOnce) {
 TEST(FilterRun, PageOfNoHeightEndsTheJobInTheOrdinaryWay) {
   RasterPage page = flatPage(8, 8, 255);
   page.header.cupsHeight = 0;
-  const auto alone = runFilterJob(jobOf({page}));
-  EXPECT_TRUE(alone.exited(1));
-  EXPECT_EQ(alone.out, jobStart() + jobEnd());
-  EXPECT_EQ(lines(alone), startLines() + kNoPages);
-  const auto second = runFilterJob(jobOf({flatPage(8, 8, 255), page}));
-  EXPECT_TRUE(second.exited(0));
-  EXPECT_EQ(second.out, jobStart() + solidPage(8, 8) + jobEnd());
-  EXPECT_EQ(lines(second), startLines() + pageLines(1, 8, 8) + kReady);
+  expectOutcome({page}, {1, jobStart() + jobEnd(), startLines() + kNoPages});
+  expectOutcome({flatPage(8, 8, 255), page}, {0, jobStart() + solidPage(8, 8) + jobEnd(),
+                                              startLines() + pageLines(1, 8, 8) + kReady});
+}
+
+// The lines of startLines() with one of the options at another choice than 0.
+Lines withChoice(Lines lines, const std::string& keyword, const std::string& choice) {
+  const std::string line = "DEBUG:getOptionChoiceIndex: " + keyword + " = ";
+  std::replace(lines.begin(), lines.end(), line + "0", line + choice);
+  return lines;
 }
 
 TEST(FilterRun, PixelsThatEndTooEarlyAfterTwoGoodPages) {
   RasterPage broken = flatPage(8, 8, 255);
   broken.pixels.resize(63);
-  FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255), broken});
-  job.options = "Buzzer1Setting=1 Buzzer1OnTime=2 Buzzer1Repeat=3";
-  const auto result = runFilterJob(job);
-  EXPECT_TRUE(result.exited(0));
   const std::string buzzer = fromHex("1B420302");
   const std::string start = std::string(64, '\0') + fromHex("1B40 1F1B1F4265657008 1B5500");
-  EXPECT_EQ(hexOf(result.out),
-            hexOf(start + buzzer + solidPage(8, 8) + buzzer + solidPage(8, 8) + buzzer + jobEnd()));
-  const Lines tail = {"DEBUG:Try print page: 3 1", "ERROR:Failed to get 3 page data!",
-                      "DEBUG:Ready to print."};
-  const Lines all = lines(result);
-  ASSERT_GE(all.size(), 3U);
-  EXPECT_EQ(Lines(all.end() - 3, all.end()), tail);
+  Lines messages = withChoice(startLines(), "Buzzer1Setting", "1");
+  messages = withChoice(messages, "Buzzer1OnTime", "2");
+  messages = withChoice(messages, "Buzzer1Repeat", "3");
+  const Lines failed = {"DEBUG:Try print page: 3 1", "ERROR:Failed to get 3 page data!"};
+  expectOutcome({flatPage(8, 8, 255), flatPage(8, 8, 255), broken},
+                {0, start + buzzer + solidPage(8, 8) + buzzer + solidPage(8, 8) + buzzer + jobEnd(),
+                 messages + pageLines(1, 8, 8) + pageLines(2, 8, 8) + failed + kReady},
+                "Buzzer1Setting=1 Buzzer1OnTime=2 Buzzer1Repeat=3");
 }
 
 TEST(FilterRun, PixelsThatEndTooEarlyOnTheFirstPage) {
   RasterPage broken = flatPage(8, 8, 255);
   broken.pixels.resize(1);
-  const auto result = runFilterJob(jobOf({broken}));
-  EXPECT_TRUE(result.exited(1));
-  EXPECT_EQ(result.out, jobStart() + jobEnd());
   const Lines failed = {"DEBUG:Try print page: 1 1", "ERROR:Failed to get 1 page data!"};
-  EXPECT_EQ(lines(result), startLines() + failed + kNoPages);
+  expectOutcome({broken}, {1, jobStart() + jobEnd(), startLines() + failed + kNoPages});
 }
 
 // 204 points at 203 dpi are 575 pixels; of 600 the bytes 12 to 586 are printed.

@@ -76,8 +76,8 @@ std::string compressedPixels(const std::string& pixels, std::size_t rowBytes) {
   for (std::size_t at = 0; at < pixels.size();) {
     const std::string row = pixels.substr(at, rowBytes);
     std::size_t same = 1;
-    while (same < 256 && pixels.compare(at + same * rowBytes, rowBytes, row) == 0 &&
-           at + (same + 1) * rowBytes <= pixels.size()) {
+    while (same < 256 && at + (same + 1) * rowBytes <= pixels.size() &&
+           pixels.compare(at + same * rowBytes, rowBytes, row) == 0) {
       ++same;
     }
     out += static_cast<char>(same - 1);
