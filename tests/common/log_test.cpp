@@ -44,6 +44,14 @@ TEST(Log, EmptyMessageIsTheKeywordAlone) {
   EXPECT_EQ(GetCapturedStderr(), "DEBUG:\n");
 }
 
+TEST(Log, EmptyFormatIsTheKeywordAlone) {
+  // A compiler that looks at the format warns of an empty one.
+  void (*const log)(int, const char*, ...) = wrenLogCommon;
+  CaptureStderr();
+  log(3, "");
+  EXPECT_EQ(GetCapturedStderr(), "ERROR:\n");
+}
+
 TEST(Log, NewlineOfTheMessageGivesAnEmptyLineAfterIt) {
   CaptureStderr();
   wrenLogCommon(0, "getOptionChoiceIndex: %s = %d\n", "PageType", 1);
