@@ -14,12 +14,13 @@ halftones_command() {
   local brightness=(-20 -10 0 10 20)
   read_halftones_arguments "$@"
   check_document "$file"
-  need build chain picture
-  build_for_printing
-
   local ppd="$WREN_ROOT/build/release/ppd/wren$paper.ppd" stem work
   stem=$(basename -- "$file")
   out=${out:-$WREN_ROOT/build/halftones/${stem%.*}.png}
+  keep_document "$file" "$out"
+  need build chain picture
+  build_for_printing
+
   mkdir -p "$(dirname -- "$out")"
   check_job_options "$ppd"
   check_brightness "$ppd"

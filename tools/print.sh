@@ -9,21 +9,32 @@ print_command() {
   local verb=print file="" copies=1 paper=80 out="" raster="" job_options=()
   read_print_arguments "$@"
   check_document "$file"
-  need build chain
-  build_for_printing
-
   local stem ppd="$WREN_ROOT/build/release/ppd/wren$paper.ppd" option
   stem=$(basename -- "$file")
   stem=$WREN_ROOT/build/print/${stem%.*}
+  out=${out:-$stem.prn}
+  keep_document "$file" "$out" "$(picture_of "$out")" "$raster"
+  need build chain
+  build_for_printing
+
   mkdir -p "$WREN_ROOT/build/print"
   check_job_options "$ppd"
   local arguments=(--filter "$WREN_ROOT/build/release/filter/rastertowren" --ppd "$ppd"
     --type "$(document_type "$file")" --copies "$copies"
-    --out "${out:-$stem.prn}" --images "$stem.images")
+    --out "$out" --images "$stem.images")
   [[ -z $raster ]] || arguments+=(--raster "$raster")
   for option in "${job_options[@]}"; do arguments+=(-o "$option"); done
   "$WREN_ROOT/tools/chain" "${arguments[@]}" -- "$file"
-  draw_paper "${out:-$stem.prn}"
+  draw_paper "$out"
+}
+
+# keep_document DOCUMENT PATH...: none of what is written may take its place.
+keep_document() {
+  local document=$1 path
+  shift
+  for path in "$@"; do
+    [[ ! $path -ef $document ]] || fail_usage "'$path' is the document itself; nothing may be written there"
+  done
 }
 
 # The filter with its PPDs and the preview; the filter's twin where tools/spool.sh needs it.
@@ -35,11 +46,14 @@ build_for_printing() {
 
 # Shows the paper that the printer bytes give, as a picture beside them.
 draw_paper() {
-  local picture=${1%.prn}.png
+  local picture
+  picture=$(picture_of "$1")
   "$WREN_ROOT/build/release/escpos/preview/wren-preview" "$1" --marks -o "$picture" >/dev/null ||
     fail "$STATUS_FAILED" "the printer bytes cannot be read back whole: $1"
   say "picture: $picture"
 }
+
+picture_of() { printf '%s' "${1%.prn}.png"; }
 
 # Fills the variables of print_command, and of others that take the same arguments.
 read_print_arguments() {

@@ -37,6 +37,13 @@ refuses 2 "-n wants a number of copies" print good.txt -n 0
 refuses 2 "-n wants a number of copies" print good.txt -n two
 refuses 2 "--paper wants 58, 80 or 112" print good.txt --paper 79
 refuses 2 "-o wants NAME=VALUE" print good.txt -o Brightness
+cp half.png logo.png
+refuses 2 "'good.txt' is the document itself" print good.txt --out good.txt
+refuses 2 "'good.txt' is the document itself" print good.txt --raster good.txt
+refuses 2 "'logo.png' is the document itself" print logo.png --out logo.prn
+refuses 2 "'logo.png' is the document itself" print "$PWD/logo.png" --out logo
+refuses 2 "'logo.png' is the document itself" halftones logo.png --out logo.png
+cmp half.png logo.png || failed=1
 refuses 2 "halftones wants a FILE" halftones
 refuses 2 "halftones wants one FILE" halftones good.txt empty
 refuses 2 "halftones has no option '-n'" halftones good.txt -n 2
@@ -47,6 +54,7 @@ refuses 3 "there is no file 'gone.pdf'" halftones gone.pdf
 refuses 2 "package has no argument 'x'" package x
 refuses 2 "add-queue wants NAME URI" add-queue till
 refuses 2 "unlike 'my till'" add-queue "my till" usb://Wren/80
+refuses 2 "unlike '-till'" add-queue -till usb://Wren/80
 refuses 2 "unlike '/dev/usb/lp0'" add-queue till /dev/usb/lp0
 refuses 2 "not '79'" add-queue till usb://Wren/80 79
 refuses 2 "remove-queue wants NAME" remove-queue
