@@ -94,9 +94,11 @@ check_spool_folder() {
     finding "there is no $folder, so no debug images are written" "sudo install -d -o root -g lp -m 1770 $folder"
     return
   fi
-  kilobytes=$(find "$folder" -maxdepth 1 -name '*_*.bmp' -printf '%k\n' | awk '{ sum += $1 } END { print sum + 0 }')
+  kilobytes=$(find "$folder" -maxdepth 1 \( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \) -printf '%k\n' |
+    awk '{ sum += $1 } END { print sum + 0 }')
   if ((kilobytes > 200000)); then
-    finding "$folder holds $((kilobytes / 1000)) MB of debug images" "sudo find $folder -maxdepth 1 -name '*_*.bmp' -delete"
+    finding "$folder holds $((kilobytes / 1000)) MB of debug images" \
+      "sudo find $folder -maxdepth 1 \\( -name 'origin_*.bmp' -o -name 'dithered_*.bmp' \\) -delete"
   else
     good "$folder holds $((kilobytes / 1000)) MB of debug images"
   fi
@@ -192,6 +194,7 @@ host_and_port() {
     https) port=443 ;;
     *) port=631 ;;
   esac
-  [[ $rest != *:* ]] || port=${rest##*:}
-  echo "${rest%:*} $port"
+  # An IPv6 address stands in brackets, for its own colons.
+  [[ $rest =~ ^(\[([^]]*)\]|[^:]*)(:([0-9]+))?$ ]] || return 0
+  echo "${BASH_REMATCH[2]:-${BASH_REMATCH[1]}} ${BASH_REMATCH[4]:-$port}"
 }

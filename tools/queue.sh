@@ -15,19 +15,21 @@ readonly QUEUE_DEFAULTS=(position=top pdfAutoRotate=no orientation-requested=3)
 
 add_queue_command() {
   (($# == 2 || $# == 3)) || fail_usage "add-queue wants NAME URI [58|80|112]"
-  local name=$1 uri=$2 paper=${3:-80} setting arguments=()
-  [[ $name =~ ^[A-Za-z0-9_-]+$ ]] || fail_usage "a queue name has letters, digits, _ and -, unlike '$name'"
+  local name=$1 uri=$2 paper=${3:-80} setting answer taken=yes arguments=()
+  [[ $name =~ ^[A-Za-z0-9_][A-Za-z0-9_-]*$ ]] || fail_usage "a queue name has letters, digits, _ and -, unlike '$name'"
   [[ $uri =~ ^[a-z][a-z0-9]*: ]] || fail_usage "a device URI begins with its scheme, such as usb: or socket:, unlike '$uri'"
   [[ $paper =~ ^(58|80|112)$ ]] || fail_usage "the paper is 58, 80 or 112 mm wide, not '$paper'"
   need chain
   is_installed || install_here
   scheduler_runs || fail "$STATUS_FAILED" "the scheduler does not run; start it with: $(start_scheduler_hint)"
+  ! lpstat -p "$name" >/dev/null 2>&1 || is_ours "$name" ||
+    fail "$STATUS_FAILED" "there is a queue '$name' already, not one of Wren's; take another name, or remove it with: lpadmin -x $name"
   for setting in "${QUEUE_DEFAULTS[@]}"; do
     arguments+=(-o "${setting/=/-default=}")
   done
-  as_root lpadmin -p "$name" -E -v "$uri" -P "$INSTALLED_PPDS/wren$paper.ppd" "${arguments[@]}" 2>&1 |
-    grep -v 'drivers are deprecated' >&2 || true
-  lpstat -p "$name" >/dev/null 2>&1 || fail "$STATUS_FAILED" "the scheduler did not take the queue '$name'"
+  answer=$(as_root lpadmin -p "$name" -E -v "$uri" -P "$INSTALLED_PPDS/wren$paper.ppd" "${arguments[@]}" 2>&1) || taken=no
+  grep -vE '^$|drivers are deprecated' <<<"$answer" >&2 || true
+  [[ $taken == yes ]] || fail "$STATUS_FAILED" "the scheduler did not take the queue '$name'"
 }
 
 remove_queue_command() {

@@ -116,6 +116,8 @@ finds_faults_of_the_queue() {
 finds_faults_of_the_device() {
   lpadmin -p till -v socket://127.0.0.1:1/
   finds "the printer of 'till' does not answer at 127.0.0.1 port 1"
+  lpadmin -p till -v 'socket://[::1]:1/'
+  finds "the printer of 'till' does not answer at ::1 port 1"
   lpadmin -p till -v 'usb://Wren/80?serial=here'
   is_sound
   lpadmin -p till -v 'usb://Wren/80?serial=none'
@@ -129,9 +131,22 @@ finds_faults_of_the_spool_folder() {
   truncate -s 300M "$folder/origin_fill_1.bmp"
   is_sound
   rm "$folder/origin_fill_1.bmp"
+  # Room that is taken without being written; not every file system can.
+  if fallocate -l 210M "$folder/dithered_fill_1.bmp" 2>/dev/null; then
+    : >"$folder/another_program.bmp"
+    mends "$folder holds "
+    [[ -e $folder/another_program.bmp ]] || die "a file that is not Wren's was deleted"
+  fi
+  rm -f "$folder"/{dithered_fill_1,another_program}.bmp
   mv "$folder" kept
   finds "there is no $folder, so no debug images are written"
   mv kept "$folder"
+  is_sound
+}
+
+says_what_the_scheduler_refuses() {
+  expect_status 1 ./wren add-queue till nosuch://127.0.0.1/ 80
+  expect_words "the scheduler did not take the queue 'till'"
   is_sound
 }
 
@@ -154,6 +169,8 @@ removes_only_its_own() {
   lpadmin -p other -E -v "$uri" -P other.ppd 2>/dev/null
   expect_status 1 ./wren remove-queue other
   expect_words "the queue 'other' is not one of Wren's"
+  expect_status 1 ./wren add-queue other "$uri" 80
+  expect_words "there is a queue 'other' already, not one of Wren's"
   lpadmin -x other
 }
 
@@ -163,5 +180,6 @@ finds_faults_of_the_ppds
 finds_faults_of_the_queue
 finds_faults_of_the_device
 finds_faults_of_the_spool_folder
+says_what_the_scheduler_refuses
 finds_a_stopped_scheduler
 removes_only_its_own

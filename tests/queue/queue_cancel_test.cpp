@@ -29,6 +29,8 @@ bool endsWith(const Bytes& bytes, const Bytes& end) {
 TEST(QueueCancel, ACancelledJobStopsAtABandAndIsCutAndTheNextOnePrints) {
   const auto whole = bench->print("wren80", kLongJob, "endless.pdf");
   ASSERT_EQ(whole.state, IPP_JSTATE_COMPLETED);
+  ASSERT_EQ(whole.runs.size(), 1U);
+  ASSERT_TRUE(whole.received == whole.runs[0].byHand);
 
   bench->printer.holdAfter(100'000);
   const int job = bench->submit("wren80", kLongJob, "endless.pdf");
