@@ -203,9 +203,10 @@ Sample noise(Random& random, std::size_t width, std::size_t height) {
   return sample;
 }
 
+constexpr std::size_t kPageKinds = 6;
+
 // What printed pages are made of, and what is hard on the clamping.
-void fillRandomly(Random& random, Sample& sample) {
-  const std::size_t kind = below(random, 6);
+void fill(Random& random, std::size_t kind, Sample& sample) {
   const auto base = static_cast<std::uint8_t>(random());
   const std::size_t right = below(random, 9);
   const std::size_t down = below(random, 9);
@@ -249,7 +250,7 @@ Bytes randomTone(Random& random) {
 
 Sample randomSample(Random& random) {
   Sample sample = noise(random, below(random, 71), 1 + below(random, 40));
-  fillRandomly(random, sample);
+  fill(random, below(random, kPageKinds), sample);
   if (below(random, 4) == 0) sample.tone = randomTone(random);
   sample.inPlace = below(random, 3) == 0;
   sample.bottomUp = !sample.inPlace && below(random, 3) == 0;
@@ -259,15 +260,21 @@ Sample randomSample(Random& random) {
   return sample;
 }
 
-TEST(DitherKernels, NoiseOfEverySize) {
+// Noise, gradients, and pages of black and white pixels.
+class DitherKernelsSmall : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(DitherKernelsSmall, EverySizeAndMethod) {
   Random random(1);
   for (std::size_t width = 0; width <= 70; ++width) {
     for (std::size_t height = 1; height <= 40; ++height) {
-      const auto method = static_cast<int>(2 + below(random, 5));
-      ASSERT_NO_FATAL_FAILURE(compare(noise(random, width, height), method));
+      Sample sample = noise(random, width, height);
+      fill(random, GetParam(), sample);
+      ASSERT_NO_FATAL_FAILURE(compareAllMethods(sample));
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Kinds, DitherKernelsSmall, testing::Values(0, 2, 3));
 
 // Sizes around those where the rows of the vector kernel come to be farther
 // apart than they must, and as wide as paper.

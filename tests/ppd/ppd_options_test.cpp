@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <set>
 #include <string>
@@ -193,7 +194,92 @@ TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
   EXPECT_STREQ(ppdFindAttr(ppd_, "cupsLanguages", nullptr)->value, "en de es fr ja zh_CN");
 }
 
+constexpr const char* kLanguages[] = {"de", "es", "fr", "ja", "zh_CN"};
+
+// The texts of a PPD by what stands before them, such as "de.DocCutType 1". CUPS keeps
+// those of one language only, so they are read from the file.
+std::map<std::string, std::string> textsOf(const std::string& path) {
+  std::map<std::string, std::string> texts;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    const auto slash = line.find('/');
+    const auto end = line.rfind(": \"");
+    if (line[0] != '*' || end == std::string::npos || slash > end) continue;
+    texts[line.substr(1, slash - 1)] = line.substr(slash + 1, end - slash - 1);
+  }
+  return texts;
+}
+
+class PpdTexts : public Ppd {
+ protected:
+  void SetUp() override {
+    Ppd::SetUp();
+    texts_ = textsOf(WREN_PPD_DIR "/wren" + std::to_string(GetParam().paperMm) + ".ppd");
+  }
+
+  // Empty when there is none.
+  std::string translation(const std::string& name, const std::string& choice) const {
+    const auto text = texts_.find(name + " " + choice);
+    return text == texts_.end() ? std::string() : text->second;
+  }
+
+ private:
+  std::map<std::string, std::string> texts_;
+};
+
+TEST_P(PpdTexts, HasEveryGroupOptionAndChoiceInEveryLanguage) {
+  for (const std::string language : kLanguages) {
+    SCOPED_TRACE(language);
+    for (const auto& [keyword, expected] : kExpected) {
+      EXPECT_NE(translation(language + ".Translation", expected.group), "");
+    }
+    for (const ppd_option_t* option = ppdFirstOption(ppd_); option != nullptr;
+         option = ppdNextOption(ppd_)) {
+      if (std::string(option->keyword) == "PageRegion") continue;  // not shown to anybody
+      SCOPED_TRACE(option->keyword);
+      EXPECT_NE(translation(language + ".Translation", option->keyword), "");
+      for (int i = 0; i < option->num_choices; ++i) {
+        const char* choice = option->choices[i].choice;
+        if (std::string(choice) == "Custom") continue;  // named by CUPS
+        EXPECT_NE(translation(language + "." + option->keyword, choice), "") << choice;
+      }
+    }
+  }
+}
+
+// The same step from name to method as in English, and the same numbers.
+TEST_P(PpdTexts, SaysTheSameInEveryLanguage) {
+  const std::vector<std::pair<const char*, const char*>> methods = {
+      {"FloydSteinberg", "4 x 4"}, {"Ordered", "Burkes"},           {"Burkes", "Stucki"},
+      {"Stucki", "Jarvis"},        {"JarvisJudiceNinke", "Sierra"}, {"Sierra", "Stevenson"},
+      {"StevensonArce", "Bayer"}};
+  for (const std::string language : kLanguages) {
+    SCOPED_TRACE(language);
+    for (const auto& [name, method] : methods) {
+      EXPECT_THAT(translation(language + ".HalftoneType", name), testing::HasSubstr(method));
+    }
+    for (const int value : {5, 10, 15, 20, 25}) {
+      const auto number = std::to_string(value);
+      const auto up = translation(language + ".Brightness", number);
+      const auto down = translation(language + ".Brightness", "-" + number);
+      EXPECT_THAT(up, testing::HasSubstr(number));
+      EXPECT_THAT(down, testing::HasSubstr(number));
+      EXPECT_NE(up, down);
+    }
+    for (const char* option :
+         {"PageCutType", "DocCutType", "CashDrawerSetting", "Buzzer1Setting"}) {
+      std::set<std::string> texts;
+      for (const char* choice : {"0", "1", "2"}) {
+        texts.insert(translation(language + "." + option, choice));
+      }
+      EXPECT_EQ(texts.size(), 3U) << option;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Printers, Ppd,
+                         testing::Values(Printer{58, 384}, Printer{80, 576}, Printer{112, 832}));
+INSTANTIATE_TEST_SUITE_P(Printers, PpdTexts,
                          testing::Values(Printer{58, 384}, Printer{80, 576}, Printer{112, 832}));
 
 }  // namespace

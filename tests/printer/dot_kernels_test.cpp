@@ -7,7 +7,10 @@
 
 #include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
+
+#include "tests/reference/page.h"
 
 namespace {
 
@@ -55,6 +58,45 @@ TEST(PackColumns, EqualsThePlainLoopAtEveryWidthHeightAndStride) {
       packColumnsPlain(band.data(), rows, stride, plain.data(), count);
       ASSERT_EQ(fast, plain) << count << " columns, " << rows << " rows";
     }
+  }
+}
+
+// One band of the literal version: the command's five bytes, then the columns.
+TEST(PackColumns, BothEqualTheLiteralVersionAtEveryWidthAndHeight) {
+  std::mt19937 random(4);
+  for (std::size_t count = 1; count <= 150; ++count) {
+    for (unsigned rows = 1; rows <= 8; ++rows) {
+      const Bytes band = noise(count * rows, random);
+      const Bytes command =
+          reference::doPrintImage(reference::PageOptions(), band.data(), rows, count).at(1).bytes;
+      const Bytes literal(command.begin() + 5, command.end());
+      Bytes fast(count);
+      Bytes plain(count);
+      packColumns(band.data(), rows, count, fast.data(), count);
+      packColumnsPlain(band.data(), rows, count, plain.data(), count);
+      ASSERT_EQ(fast, literal) << count << " columns, " << rows << " rows";
+      ASSERT_EQ(plain, literal) << count << " columns, " << rows << " rows";
+    }
+  }
+}
+
+// The literal version packs a whole page in place; a page of one row is enough here.
+TEST(PackWhiteBits, BothEqualTheLiteralVersionAtEveryWidth) {
+  std::mt19937 random(3);
+  for (std::size_t count = 1; count <= 600; ++count) {
+    const Bytes pixels = noise(count, random);
+    Bytes literal = pixels;
+    for (unsigned char& level : literal) level = level == 0 ? 255 : 0;  // it sets bits for ink
+    std::vector<std::string> log;
+    literal.resize(static_cast<std::size_t>(
+        reference::GrayToMono(static_cast<int>(count), 1, literal.data(), 0, log)));
+    if (count % 8 != 0) literal.back() |= static_cast<unsigned char>(0xFF >> count % 8);
+    Bytes fast(literal.size());
+    Bytes plain(literal.size());
+    packWhiteBits(pixels.data(), count, fast.data());
+    packWhiteBitsPlain(pixels.data(), count, plain.data());
+    ASSERT_EQ(fast, literal) << count;
+    ASSERT_EQ(plain, literal) << count;
   }
 }
 

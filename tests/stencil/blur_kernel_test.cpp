@@ -5,12 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <random>
 #include <vector>
 
 #include "stencil/gaussian.h"
 #include "stencil/unsharp.h"
+#include "tests/reference/stencil.h"
+#include "tests/stencil/test_pages.h"
 
 namespace {
 
@@ -96,6 +99,49 @@ TEST(BlurKernel, RedoesSumsOnTheRoundingEdge) {
   const std::vector<float> result = taps.fast(blur_weights(halves.data()));
   for (int x = 0; x < 256; ++x) {
     EXPECT_EQ(result[static_cast<std::size_t>(x)], static_cast<float>((x + x / 2 + 1) / 2)) << x;
+  }
+}
+
+Bytes bytesOf(const std::vector<float>& levels, int width) {
+  Bytes bytes;
+  for (int x = 0; x < width; ++x) {
+    bytes.push_back(static_cast<std::uint8_t>(levels[static_cast<std::size_t>(x)]));
+  }
+  return bytes;
+}
+
+// Fills the taps for one row of a pass: neighbours along the row or down the column,
+// and the border's own level beyond it.
+void gather(const QVImage& page, bool alongRow, int y, Taps& taps) {
+  for (int tap = 0; tap < kBlurTaps; ++tap) {
+    const int step = tap - kBlurTaps / 2;
+    for (int x = 0; x < page.width; ++x) {
+      const int column = std::clamp(x + (alongRow ? step : 0), 0, page.width - 1);
+      const int row = std::clamp(y + (alongRow ? 0 : step), 0, page.height - 1);
+      taps.at(tap, x) = static_cast<float>(pixelAt(page, column, row));
+    }
+  }
+}
+
+TEST(BlurKernel, BothEqualTheLiteralVersionOnEverySize) {
+  const BlurWeights weights = stencilWeights();
+  PageMaker maker(9);
+  for (const PageKind kind : kPageKinds) {
+    for (int width = 1; width <= 70; ++width) {
+      for (int height = 1; height <= 40; ++height) {
+        const QVImage page = maker.make(kind, width, height);
+        const bool alongRow = maker.next(2) == 0;
+        const reference::QVImage source(width, height, reference::QV_IMG_GRAY, page.data);
+        const auto literal =
+            reference::convolve1D(source, weights.exact.data(), kBlurTaps, alongRow);
+        const int y = static_cast<int>(maker.next(static_cast<unsigned>(height)));
+        Taps taps((width + 15) / 16 * 16);
+        gather(page, alongRow, y, taps);
+        const Bytes expected(literal.data + y * width, literal.data + (y + 1) * width);
+        ASSERT_EQ(bytesOf(taps.fast(weights), width), expected) << width << " x " << height;
+        ASSERT_EQ(bytesOf(taps.plain(weights), width), expected) << width << " x " << height;
+      }
+    }
   }
 }
 
