@@ -58,7 +58,10 @@ mends() {
 }
 
 adds_a_queue() {
+  # A second call changes the paper, the default size with it.
+  expect_status 0 ./wren add-queue till "$uri" 58
   expect_status 0 ./wren add-queue till "$uri" 80
+  grep -qx '\*DefaultPageSize: X80MMY200MM' "$DESTDIR/etc/cups/ppd/till.ppd" || die "the size is not that of the new paper"
   is_sound
   [[ -z $(lpstat -W all -o till) ]] || die "add-queue printed something"
   lpoptions -p till >answer
