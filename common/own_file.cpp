@@ -12,12 +12,13 @@ namespace {
 
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
-// Emptied only once it is known to be a plain file that has no second name: others may
-// have made this one as a hard link to a file that is not theirs to overwrite.
+// Emptied only once it is known to be a plain file of this user that has no second name:
+// others may have made this one to read it later, or as a hard link to a file that is not
+// theirs to overwrite.
 bool makeOwn(int descriptor) {
   struct stat status = {};
   if (fstat(descriptor, &status) != 0) return false;
-  if (!S_ISREG(status.st_mode) || status.st_nlink > 1) {
+  if (!S_ISREG(status.st_mode) || status.st_nlink > 1 || status.st_uid != geteuid()) {
     errno = EINVAL;
     return false;
   }

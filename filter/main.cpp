@@ -86,6 +86,7 @@ void endWithoutMemory() {
 int main(int argc, char** argv) {
   static char outputBuffer[1 << 16];
   installTermination();
+  std::signal(SIGXFSZ, SIG_IGN);  // an image beyond a limit is cut short, as on a full disk
   openClosedDescriptors();
   openWakeUpPipe();
   giveLargeBlocksBack();

@@ -65,6 +65,15 @@ TEST(OwnFile, IsEmptiedWhicheverDescriptorItGets) {
   EXPECT_EQ(readFile(path), "");
 }
 
+TEST(OwnFile, LeavesAFileOfAnotherUserAlone) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make a file of another user";
+  const TemporaryFolder folder;
+  const auto path = folder.write("theirs", "keep");
+  ASSERT_EQ(chown(path.c_str(), 65534, 65534), 0);
+  EXPECT_EQ(refused(path), EINVAL);
+  EXPECT_EQ(readFile(path), "keep");
+}
+
 TEST(OwnFile, FollowsNoSymbolicLink) {
   const TemporaryFolder folder;
   const auto target = folder.write("target", "keep");

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -173,6 +174,19 @@ TEST(Fault, FullSpoolFolderCostsNoPage) {
   job.spool = SpoolKind::kFull;
   const auto result = runFilterJob(job);
   EXPECT_TRUE(result.exited(0));
+  EXPECT_EQ(result.out, jobStart() + solidPage(576, 100) + solidPage(576, 100) + jobEnd());
+  expectLines(result, startLines() + pageLines(1, 576, 100) + pageLines(2, 576, 100) + kReady);
+}
+
+// By default a file that would grow beyond a limit of the process ends it.
+TEST(Fault, LimitOnTheSizeOfFilesCostsNoPage) {
+  FilterJob job = jobOf({flatPage(576, 100, 255), flatPage(576, 100, 255)});
+  job.beforeExec = [] {
+    const rlimit limit = {32768, 32768};  // half of an image of a page as it came
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  const auto result = runFilterJob(job);
+  EXPECT_TRUE(result.exited(0)) << "signal " << result.signal;
   EXPECT_EQ(result.out, jobStart() + solidPage(576, 100) + solidPage(576, 100) + jobEnd());
   expectLines(result, startLines() + pageLines(1, 576, 100) + pageLines(2, 576, 100) + kReady);
 }
