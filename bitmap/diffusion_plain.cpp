@@ -95,7 +95,7 @@ bool PlainDiffusion::allocate(BitmapAllocator allocator) {
   return true;
 }
 
-// The row's shares by one factor, in the place of those of three rows_ before.
+// The row's shares by one factor, in the place of those of three rows before.
 Share* PlainDiffusion::sharesOfRow(std::size_t y, std::size_t factor) {
   const std::size_t slot = y % kMaxReachRows * shares_.count + factor;
   return shareRows_ + slot * shareRowBytes_ + kMargin;

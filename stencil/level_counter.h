@@ -23,8 +23,8 @@ class LevelCounter {
  private:
   using Table = std::array<std::int32_t, 256>;
 
-  // Neighbouring pixels often have the same level; separate tables spare each
-  // increment the wait for the one before it.
+  // Neighbouring pixels often have the same level, and an increment waits for the one
+  // before it in the same place; with separate tables only every second one does.
   std::array<Table, 4> tables_{};
 };
 
