@@ -26,8 +26,8 @@
 
 /// Diffuses a page by one of the kernels for which it is instantiated: the five
 /// from kBurkes to kStevensonArce. The same dots as diffusePlain. Returns false,
-/// with nothing written, when there is no memory for its working bytes: for each
-/// pixel of a row, one for each different weight of the kernel and row it reaches.
+/// with nothing written, when there is no memory for its working bytes: 8 to 30,
+/// depending on the kernel, for each pixel of a row of 576.
 ///
 /// Defined where WREN_HAS_BYTE_VECTORS is (see bitmap/byte_vector.h).
 template <const DiffusionKernel& Kernel>
