@@ -96,7 +96,7 @@ struct Setup {
   std::string floorTwin;
   std::string ppd;
   std::string data;
-  int pairs = 11;
+  int pairs = 25;
   std::vector<Peer> peers;
 };
 

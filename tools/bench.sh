@@ -7,7 +7,7 @@
 bench_command() {
   case ${1:-} in
     --kernels) shift && bench_kernels "$@" ;;
-    "" | --pairs) bench_filter "${2:-11}" ;;
+    "" | --pairs) bench_filter "${2:-25}" ;;
     *) fail_usage "bench has no argument '$1'" ;;
   esac
 }
