@@ -5,22 +5,17 @@
 # front_door_prints_test.sh SOURCE_DIR BUILD_DIR
 #
 # ./wren print with each kind of document: the bytes are those of the chain, what is
-# said of them is true, and CUPS is asked for what a receipt wants. The front door runs
-# in a copy of its tree whose release build is the one under test, so that nothing is
-# built here, and a stand-in notes what CUPS is asked for before it asks.
+# said of them is true, and CUPS is asked for what a receipt wants. A stand-in notes what
+# CUPS is asked for before it asks.
 set -euo pipefail
 
 source_dir=$1 build_dir=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-mkdir -p "$work/tree/build" "$work/bin"
-cp -r "$source_dir/wren" "$source_dir/tools" "$work/tree"
-ln -s "$build_dir" "$work/tree/build/release"
-printf '#!/bin/sh\nexit 0\n' >"$work/bin/cmake"
+# shellcheck source=tests/print/front_door_copy.sh
+source "$source_dir/tests/print/front_door_copy.sh"
+copy_front_door "$source_dir" "$build_dir"
 cupsfilter=$(PATH=$PATH:/usr/sbin command -v cupsfilter)
 printf '#!/bin/sh\necho "$* " >%s\nexec %s "$@"\n' "$work/asked" "$cupsfilter" >"$work/bin/cupsfilter"
-chmod +x "$work/bin/cmake" "$work/bin/cupsfilter"
-export PATH=$work/bin:$PATH
+chmod +x "$work/bin/cupsfilter"
 cd "$work"
 
 die() {

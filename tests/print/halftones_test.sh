@@ -5,19 +5,13 @@
 # halftones_test.sh SOURCE_DIR BUILD_DIR
 #
 # ./wren halftones lays out nine papers, and each shows, dot by dot, what printing with
-# that halftone type gives. The front door runs in a copy of its tree whose release
-# build is the one under test, so that nothing is built here.
+# that halftone type gives.
 set -euo pipefail
 
 source_dir=$1 build_dir=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-mkdir -p "$work/tree/build" "$work/bin"
-cp -r "$source_dir/wren" "$source_dir/tools" "$work/tree"
-ln -s "$build_dir" "$work/tree/build/release"
-printf '#!/bin/sh\nexit 0\n' >"$work/bin/cmake"
-chmod +x "$work/bin/cmake"
-export PATH=$work/bin:$PATH
+# shellcheck source=tests/print/front_door_copy.sh
+source "$source_dir/tests/print/front_door_copy.sh"
+copy_front_door "$source_dir" "$build_dir"
 
 readonly PART=180x90+320+90 WIDTH=180 HEIGHT=90
 ppd=$build_dir/ppd/wren80.ppd
