@@ -56,7 +56,7 @@ Usage: ./wren COMMAND [ARGUMENTS]
         values, as one sheet of pictures to choose from. --crop, in dots, shows
         a part of the paper only.
   test [--all | --preset NAME | --arm64]
-        Lints, builds with warnings as errors and runs every test. --all adds the
+        Builds with warnings as errors, runs every test and lints. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
         runs the tests under qemu: every byte has to be the same there.
@@ -65,7 +65,8 @@ Usage: ./wren COMMAND [ARGUMENTS]
         nothing and with other printer filters (docs/PERFORMANCE.md), N times
         each. --kernels times the inner loops alone.
   lint
-        clang-tidy, cppcheck and shellcheck; part of test.
+        clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
+        of these tools than Debian 12's are advice and do not fail.
   fuzz [TARGET] [SECONDS]
         Feeds made-up input to one target of fuzz/, or to each of them.
   mutate [--list] [--count N] [FOLDER...]

@@ -6,7 +6,7 @@
 
 test_command() {
   case ${1:-} in
-    "") need build chain test lint && "$WREN_ROOT/tools/lint" && test_preset dev ;;
+    "") test_dev ;;
     --all) test_all ;;
     --arm64) test_arm64 ;;
     --preset) need build chain test && test_preset "${2:?--preset wants a name}" ;;
@@ -14,15 +14,21 @@ test_command() {
   esac
 }
 
+test_dev() {
+  need build chain test lint
+  test_preset dev
+  "$WREN_ROOT/tools/lint"
+}
+
 test_all() {
   need build chain test lint libcxx coverage
-  "$WREN_ROOT/tools/lint"
   local preset
   for preset in dev asan clang coverage; do
     say "== $preset"
     test_preset "$preset"
   done
   coverage_report
+  "$WREN_ROOT/tools/lint"
 }
 
 # Prints ctest's own closing lines; its whole output only when a test failed.

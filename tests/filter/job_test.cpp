@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/printer/recording_printer.h"
 #include "tests/support/filter_job.h"
 #include "tests/support/printer_bytes.h"

@@ -71,7 +71,11 @@ escpos::Paper Guide::paperOf(const std::string& document, const Options& jobOpti
 }
 
 double Guide::shareOfDots(const std::string& document, const Options& jobOptions) {
-  const auto paper = paperOf(document, jobOptions);
+  return shareOfDots(print(document, 80, jobOptions));
+}
+
+double Guide::shareOfDots(const Printed& printed) {
+  const auto paper = paperOf(printed);
   std::uint64_t rows = 0;
   std::uint64_t dots = 0;
   std::vector<std::uint8_t> row(576);

@@ -52,6 +52,7 @@ class Guide : public PrintChain {
   escpos::Paper paperOf(const std::string& document, const Options& jobOptions, int copies = 1);
 
   /// How much of the page is dots, from 0 to 1, the feeds at its end left out.
+  double shareOfDots(const Printed& printed);
   double shareOfDots(const std::string& document, const Options& jobOptions);
 
  private:

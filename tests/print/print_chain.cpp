@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "tests/print/job_files.h"
+#include "tests/support/filter_job.h"
 
 namespace print_chain {
 
@@ -57,6 +58,31 @@ Printed PrintChain::print(const std::string& document, int paper, const Options&
   EXPECT_EQ(std::system(command.c_str()), 0) << command;
   Printed printed{job_files::bytesOfFile(pathOf("out.prn")),
                   job_files::rasterPages(pathOf("in.ras")), job_files::ppdOptions(ppd)};
+  printed.options.job = jobOptions;
+  return printed;
+}
+
+std::string PrintChain::unpackStored(const std::string& name) {
+  const std::string command =
+      "gzip -dc " WREN_SOURCE_DIR "/tests/print/rasters/" + name + ".ras.gz >" + pathOf(name);
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  return pathOf(name);
+}
+
+std::vector<reference::Page> PrintChain::storedPages(const std::string& name) {
+  return job_files::rasterPages(unpackStored(name));
+}
+
+Printed PrintChain::printStored(const std::string& name, int paper, const Options& jobOptions) {
+  wren_test::FilterJob job;
+  job.ppdPath = WREN_PPD_DIR "/wren" + std::to_string(paper) + ".ppd";
+  job.raster = wren_test::readFile(unpackStored(name));
+  for (const auto& [option, value] : jobOptions) job.options += option + "=" + value + " ";
+  const auto result = wren_test::runFilterJob(job);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  Printed printed{{result.out.begin(), result.out.end()},
+                  job_files::rasterPages(pathOf(name)),
+                  job_files::ppdOptions(job.ppdPath)};
   printed.options.job = jobOptions;
   return printed;
 }

@@ -41,7 +41,17 @@ class PrintChain : public testing::Test {
   /// when the chain fails.
   Printed print(const std::string& document, int paper, const Options& jobOptions, int copies = 1);
 
+  /// The pages of tests/print/rasters/NAME.ras.gz: an example as one version of CUPS's filters
+  /// once drew it, for figures that depend on the last pixel (dev/make_rasters).
+  std::vector<reference::Page> storedPages(const std::string& name);
+
+  /// Sends those pages through the filter alone.
+  Printed printStored(const std::string& name, int paper, const Options& jobOptions);
+
  private:
+  /// Unpacks a stored raster into the folder of the test and returns its path.
+  std::string unpackStored(const std::string& name);
+
   std::filesystem::path folder_;
 };
 
