@@ -3,17 +3,18 @@
 //
 // wren-bench-floor job-id user title copies options file
 //
-// What printing costs when it computes nothing: takes a filter's arguments, opens
-// and marks the PPD, reads the raster with CUPS, measures the blank edges, and
-// writes as many bytes to standard output and to the two images of a page as the
-// filter does, each in one write. No page is halftoned: what comes out is not
-// printable. The time of a filter is stated as a multiple of this program's.
+// The lower limit for the time of a filter. It opens and marks the PPD, reads the raster with
+// CUPS, measures the blank edges, and writes as many bytes to standard output and to the two
+// debug images of a page as the filter, each in one write. Nothing is halftoned: the output is
+// not printable.
+
 #include <cups/ppd.h>
 #include <cups/raster.h>
 #include <fcntl.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,21 +25,21 @@ constexpr std::size_t kPrologueBytes = 64 + 2 + 8 + 3;
 constexpr std::size_t kEpilogueBytes = 8 + 2;
 constexpr std::size_t kGreyHeaderBytes = 54 + 1024;
 constexpr std::size_t kDotHeaderBytes = 54 + 8;
-// The filter's folder, and its twin's (printer/dump_names.cpp).
+// The folder of the filter's debug images; its twin uses another one.
 #ifndef WREN_SPOOL_FOLDER
 #define WREN_SPOOL_FOLDER "/var/spool/cups/tmp/"
 #endif
 constexpr const char* kFolder = WREN_SPOOL_FOLDER;
 
-// Memory that only grows, so that every page after the first finds its pages mapped.
+// Never shrinks: after the first page there are no page faults.
 struct Buffer {
-  unsigned char* bytes = nullptr;
+  std::uint8_t* bytes = nullptr;
   std::size_t size = 0;
 
-  unsigned char* atLeast(std::size_t wanted) {
+  std::uint8_t* atLeast(std::size_t wanted) {
     if (wanted > size) {
       std::free(bytes);
-      bytes = static_cast<unsigned char*>(std::malloc(wanted));
+      bytes = static_cast<std::uint8_t*>(std::malloc(wanted));
       size = wanted;
     }
     return bytes;
@@ -50,26 +51,27 @@ struct Trim {
   std::size_t rows;
 };
 
-bool isBlank(const unsigned char* row, std::size_t count) {
+bool isBlank(const std::uint8_t* row, std::size_t count) {
   return row[0] == 0 && std::memcmp(row, row + 1, count - 1) == 0;
 }
 
-Trim measure(const unsigned char* page, std::size_t pitch, std::size_t columns, std::size_t rows) {
+Trim measure(const std::uint8_t* page, std::size_t strideBytes, std::size_t columns,
+             std::size_t rows) {
   std::size_t end = rows;
-  while (end > 0 && isBlank(page + (end - 1) * pitch, columns)) --end;
+  while (end > 0 && isBlank(page + (end - 1) * strideBytes, columns)) --end;
   if (end == 0) return {0, rows};
   std::size_t first = 0;
-  while (first + 1 < end && isBlank(page + (first + 1) * pitch, columns)) ++first;
+  while (first + 1 < end && isBlank(page + (first + 1) * strideBytes, columns)) ++first;
   return {first, end - first};
 }
 
-void put(int descriptor, const unsigned char* bytes, std::size_t count) {
+void put(int descriptor, const std::uint8_t* bytes, std::size_t count) {
   if (write(descriptor, bytes, count) != static_cast<ssize_t>(count)) std::exit(1);
 }
 
-void writeImage(const char* kind, int number, std::size_t headerBytes, unsigned char* pixels,
+void writeImage(const char* kind, int number, std::size_t headerBytes, std::uint8_t* pixels,
                 std::size_t count) {
-  static unsigned char header[kGreyHeaderBytes];
+  static std::uint8_t header[kGreyHeaderBytes];
   char name[128];
   std::snprintf(name, sizeof name, "%s%s_%d.bmp", kFolder, kind, number);
   const int descriptor = open(name, O_RDWR | O_CREAT | O_TRUNC, 0666);
@@ -94,7 +96,7 @@ double maxMediaWidth(const char* options) {
   return points;
 }
 
-// The bytes of the bands of a page and of the commands around them.
+// Bytes of the bands of a page and of the commands around them.
 std::size_t printerBytes(std::size_t columns, std::size_t rows) {
   const std::size_t bands = (rows + 7) / 8;
   return 2 + bands * (5 + columns + 3) + 3;
@@ -102,20 +104,20 @@ std::size_t printerBytes(std::size_t columns, std::size_t rows) {
 
 void printPage(Buffer& page, Buffer& output, const cups_page_header2_t& header, double points,
                int number) {
-  const std::size_t pitch = header.cupsBytesPerLine;
+  const std::size_t strideBytes = header.cupsBytesPerLine;
   const auto printable = static_cast<std::size_t>(points / 72.0 * header.HWResolution[0]);
-  const std::size_t columns = printable > 0 && pitch > printable ? printable : pitch;
-  if (columns < pitch) {
+  const std::size_t columns = printable > 0 && strideBytes > printable ? printable : strideBytes;
+  if (columns < strideBytes) {
     for (std::size_t y = 0; y < header.cupsHeight; ++y) {
-      unsigned char* row = page.bytes + y * pitch;
-      std::memmove(row, row + (pitch - columns) / 2, columns);
+      std::uint8_t* row = page.bytes + y * strideBytes;
+      std::memmove(row, row + (strideBytes - columns) / 2, columns);
     }
   }
-  const Trim trim = measure(page.bytes, pitch, columns, header.cupsHeight);
-  writeImage("origin", 2 * number, kGreyHeaderBytes, page.bytes, pitch * header.cupsHeight);
-  const std::size_t dotRowBytes = (pitch + 31) / 32 * 4;
+  const Trim trim = measure(page.bytes, strideBytes, columns, header.cupsHeight);
+  writeImage("origin", 2 * number, kGreyHeaderBytes, page.bytes, strideBytes * header.cupsHeight);
+  const std::size_t dotRowBytes = (strideBytes + 31) / 32 * 4;
   const std::size_t outputBytes = printerBytes(columns, trim.rows);
-  unsigned char* bytes = output.atLeast(outputBytes + dotRowBytes * trim.rows);
+  std::uint8_t* bytes = output.atLeast(outputBytes + dotRowBytes * trim.rows);
   writeImage("dithered", 2 * number + 1, kDotHeaderBytes, bytes, dotRowBytes * trim.rows);
   put(STDOUT_FILENO, bytes, outputBytes);
 }
@@ -130,7 +132,7 @@ int main(int argc, char** argv) {
   const int input = open(argv[6], O_RDONLY);
   if (input == -1) return 1;
   const double points = maxMediaWidth(argv[5]);
-  static const unsigned char commands[kPrologueBytes] = {};
+  static const std::uint8_t commands[kPrologueBytes] = {};
   put(STDOUT_FILENO, commands, kPrologueBytes);
   cups_raster_t* stream = cupsRasterOpen(input, CUPS_RASTER_READ);
   cups_page_header2_t header;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The inner loops alone, each beside the slow version that the tests hold it to.
-// Every case handles one page; the rate that is shown is in pixels per second.
+// The kernels of a page alone, each next to its reference implementation or scalar kernel. One
+// iteration handles one page; items are pixels.
+
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -19,7 +20,7 @@
 
 namespace {
 
-using bench::Page;
+using wren::bench::Page;
 
 constexpr int kWidth = 576;
 constexpr int kHeight = 1200;
@@ -27,8 +28,8 @@ constexpr int kHeight = 1200;
 const Page& receipt() {
   static const Page page = [] {
     Page drawn(kWidth, kHeight);
-    bench::Noise noise(1);
-    bench::drawReceipt(drawn, 0, kHeight, noise);
+    wren::bench::Noise noise(1);
+    wren::bench::drawReceipt(drawn, 0, kHeight, noise);
     return drawn;
   }();
   return page;
@@ -37,18 +38,18 @@ const Page& receipt() {
 const Page& photo() {
   static const Page page = [] {
     Page drawn(kWidth, kHeight);
-    bench::Noise noise(3);
-    bench::drawPhoto(drawn, noise);
+    wren::bench::Noise noise(3);
+    wren::bench::drawPhoto(drawn, noise);
     return drawn;
   }();
   return page;
 }
 
-// Dots as a halftone method leaves them.
+// A bilevel page.
 const Page& dots() {
   static const Page page = [] {
     Page drawn = photo();
-    for (unsigned char& pixel : drawn.pixels) pixel = pixel > 128 ? 255 : 0;
+    for (std::uint8_t& pixel : drawn.pixels) pixel = pixel > 128 ? 255 : 0;
     return drawn;
   }();
   return page;
@@ -62,7 +63,7 @@ const char* const kMethods[] = {"threshold", "ordered", "Burkes",         "Stuck
                                 "Jarvis",    "Sierra",  "Stevenson-Arce", "Bayer"};
 
 void dither(benchmark::State& state, int method, const Page& page) {
-  std::vector<unsigned char> out(page.pixels.size());
+  std::vector<std::uint8_t> out(page.pixels.size());
   DitherPage job;
   job.levels = page.pixels.data();
   job.dots = out.data();
@@ -104,11 +105,11 @@ void stencilReference(benchmark::State& state, const Page& page) {
   countPixels(state);
 }
 
-using PackColumns = void (*)(const unsigned char*, unsigned, std::size_t, unsigned char*,
+using PackColumns = void (*)(const std::uint8_t*, unsigned, std::size_t, std::uint8_t*,
                              std::size_t);
 
 void columns(benchmark::State& state, PackColumns pack) {
-  std::vector<unsigned char> band(kWidth);
+  std::vector<std::uint8_t> band(kWidth);
   for (auto _ : state) {
     for (int y = 0; y < kHeight; y += 8) {
       pack(dots().pixels.data() + y * kWidth, 8, kWidth, band.data(), kWidth);
@@ -118,10 +119,10 @@ void columns(benchmark::State& state, PackColumns pack) {
   countPixels(state);
 }
 
-using PackBits = void (*)(const unsigned char*, std::size_t, unsigned char*);
+using PackBits = void (*)(const std::uint8_t*, std::size_t, std::uint8_t*);
 
 void whiteBits(benchmark::State& state, PackBits pack) {
-  std::vector<unsigned char> row(kWidth / 8);
+  std::vector<std::uint8_t> row(kWidth / 8);
   for (auto _ : state) {
     for (int y = 0; y < kHeight; ++y) {
       pack(dots().pixels.data() + y * kWidth, kWidth, row.data());
@@ -131,7 +132,7 @@ void whiteBits(benchmark::State& state, PackBits pack) {
   countPixels(state);
 }
 
-// A page without content: the counter has to see all of it.
+// A blank page: the counter has to read all of it.
 template <typename Counter>
 void blankLines(benchmark::State& state, Counter count) {
   const Page blank(kWidth, kHeight);
@@ -149,7 +150,7 @@ void registerDithers() {
     benchmark::RegisterBenchmark((name + "/receipt").c_str(), [=](benchmark::State& state) {
       dither(state, method, receipt());
     });
-    benchmark::RegisterBenchmark((name + "/photo/literal").c_str(), [=](benchmark::State& state) {
+    benchmark::RegisterBenchmark((name + "/photo/reference").c_str(), [=](benchmark::State& state) {
       ditherReference(state, method, photo());
     });
   }
@@ -160,15 +161,16 @@ void registerOthers() {
   using benchmark::State;
   RegisterBenchmark("stencil/photo", [](State& state) { stencil(state, photo()); });
   RegisterBenchmark("stencil/receipt", [](State& state) { stencil(state, receipt()); });
-  RegisterBenchmark("stencil/photo/literal",
+  RegisterBenchmark("stencil/photo/reference",
                     [](State& state) { stencilReference(state, photo()); });
   RegisterBenchmark("columns", [](State& state) { columns(state, packColumns); });
-  RegisterBenchmark("columns/plain", [](State& state) { columns(state, packColumnsPlain); });
+  RegisterBenchmark("columns/scalar", [](State& state) { columns(state, packColumnsPlain); });
   RegisterBenchmark("white-bits", [](State& state) { whiteBits(state, packWhiteBits); });
-  RegisterBenchmark("white-bits/plain", [](State& state) { whiteBits(state, packWhiteBitsPlain); });
+  RegisterBenchmark("white-bits/scalar",
+                    [](State& state) { whiteBits(state, packWhiteBitsPlain); });
   RegisterBenchmark("blank-lines",
                     [](State& state) { blankLines(state, wrenImageCountBlankLinesFromBack); });
-  RegisterBenchmark("blank-lines/literal", [](State& state) {
+  RegisterBenchmark("blank-lines/reference", [](State& state) {
     blankLines(state, reference::wrenImageCountBlankLinesFromBack);
   });
 }

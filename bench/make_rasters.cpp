@@ -3,18 +3,20 @@
 //
 // wren-bench-rasters FOLDER
 //
-// Writes the rasters that `./wren bench` prints, uncompressed:
-//   empty.ras  no page
-//   R1.ras     20 receipts of 576 x 1200
+// Writes the uncompressed rasters of `./wren bench`:
+//   empty.ras    no page
+//   R1.ras       20 receipts of 576 x 1200
 //   R1-long.ras  100 such receipts
-//   R2.ras     one roll of 576 x 40000
-//   R3.ras     20 photos of 832 x 2000
-// and beside each NAME.1bit.ras, the same pages cut at 128 and packed to one bit
-// per pixel, for printer filters that only encode.
+//   R2.ras       one roll of 576 x 40000
+//   R3.ras       20 photos of 832 x 2000
+// and for each NAME.1bit.ras, the same pages thresholded at 128 with one bit per pixel, for
+// printer filters that only encode.
+
 #include <cups/raster.h>
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -22,10 +24,10 @@
 
 namespace {
 
-using bench::Noise;
-using bench::Page;
+using wren::bench::Noise;
+using wren::bench::Page;
 
-// One raster file that is being written.
+// An open raster file; closed by the destructor.
 class RasterFile {
  public:
   explicit RasterFile(const std::string& path)
@@ -60,18 +62,18 @@ cups_page_header2_t headerOf(const Page& page, unsigned bitsPerPixel) {
   header.cupsBytesPerLine = (header.cupsWidth * bitsPerPixel + 7) / 8;
   header.cupsColorSpace = CUPS_CSPACE_K;
   header.cupsNumColors = 1;
-  header.cupsRowCount = 8;  // the peers write bands of eight rows too
+  header.cupsRowCount = 8;  // the peers write bands of eight rows as well
   header.cupsRowStep = 1;
   return header;
 }
 
-std::vector<unsigned char> packed(const Page& page) {
+std::vector<std::uint8_t> packed(const Page& page) {
   const std::size_t rowBytes = (static_cast<std::size_t>(page.width) + 7) / 8;
-  std::vector<unsigned char> bits(rowBytes * static_cast<std::size_t>(page.height));
+  std::vector<std::uint8_t> bits(rowBytes * static_cast<std::size_t>(page.height));
   for (int y = 0; y < page.height; ++y) {
-    const unsigned char* row = page.pixels.data() + static_cast<std::size_t>(y) * page.width;
+    const std::uint8_t* row = page.pixels.data() + static_cast<std::size_t>(y) * page.width;
     for (int x = 0; x < page.width; ++x) {
-      if (row[x] >= 128) bits[y * rowBytes + x / 8] |= static_cast<unsigned char>(0x80 >> x % 8);
+      if (row[x] >= 128) bits[y * rowBytes + x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
     }
   }
   return bits;
@@ -80,7 +82,7 @@ std::vector<unsigned char> packed(const Page& page) {
 bool RasterFile::write(const Page& page, unsigned bitsPerPixel) {
   cups_page_header2_t header = headerOf(page, bitsPerPixel);
   if (cupsRasterWriteHeader2(stream_, &header) == 0) return false;
-  std::vector<unsigned char> bytes = bitsPerPixel == 8 ? page.pixels : packed(page);
+  std::vector<std::uint8_t> bytes = bitsPerPixel == 8 ? page.pixels : packed(page);
   const auto count = static_cast<unsigned>(bytes.size());
   return cupsRasterWritePixels(stream_, bytes.data(), count) == count;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "bench/measured_run.h"
 
 #include <fcntl.h>
@@ -18,12 +19,12 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace bench {
+namespace wren::bench {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Where the programs find the spool folder, and their standard output beside it.
+// Where the programs write: standard output and debug images.
 struct Place {
   std::string output = "/var/spool/output";
   std::string images = "/var/spool/cups/tmp";
@@ -34,7 +35,7 @@ std::string failure(const char* what) {
   return std::string(what) + ": " + std::strerror(errno);
 }
 
-// Without root, a user namespace in which this user is root allows the mounts.
+// Without root, mounts need a user namespace in which this user is root.
 void mapUser(uid_t user, gid_t group) {
   std::ofstream("/proc/self/setgroups") << "deny";
   std::ofstream("/proc/self/uid_map") << "0 " << user << " 1";
@@ -124,4 +125,4 @@ double median(std::vector<double> values) {
   return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-}  // namespace bench
+}  // namespace wren::bench

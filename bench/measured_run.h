@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Runs one program at a time and measures what it used. All runs happen in a
-// mount namespace of their own in which /var/spool is an empty tmpfs, so that
-// the images written for every page cost every program the same and leave
-// nothing behind. Where nothing may be mounted, twins of the programs do the same
-// in a folder of the run. Linux only.
+// Runs one program at a time and measures its CPU time and memory. All runs share a private mount
+// namespace with an empty tmpfs on /var/spool: debug images cost every program the same and leave
+// nothing behind. Where mounts are refused, twins of the programs write to a temporary folder.
+// Linux only.
+
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace wren::bench {
 
-/// What one run of a program used and left.
+/// What one run of a program used and wrote.
 struct Usage {
   double cpuMs = 0;         ///< user and system time, milliseconds
   double peakMiB = 0;       ///< largest resident set, MiB
@@ -22,7 +22,7 @@ struct Usage {
   int status = 0;           ///< exit status, or 128 + the signal that ended it
 };
 
-/// A command line with the PPD that the program is given.
+/// The command line of a CUPS filter, and its PPD.
 struct Command {
   std::string program;
   std::string ppd;
@@ -30,13 +30,14 @@ struct Command {
   std::string raster;   ///< the input file, argument 6
 };
 
-/// Moves this process into its own mount namespace with an empty tmpfs on
-/// /var/spool that holds cups/tmp/. Returns an empty text or what went wrong.
+/// Moves this process into a mount namespace of its own, with an empty tmpfs on /var/spool that
+/// holds cups/tmp/.
+/// @return an empty text, or what went wrong.
 std::string enterPrivateSpool();
 
-/// Instead of the namespace: a new folder that becomes the working folder, with "spool" in it for
-/// the twins of the programs that write their images there. It lies in /dev/shm if it can. Throws
-/// std::runtime_error when it cannot be made; removed with the object.
+/// The fallback: a new working folder with a folder `spool` for the images of the twins, in
+/// /dev/shm if possible. Removed by the destructor. The constructor throws std::runtime_error when
+/// the folder cannot be created.
 class SpoolBelow {
  public:
   SpoolBelow();
@@ -50,11 +51,11 @@ class SpoolBelow {
   std::string folder_;
 };
 
-/// Runs `command` with standard output in a file of the spool and messages
-/// thrown away, waits for it, and empties the folder again.
+/// Runs `command` to its end, with standard output in a file of the spool and standard error in
+/// /dev/null, then deletes what it wrote. Call enterPrivateSpool or create a SpoolBelow first.
 Usage measure(const Command& command);
 
-/// The middle value (the mean of the middle two); `values` must not be empty.
+/// The middle value, or the mean of the middle two. `values` must not be empty.
 double median(std::vector<double> values);
 
-}  // namespace bench
+}  // namespace wren::bench

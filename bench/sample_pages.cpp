@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "bench/sample_pages.h"
 
 #include <algorithm>
 
-namespace bench {
+namespace wren::bench {
 namespace {
 
 constexpr int kCellWidth = 12;
@@ -14,7 +15,7 @@ constexpr int kGlyphColumns = 5;
 constexpr int kGlyphRows = 8;
 constexpr int kDot = 2;  // pixels per side of one dot of a glyph
 
-// The part of the page that one receipt may draw on.
+// The part of a page that belongs to one receipt.
 struct Strip {
   Page& page;
   int top;
@@ -22,7 +23,7 @@ struct Strip {
 
   void ink(int x, int y, int level) const {
     if (x < 0 || x >= page.width || y < 0 || y >= rows) return;
-    page.row(top + y)[x] = static_cast<unsigned char>(level);
+    page.row(top + y)[x] = static_cast<std::uint8_t>(level);
   }
   void box(int x, int y, int width, int height, int level) const {
     for (int j = 0; j < height; ++j) {
@@ -31,7 +32,7 @@ struct Strip {
   }
 };
 
-// Every glyph is the same wherever it stands, as in a real font.
+// A glyph number always gives the same shape, as in a font.
 void drawGlyph(const Strip& strip, int x, int y, int glyph, int level) {
   Noise shape(static_cast<std::uint64_t>(glyph) + 1000);
   std::uint64_t bits = shape.next();
@@ -63,7 +64,7 @@ void drawTextLine(const Strip& strip, int y, Noise& noise) {
   drawWord(strip, columns - 7, y, 6, level, noise);
 }
 
-// A disc whose grey grows from the edge to the middle.
+// A disc, darker towards its centre.
 void drawLogo(const Strip& strip, int centreY, int radius) {
   const int centreX = strip.page.width / 2;
   for (int dy = -radius; dy <= radius; ++dy) {
@@ -85,10 +86,11 @@ void drawBarcode(const Strip& strip, int y, int height, Noise& noise) {
   }
 }
 
-// Shades between the knots of a lattice, in integers so that every machine draws the same.
-class Shades {
+// Bilinear interpolation between random lattice points (value noise), in integers: every machine
+// draws the same.
+class Gradient {
  public:
-  Shades(const Page& page, int step, int depth, Noise& noise)
+  Gradient(const Page& page, int step, int depth, Noise& noise)
       : step_(step), columns_(page.width / step + 2) {
     const int rows = page.height / step + 2;
     knots_.reserve(static_cast<std::size_t>(columns_) * rows);
@@ -149,14 +151,14 @@ void drawReceipt(Page& page, int top, int rows, Noise& noise) {
 }
 
 void drawPhoto(Page& page, Noise& noise) {
-  const Shades broad(page, 128, 180, noise);
-  const Shades fine(page, 16, 60, noise);
+  const Gradient broad(page, 128, 180, noise);
+  const Gradient fine(page, 16, 60, noise);
   for (int y = 0; y < page.height; ++y) {
-    unsigned char* row = page.row(y);
+    std::uint8_t* row = page.row(y);
     for (int x = 0; x < page.width; ++x) {
-      row[x] = static_cast<unsigned char>(broad.at(x, y) + fine.at(x, y) + noise.below(13));
+      row[x] = static_cast<std::uint8_t>(broad.at(x, y) + fine.at(x, y) + noise.below(13));
     }
   }
 }
 
-}  // namespace bench
+}  // namespace wren::bench

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Draws the pages that the benchmarks print: receipts (lines of text, a grey
-// logo, a barcode, much white) and photos (smooth shades with sensor noise).
-// The same seed gives the same pages on every machine; nothing here judges
-// whether a page is printed correctly.
+// Draws the pages of the benchmarks: receipts (text, a grey logo, a bar code, mostly white) and
+// photos (smooth gradients with noise). The same seed gives the same pages on every machine.
+// Not for tests: nothing here says how a page must be printed.
+
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-namespace bench {
+namespace wren::bench {
 
-/// A small generator of repeatable noise (SplitMix64, public domain algorithm).
+/// Pseudo-random numbers: SplitMix64 (Steele, Lea and Flood 2014), with a fixed seed.
 class Noise {
  public:
   explicit Noise(std::uint64_t seed) : state_(seed) {}
@@ -27,22 +27,21 @@ class Noise {
   std::uint64_t state_;
 };
 
-/// A grey page: one byte per pixel, 0 bare paper to 255 full ink, rows of
-/// `width` bytes, top row first.
+/// A grey page: one byte per pixel, 0 paper to 255 full ink, rows of `width` bytes, top row first.
 struct Page {
   int width = 0;
   int height = 0;
-  std::vector<unsigned char> pixels;
+  std::vector<std::uint8_t> pixels;
 
   Page(int pageWidth, int pageHeight);
-  unsigned char* row(int y) { return pixels.data() + static_cast<std::size_t>(y) * width; }
+  std::uint8_t* row(int y) { return pixels.data() + static_cast<std::size_t>(y) * width; }
 };
 
-/// Draws a receipt into the rows from `top` on, `rows` of them (cut off where
-/// they do not suffice). The rows must be bare and the page at least 200 wide.
+/// Draws a receipt into rows `top` to `top + rows - 1`; what does not fit is cut off. The rows must
+/// be 0 and the page at least 200 pixels wide.
 void drawReceipt(Page& page, int top, int rows, Noise& noise);
 
-/// Fills the page with smooth shades of two scales and a little noise.
+/// Fills the page with gradients of two scales and a little noise.
 void drawPhoto(Page& page, Noise& noise);
 
-}  // namespace bench
+}  // namespace wren::bench

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Each stage and kernel of the stencil halftone against the literal version, on a
-// receipt and on a photo. "items" are pixels; both sides run the same loop, so the
-// ratio of two lines is the gain.
+// The stages and kernels of the stencil method next to the reference implementation, on a receipt
+// and on a photo. Both run in the same loop, so the ratio of two lines is the speed-up; items are
+// pixels.
 
 #include <benchmark/benchmark.h>
 
@@ -28,28 +28,29 @@
 
 namespace {
 
-using bench::Page;
 using benchmark::State;
+using wren::bench::Page;
 
 constexpr int kWidth = 832;
 constexpr int kHeight = 1200;
 constexpr int kThreshold = 128;
 
-Page drawn(void (*draw)(Page&, bench::Noise&)) {
+Page drawn(void (*draw)(Page&, wren::bench::Noise&)) {
   Page page(kWidth, kHeight);
-  bench::Noise noise(1);
+  wren::bench::Noise noise(1);
   draw(page, noise);
   return page;
 }
 
 const Page& receipt() {
-  static const Page page = drawn(
-      [](Page& target, bench::Noise& noise) { bench::drawReceipt(target, 0, kHeight, noise); });
+  static const Page page = drawn([](Page& target, wren::bench::Noise& noise) {
+    wren::bench::drawReceipt(target, 0, kHeight, noise);
+  });
   return page;
 }
 
 const Page& photo() {
-  static const Page page = drawn(bench::drawPhoto);
+  static const Page page = drawn(wren::bench::drawPhoto);
   return page;
 }
 
@@ -61,11 +62,11 @@ QVImage image(const Page& page) {
   return {kWidth, kHeight, QV_IMG_GRAY, page.pixels.data()};
 }
 
-reference::QVImage literalImage(const Page& page) {
+reference::QVImage referenceImage(const Page& page) {
   return {kWidth, kHeight, reference::QV_IMG_GRAY, page.pixels.data()};
 }
 
-// Times `stage`(image) and throws its result away.
+// Times `stage(source)`; its result is discarded.
 template <typename Image, typename Stage>
 void measure(State& state, Image source, Stage stage) {
   for (auto _ : state) {
@@ -75,14 +76,14 @@ void measure(State& state, Image source, Stage stage) {
   countPixels(state);
 }
 
-template <typename ProductStage, typename LiteralStage>
-void registerStage(const std::string& name, ProductStage product, LiteralStage literal) {
+template <typename ProductStage, typename ReferenceStage>
+void registerStage(const std::string& name, ProductStage product, ReferenceStage slow) {
   const auto add = [&](const std::string& suffix, const Page& page) {
     const std::string full = name + "/" + suffix;
     benchmark::RegisterBenchmark(
         full.c_str(), [=, &page](State& state) { measure(state, image(page), product); });
-    benchmark::RegisterBenchmark((full + "/literal").c_str(), [=, &page](State& state) {
-      measure(state, literalImage(page), literal);
+    benchmark::RegisterBenchmark((full + "/reference").c_str(), [=, &page](State& state) {
+      measure(state, referenceImage(page), slow);
     });
   };
   add("receipt", receipt());
@@ -126,7 +127,7 @@ void registerStages() {
   registerStage("qvTattooDithering", qvTattooDithering, reference::qvTattooDithering);
 }
 
-// One row of taps again and again: it stays in the nearest cache.
+// Always the same row: it stays in the L1 cache.
 void blurRow(State& state, decltype(&stencil::blur_taps) blur) {
   const stencil::BlurWeights weights = stencil::blur_weights(stencilKernel().data());
   std::vector<float> row(kWidth + stencil::kBlurTaps);
@@ -199,10 +200,10 @@ void registerOnPages(const char* name, void (*run)(State&, const Page&)) {
 void registerKernels() {
   using benchmark::RegisterBenchmark;
   RegisterBenchmark("blur_taps", [](State& state) { blurRow(state, stencil::blur_taps); });
-  RegisterBenchmark("blur_taps/plain",
+  RegisterBenchmark("blur_taps/scalar",
                     [](State& state) { blurRow(state, stencil::blur_taps_plain); });
   registerOnPages("diffusion/wavefront", diffuse<stencil::WavefrontDiffuser>);
-  registerOnPages("diffusion/plain", diffuse<stencil::PlainDiffuser>);
+  registerOnPages("diffusion/scalar", diffuse<stencil::PlainDiffuser>);
   registerOnPages("LevelCounter", countLevels);
   registerOnPages("SharpRows", sharpenRows);
   registerOnPages("stencil_page", wholePage);

@@ -2,20 +2,35 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren bench: the comparison that docs/PERFORMANCE.md explains.
+# ./wren bench: the measurements that docs/PERFORMANCE.md explains.
 
 bench_command() {
-  case ${1:-} in
-    --kernels) shift && bench_kernels "$@" ;;
-    "" | --pairs) bench_filter "${2:-25}" ;;
-    *) fail_usage "bench has no argument '$1'" ;;
-  esac
+  if [[ ${1:-} == --kernels ]]; then
+    bench_kernels "${@:2}"
+    return
+  fi
+  local pairs=25 against=()
+  while (($#)); do
+    case $1 in
+      --pairs) want_value "$@" && pairs=$2 && shift ;;
+      --against) want_value "$@" && against=(--against "$2") && check_program "$2" && shift ;;
+      *) fail_usage "bench has no argument '$1'" ;;
+    esac
+    shift
+  done
+  [[ $pairs =~ ^[1-9][0-9]{0,2}$ ]] || fail_usage "--pairs wants a number from 1 to 999, not '$pairs'"
+  bench_filter
 }
 
-# The times of the whole filter, as multiples of a program that computes nothing.
+# Another build of the filter; checked before anything is built.
+check_program() {
+  [[ -e $1 ]] || fail_usage "--against: there is no file '$1'"
+  [[ -f $1 && -x $1 ]] || fail_usage "--against: '$1' is not an executable program"
+}
+
+# Time and memory of the whole filter, with the variables of bench_command.
 bench_filter() {
-  local pairs=$1 bin=$WREN_ROOT/build/bench data=$WREN_ROOT/build/bench/data
-  [[ $pairs =~ ^[1-9][0-9]*$ ]] || fail_usage "--pairs wants a number"
+  local bin=$WREN_ROOT/build/bench data=$WREN_ROOT/build/bench/data
   need build chain bench
   build bench
   mkdir -p "$data"
@@ -26,7 +41,7 @@ bench_filter() {
   "$bin/bench/wren-bench-compare" --filter "$bin/filter/rastertowren" \
     --floor "$bin/bench/wren-bench-floor" --filter-twin "$bin/bench/wren-bench-filter-twin" \
     --floor-twin "$bin/bench/wren-bench-floor-twin" --ppd "$bin/ppd/wren112.ppd" --data "$data" \
-    --pairs "$pairs" "${peers[@]}" || fail "$STATUS_FAILED" "the comparison failed"
+    --pairs "$pairs" "${against[@]}" "${peers[@]}" || fail "$STATUS_FAILED" "the comparison failed"
 }
 
 # add_peer NAME BITS PPD DRV: adds to `peers` if the filter is installed.
@@ -42,7 +57,7 @@ add_peer() {
   fi
 }
 
-# The kernels alone, beside the slow versions that the tests hold them to.
+# The kernels alone, next to the reference implementation.
 bench_kernels() {
   need build bench
   build bench wren-bench-kernels

@@ -51,6 +51,12 @@ refuses 2 "halftones has no option '-x'" halftones good.txt -x
 refuses 2 "--crop wants WIDTHxHEIGHT+X+Y" halftones good.txt --crop 100
 refuses 2 "--brightness wants" halftones good.txt --brightness ""
 refuses 3 "there is no file 'gone.pdf'" halftones gone.pdf
+refuses 2 "bench has no argument '-x'" bench -x
+refuses 2 "--pairs wants a number from 1 to 999, not '0'" bench --pairs 0
+refuses 2 "--against wants a value" bench --against
+refuses 2 "--against: there is no file 'gone'" bench --against gone
+refuses 2 "--against: 'good.txt' is not an executable program" bench --against good.txt
+refuses 2 "--against: '.' is not an executable program" bench --against . --pairs 1
 refuses 2 "package has no argument 'x'" package x
 refuses 2 "add-queue wants NAME URI" add-queue till
 refuses 2 "unlike 'my till'" add-queue "my till" usb://Wren/80
