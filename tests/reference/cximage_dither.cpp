@@ -12,17 +12,17 @@ namespace reference {
 namespace {
 
 struct KernelEntry {
-  int64_t dx;
-  int64_t dy;
-  int64_t weight;
+  std::int64_t dx;
+  std::int64_t dy;
+  std::int64_t weight;
 };
 
 struct Kernel {
-  int64_t divisor;
-  std::vector<KernelEntry> entries;  // in the order in which they are applied
+  std::int64_t divisor;
+  std::vector<KernelEntry> entries;  // in the order of application
 };
 
-Kernel kernelOf(uint64_t method) {
+Kernel kernelOf(std::uint64_t method) {
   switch (method) {
     case 2:  // Burkes
       return {32, {{1, 0, 8}, {2, 0, 4}, {-2, 1, 2}, {-1, 1, 4}, {0, 1, 8}, {1, 1, 4}, {2, 1, 2}}};
@@ -87,13 +87,13 @@ Kernel kernelOf(uint64_t method) {
 
 }  // namespace
 
-bool CxImage::Dither(int64_t method) {
+bool CxImage::Dither(std::int64_t method) {
   if (dib == nullptr) return false;
   if (header.bitsPerPixel == 1) return true;
   CxImage result;
   result.CopyInfo(*this);
-  result.Create(static_cast<uint32_t>(header.width), static_cast<uint32_t>(header.height), 1,
-                info.imageType);
+  result.Create(static_cast<std::uint32_t>(header.width), static_cast<std::uint32_t>(header.height),
+                1, info.imageType);
   if (!result.IsValid()) {
     setLastError(result.GetLastError());
     return false;
@@ -114,21 +114,21 @@ bool CxImage::Dither(int64_t method) {
 }
 
 void CxImage::ditherThreshold(CxImage& result) const {
-  for (int64_t y = 0; y < header.height; ++y) {
-    for (int64_t x = 0; x < header.width; ++x) {
+  for (std::int64_t y = 0; y < header.height; ++y) {
+    for (std::int64_t x = 0; x < header.width; ++x) {
       result.SetPixelIndex(x, y, BlindGetPixelIndex(x, y) < 129 ? 0 : 255);
     }
   }
 }
 
 void CxImage::ditherOrdered(CxImage& result) const {
-  const int32_t matrix[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
-  const uint8_t output[2] = {0, 1};
-  for (int64_t y = 0; y < header.height; ++y) {
-    for (int64_t x = 0; x < header.width; ++x) {
-      const int32_t t = int32_t{BlindGetPixelIndex(x, y)} * 16 / 255;
-      const int32_t r = t % 16;
-      const int32_t q = t / 16;
+  const std::int32_t matrix[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+  const std::uint8_t output[2] = {0, 1};
+  for (std::int64_t y = 0; y < header.height; ++y) {
+    for (std::int64_t x = 0; x < header.width; ++x) {
+      const std::int32_t t = std::int32_t{BlindGetPixelIndex(x, y)} * 16 / 255;
+      const std::int32_t r = t % 16;
+      const std::int32_t q = t / 16;
       result.BlindSetPixelIndex(x, y, matrix[y & 3][x & 3] < r ? output[q + 1] : output[q]);
     }
   }
@@ -136,8 +136,8 @@ void CxImage::ditherOrdered(CxImage& result) const {
 
 void CxImage::ditherBayer(CxImage& result) const {
   const int order = 4;
-  std::vector<uint8_t> table(size_t{1} << (2 * order));
-  for (size_t i = 0; i < table.size(); ++i) {
+  std::vector<std::uint8_t> table(std::size_t{1} << (2 * order));
+  for (std::size_t i = 0; i < table.size(); ++i) {
     int a = static_cast<int>(i) / order;
     int b = static_cast<int>(i) % order;
     int d = 0;
@@ -146,32 +146,32 @@ void CxImage::ditherBayer(CxImage& result) const {
       a >>= 1;
       b >>= 1;
     }
-    table[i] = static_cast<uint8_t>(d & 255);
+    table[i] = static_cast<std::uint8_t>(d & 255);
   }
   const int scale = 8 - 2 * order > 0 ? 8 - 2 * order : 0;
-  for (int64_t y = 0; y < header.height; ++y) {
-    for (int64_t x = 0; x < header.width; ++x) {
+  for (std::int64_t y = 0; y < header.height; ++y) {
+    for (std::int64_t x = 0; x < header.width; ++x) {
       const int level = BlindGetPixelIndex(x, y) >> scale;
-      const int threshold = table[static_cast<size_t>(x % order + order * (y % order))];
+      const int threshold = table[static_cast<std::size_t>(x % order + order * (y % order))];
       result.SetPixelIndex(x, y, level > threshold ? 1 : 0);
     }
   }
 }
 
-void CxImage::ditherDiffusion(CxImage& result, int64_t method) {
-  const Kernel kernel = kernelOf(static_cast<uint64_t>(method));
-  for (int64_t y = 0; y < header.height; ++y) {
-    for (int64_t x = 0; x < header.width; ++x) {
-      const int64_t level = BlindGetPixelIndex(x, y);
+void CxImage::ditherDiffusion(CxImage& result, std::int64_t method) {
+  const Kernel kernel = kernelOf(static_cast<std::uint64_t>(method));
+  for (std::int64_t y = 0; y < header.height; ++y) {
+    for (std::int64_t x = 0; x < header.width; ++x) {
+      const std::int64_t level = BlindGetPixelIndex(x, y);
       const bool white = level > 128;
-      const int64_t error = white ? level - 255 : level;
+      const std::int64_t error = white ? level - 255 : level;
       result.SetPixelIndex(x, y, white ? 1 : 0);
       for (const KernelEntry& entry : kernel.entries) {
-        int64_t v = GetPixelIndex(x + entry.dx, y + entry.dy);
+        std::int64_t v = GetPixelIndex(x + entry.dx, y + entry.dy);
         v += error * entry.weight / kernel.divisor;
         if (v < 0) v = 0;
         if (v > 255) v = 255;
-        SetPixelIndex(x + entry.dx, y + entry.dy, static_cast<uint8_t>(v));
+        SetPixelIndex(x + entry.dx, y + entry.dy, static_cast<std::uint8_t>(v));
       }
     }
   }

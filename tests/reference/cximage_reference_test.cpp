@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The literal bitmap against examples worked out by hand. Everything else that
-// is expected of the fast bitmap comes from the literal one, so an error here
-// would go unseen everywhere.
+// The reference implementation of the bitmap against examples computed by hand. All other expected
+// values for bitmaps come from it, so nothing else would show an error in it.
 
 #include <gtest/gtest.h>
 
@@ -15,9 +14,9 @@
 namespace {
 
 using reference::CxImage;
-using Bytes = std::vector<uint8_t>;
+using Bytes = std::vector<std::uint8_t>;
 
-void load(CxImage& image, uint32_t width, uint32_t height, const Bytes& levels) {
+void load(CxImage& image, std::uint32_t width, std::uint32_t height, const Bytes& levels) {
   ASSERT_TRUE(image.CreateFromArray(levels.data(), width, height, 8, width, false));
 }
 
@@ -28,7 +27,8 @@ Bytes pixelsOf(const CxImage& image) {
   return result;
 }
 
-Bytes dithered(uint32_t width, uint32_t height, const Bytes& levels, int64_t method) {
+Bytes dithered(std::uint32_t width, std::uint32_t height, const Bytes& levels,
+               std::int64_t method) {
   CxImage image;
   load(image, width, height, levels);
   EXPECT_TRUE(image.Dither(method));
@@ -98,7 +98,7 @@ TEST(ReferenceBitmap, NearestColorOfBlackAndWhite) {
   EXPECT_EQ(image.GetNearestIndex({128, 128, 128, 0}), 1);
 }
 
-TEST(ReferenceBitmap, TurnsMirrorsAndCentres) {
+TEST(ReferenceBitmap, RotatesMirrorsAndCentres) {
   CxImage image;
   load(image, 2, 2, {1, 2, 3, 4});
   EXPECT_TRUE(image.Rotate180(nullptr));
@@ -119,7 +119,7 @@ TEST(ReferenceBitmap, LightFollowsItsFormula) {
   EXPECT_TRUE(image.Light(0, 0));
   EXPECT_EQ(pixelsOf(image), (Bytes{0, 54, 55, 128, 200}));
   EXPECT_TRUE(image.Light(0, 100));
-  // (54 - 128) x 2 + 128.5 = -19.5 truncates to -19 and clamps to 0.
+  // (54 - 128) * 2 + 128.5 = -19.5 truncates to -19 and is clamped to 0.
   EXPECT_EQ(pixelsOf(image), (Bytes{0, 0, 0, 128, 255}));
   load(image, 3, 1, {0, 54, 55});
   EXPECT_TRUE(image.Light(200, 0));
@@ -169,35 +169,36 @@ TEST(ReferenceDither, BayerThresholdsAsListed) {
   const std::vector<int> thresholds = {0,  192, 48, 240, 128, 64, 176, 112,
                                        32, 224, 16, 208, 160, 96, 144, 80};
   for (int level = 0; level < 256; ++level) {
-    const Bytes page = dithered(4, 4, Bytes(16, static_cast<uint8_t>(level)), 7);
-    for (size_t i = 0; i < 16; ++i) EXPECT_EQ(page[i], level > thresholds[i] ? 1 : 0) << level;
+    const Bytes page = dithered(4, 4, Bytes(16, static_cast<std::uint8_t>(level)), 7);
+    for (std::size_t i = 0; i < 16; ++i) EXPECT_EQ(page[i], level > thresholds[i] ? 1 : 0) << level;
   }
 }
 
-// Level 100: black, 100 x 7 / 16 = 43 goes to the right neighbour. 90 + 43 = 133 is white, its
-// error -122 gives -53 to the third: 180 - 53 = 127 is black.
+// Level 100 is black; its error term for the right neighbour is 100 * 7 / 16 = 43. 90 + 43 = 133 is
+// white; its error is -122, the error term -53: 180 - 53 = 127 is black.
 TEST(ReferenceDither, FloydSteinbergByHand) {
-  for (const int64_t method : {int64_t{8}, int64_t{100}, int64_t{-1}})
+  for (const std::int64_t method : {std::int64_t{8}, std::int64_t{100}, std::int64_t{-1}})
     EXPECT_EQ(dithered(3, 1, {100, 90, 180}, method), (Bytes{0, 1, 0}));
   EXPECT_EQ(dithered(1, 1, {200}, 9), (Bytes{1}));
-  // -55 x 7 / 16 truncates to -24 and not to -25: 153 - 24 = 129 stays white.
+  // -55 * 7 / 16 truncates to -24, not to -25: 153 - 24 = 129 is white.
   EXPECT_EQ(dithered(2, 1, {200, 153}, 9), (Bytes{1, 1}));
   EXPECT_EQ(dithered(2, 1, {200, 152}, 9), (Bytes{1, 0}));
 }
 
-// The right neighbour gets level x weight / divisor; 128 is black, so the smallest second level
-// that turns white is 129 minus that share.
-TEST(ReferenceDither, ShareOfTheRightNeighbour) {
+// The error term of the right neighbour is level * weight / divisor. 128 is black, so the smallest
+// second level that becomes white is 129 minus that term.
+TEST(ReferenceDither, ErrorTermOfTheRightNeighbour) {
   const struct {
-    int64_t method;
+    std::int64_t method;
     int weight;
     int divisor;
   } kRows[] = {{2, 8, 32}, {3, 8, 42}, {4, 7, 48}, {5, 5, 32}, {6, 0, 200}};
   for (const auto& row : kRows) {
-    const int share = 128 * row.weight / row.divisor;
-    const auto whiteFrom = static_cast<uint8_t>(129 - share);
+    const int term = 128 * row.weight / row.divisor;
+    const auto whiteFrom = static_cast<std::uint8_t>(129 - term);
     EXPECT_EQ(dithered(2, 1, {128, whiteFrom}, row.method), (Bytes{0, 1})) << row.method;
-    EXPECT_EQ(dithered(2, 1, {128, static_cast<uint8_t>(whiteFrom - 1)}, row.method), (Bytes{0, 0}))
+    EXPECT_EQ(dithered(2, 1, {128, static_cast<std::uint8_t>(whiteFrom - 1)}, row.method),
+              (Bytes{0, 0}))
         << row.method;
   }
 }
@@ -206,7 +207,7 @@ TEST(ReferenceDither, OneBitImageStaysAsItIs) {
   CxImage image;
   load(image, 2, 1, {200, 10});
   EXPECT_TRUE(image.Dither(0));
-  const uint8_t* block = image.dib;
+  const std::uint8_t* block = image.dib;
   EXPECT_TRUE(image.Dither(5));
   EXPECT_EQ(image.dib, block);
   CxImage empty;

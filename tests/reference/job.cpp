@@ -16,7 +16,7 @@ namespace reference {
 
 namespace {
 
-// CUPS compares keywords and choices without regard to case.
+// CUPS ignores case in keywords and choices.
 bool sameWord(const std::string& a, const std::string& b) {
   return strcasecmp(a.c_str(), b.c_str()) == 0;
 }
@@ -41,7 +41,7 @@ int getOptionChoiceIndex(const JobOptions& options, const std::string& keyword,
   if (choice == nullptr) return -1;
   const int index = std::atoi(choice->c_str());
   log.push_back("DEBUG:getOptionChoiceIndex: " + keyword + " = " + std::to_string(index));
-  // The message brings a newline of its own, so an empty line follows.
+  // The message ends with a newline of its own: an empty line follows.
   log.push_back("");
   return index;
 }
@@ -129,14 +129,15 @@ JobSettings readSettings(const JobOptions& options, std::vector<std::string>& lo
 namespace {
 
 Command buzzerSwitch(bool on) {
-  return {{0x1F, 0x1B, 0x1F, 0x42, 0x65, 0x65, 0x70, static_cast<uint8_t>(on ? 0x08 : 0x06)},
+  return {{0x1F, 0x1B, 0x1F, 0x42, 0x65, 0x65, 0x70, static_cast<std::uint8_t>(on ? 0x08 : 0x06)},
           on ? "buzzer set-up: on" : "buzzer set-up: off"};
 }
 
 Command buzzerBlock(int onTime, int repeat) {
   if (onTime > 9) onTime = 1;
   if (repeat > 9) repeat = 1;
-  return {{0x1B, 0x42, static_cast<uint8_t>(repeat & 255), static_cast<uint8_t>(onTime & 255)},
+  return {{0x1B, 0x42, static_cast<std::uint8_t>(repeat & 255),
+           static_cast<std::uint8_t>(onTime & 255)},
           "buzzer: repeat " + std::to_string(repeat) + ", on-time " + std::to_string(onTime)};
 }
 
@@ -147,7 +148,7 @@ void addCut(std::vector<Command>& commands, int type, const std::string& what) {
 
 void addDrawerPulse(std::vector<Command>& commands, int width) {
   if (width < 0 || width > 8) return;
-  commands.push_back({{0x1B, 0x70, 0x00, static_cast<uint8_t>(0x32 + 0x19 * width), 0x32},
+  commands.push_back({{0x1B, 0x70, 0x00, static_cast<std::uint8_t>(0x32 + 0x19 * width), 0x32},
                       "cash drawer pulse of " + std::to_string(100 + 50 * width) + " ms"});
 }
 
@@ -185,7 +186,7 @@ std::vector<Command> endJob(JobSettings s) {
   if (s.docCutType != 0) {
     const int feed = (s.feedCutAfterJobEnd * 16) & 255;
     commands.push_back(
-        {{0x1B, 0x4A, static_cast<uint8_t>(feed)}, "job end: feed " + std::to_string(feed)});
+        {{0x1B, 0x4A, static_cast<std::uint8_t>(feed)}, "job end: feed " + std::to_string(feed)});
   }
   addCut(commands, s.docCutType, "job end");
   if (s.buzzer2Setting == 2) commands.push_back(buzzerBlock(s.buzzer2OnTime, s.buzzer2Repeat));
@@ -199,32 +200,32 @@ std::vector<Command> endJob(JobSettings s) {
 
 namespace {
 
-constexpr int64_t kLargestPage = 2147483647;
+constexpr std::int64_t kLargestPage = 2147483647;
 
-// Printable width in pixels; 0 means no limit.
-uint64_t printableWidth(const JobSettings& settings, const Page& page) {
+// Printable width in pixels; 0: no limit.
+std::uint64_t printableWidth(const JobSettings& settings, const Page& page) {
   const double width = settings.maxMediaWidth / 72.0 * page.hwResolutionX;
   if (!std::isfinite(width) || width < 0.0 || width >= 18446744073709551616.0) return 0;
-  return static_cast<uint64_t>(width);
+  return static_cast<std::uint64_t>(width);
 }
 
-uint64_t excessOf(const JobSettings& settings, const Page& page) {
-  const uint64_t printable = printableWidth(settings, page);
+std::uint64_t excessOf(const JobSettings& settings, const Page& page) {
+  const std::uint64_t printable = printableWidth(settings, page);
   return printable > 0 && page.bytesPerLine > printable ? page.bytesPerLine - printable : 0;
 }
 
 bool hasSaneGeometry(const JobSettings& settings, const Page& page) {
   if (page.width == 0 || page.width > page.bytesPerLine) return false;
-  if (int64_t{page.height} * page.bytesPerLine > kLargestPage) return false;
+  if (std::int64_t{page.height} * page.bytesPerLine > kLargestPage) return false;
   return excessOf(settings, page) < page.width;
 }
 
-// Moves the middle of every row to its start; what is right of it stays as it was.
-void centre(Bytes& pixels, const Page& page, uint64_t excess) {
+// Moves the middle of every row to its start; the bytes right of it keep their values.
+void centre(Bytes& pixels, const Page& page, std::uint64_t excess) {
   if (excess == 0) return;
-  const uint64_t shift = excess / 2;
-  for (uint64_t y = 0; y < page.height; ++y) {
-    for (uint64_t x = 0; x < page.bytesPerLine - excess; ++x)
+  const std::uint64_t shift = excess / 2;
+  for (std::uint64_t y = 0; y < page.height; ++y) {
+    for (std::uint64_t x = 0; x < page.bytesPerLine - excess; ++x)
       pixels[y * page.bytesPerLine + x] = pixels[y * page.bytesPerLine + shift + x];
   }
 }
@@ -234,7 +235,7 @@ int clampedTone(int value) {
 }
 
 PageResult printPage(const JobSettings& settings, const Page& page) {
-  const uint64_t excess = excessOf(settings, page);
+  const std::uint64_t excess = excessOf(settings, page);
   Bytes pixels = page.pixels;
   centre(pixels, page, excess);
   PageOptions options;

@@ -13,29 +13,29 @@ namespace reference {
 namespace {
 
 constexpr int kStencilType = 8;
-constexpr uint8_t kTrimTop = 2;
-constexpr uint8_t kTrimBottom = 8;
+constexpr std::uint8_t kTrimTop = 2;
+constexpr std::uint8_t kTrimBottom = 8;
 
 void append(Bytes& to, const Bytes& bytes) {
   to.insert(to.end(), bytes.begin(), bytes.end());
 }
 
-void appendLittleEndian(Bytes& to, uint64_t value, int bytes) {
-  for (int i = 0; i < bytes; ++i) to.push_back(static_cast<uint8_t>((value >> (8 * i)) & 255));
+void appendLittleEndian(Bytes& to, std::uint64_t value, int bytes) {
+  for (int i = 0; i < bytes; ++i) to.push_back(static_cast<std::uint8_t>((value >> (8 * i)) & 255));
 }
 
-bool isBlankRow(const uint8_t* row, uint64_t count) {
-  for (uint64_t x = 0; x < count; ++x) {
+bool isBlankRow(const std::uint8_t* row, std::uint64_t count) {
+  for (std::uint64_t x = 0; x < count; ++x) {
     if (row[x] != 0) return false;
   }
   return true;
 }
 
-uint64_t countedBytes(uint64_t bytesPerLine, uint64_t skipPixels) {
+std::uint64_t countedBytes(std::uint64_t bytesPerLine, std::uint64_t skipPixels) {
   return skipPixels <= bytesPerLine ? bytesPerLine - skipPixels : bytesPerLine;
 }
 
-std::string text(uint64_t value) {
+std::string text(std::uint64_t value) {
   return std::to_string(value);
 }
 
@@ -49,20 +49,22 @@ Bytes bytesOf(const std::vector<Command>& commands) {
 
 // Blank rows --------------------------------------------------------------------
 
-uint64_t wrenImageCountBlankLinesFromBack(const uint8_t* data, uint64_t bytesPerLine,
-                                          uint64_t height, uint64_t skipPixels, uint64_t stride) {
-  const uint64_t c = countedBytes(bytesPerLine, skipPixels);
-  for (uint64_t row = height; row > 0; --row) {
+std::uint64_t wrenImageCountBlankLinesFromBack(const std::uint8_t* data, std::uint64_t bytesPerLine,
+                                               std::uint64_t height, std::uint64_t skipPixels,
+                                               std::uint64_t stride) {
+  const std::uint64_t c = countedBytes(bytesPerLine, skipPixels);
+  for (std::uint64_t row = height; row > 0; --row) {
     if (!isBlankRow(data + (row - 1) * stride, c)) return row;
   }
   return 0;
 }
 
-uint64_t wrenImageCountBlankLinesFromFront(const uint8_t* data, uint64_t bytesPerLine,
-                                           uint64_t height, uint64_t skipPixels, uint64_t stride) {
-  const uint64_t c = countedBytes(bytesPerLine, skipPixels);
-  for (uint64_t k = 0; k < height; ++k) {
-    // The row just past the page counts as blank.
+std::uint64_t wrenImageCountBlankLinesFromFront(const std::uint8_t* data,
+                                                std::uint64_t bytesPerLine, std::uint64_t height,
+                                                std::uint64_t skipPixels, std::uint64_t stride) {
+  const std::uint64_t c = countedBytes(bytesPerLine, skipPixels);
+  for (std::uint64_t k = 0; k < height; ++k) {
+    // The row after the last one counts as blank.
     const bool blank = k + 1 == height || isBlankRow(data + (k + 1) * stride, c);
     if (!blank) return k;
   }
@@ -71,10 +73,10 @@ uint64_t wrenImageCountBlankLinesFromFront(const uint8_t* data, uint64_t bytesPe
 
 // Packing -----------------------------------------------------------------------
 
-int GrayToMono(int bytesPerLine, int height, uint8_t* buffer, uint64_t skipRightPixels,
+int GrayToMono(int bytesPerLine, int height, std::uint8_t* buffer, std::uint64_t skipRightPixels,
                std::vector<std::string>& log) {
-  const auto s = static_cast<int64_t>(skipRightPixels);
-  const int wb = s != 0 && skipRightPixels < static_cast<uint64_t>(bytesPerLine)
+  const auto s = static_cast<std::int64_t>(skipRightPixels);
+  const int wb = s != 0 && skipRightPixels < static_cast<std::uint64_t>(bytesPerLine)
                      ? static_cast<int>(bytesPerLine - s)
                      : bytesPerLine;
   log.push_back("DEBUG:GrayToMono, bpl(" + std::to_string(bytesPerLine) + "), h(" +
@@ -86,13 +88,13 @@ int GrayToMono(int bytesPerLine, int height, uint8_t* buffer, uint64_t skipRight
     for (int x = 0; x < wb; ++x) {
       if (buffer[y * bytesPerLine + x] != 0) bits |= 0x80 >> (x % 8);
       if (x % 8 == 7) {
-        buffer[n] = static_cast<uint8_t>(bits);
+        buffer[n] = static_cast<std::uint8_t>(bits);
         n += 1;
         bits = 0;
       }
     }
     if (wb % 8 != 0) {
-      buffer[n] = static_cast<uint8_t>(bits);
+      buffer[n] = static_cast<std::uint8_t>(bits);
       n += 1;
     }
   }
@@ -105,27 +107,28 @@ namespace {
 
 void stencilDots(const CxImage& bitmap, const PageOptions& options, int bytesPerLine, int width,
                  int height, Bytes& out, std::vector<std::string>& log) {
-  for (int64_t y = 0; y < height; ++y) {
-    for (int64_t x = 0; x < width; ++x)
-      out[static_cast<size_t>(y * bytesPerLine + x)] = bitmap.GetPixelIndex(x, y);
+  for (std::int64_t y = 0; y < height; ++y) {
+    for (std::int64_t x = 0; x < width; ++x)
+      out[static_cast<std::size_t>(y * bytesPerLine + x)] = bitmap.GetPixelIndex(x, y);
   }
   QVImage page(width, height, QV_IMG_GRAY, out.data());
   const QVImage result = qvTattooDithering(page);
   const int stride = ((result.width + 3) / 4) * 4;
   log.push_back("DEBUG:QVDithered with stride(" + std::to_string(stride) + "), BytesPerLine(" +
                 std::to_string(bytesPerLine) + ")");
-  const int64_t resultBytes = int64_t{result.width} * result.height;
-  for (int64_t y = 0; y < height; ++y) {
-    for (int64_t x = 0; x < width; ++x) {
-      // The result is read with the page's row distance, not with its own; past its end it is 0.
-      const int64_t at = y * bytesPerLine + x;
+  const std::int64_t resultBytes = std::int64_t{result.width} * result.height;
+  for (std::int64_t y = 0; y < height; ++y) {
+    for (std::int64_t x = 0; x < width; ++x) {
+      // Printed output depends on this: the result is read with the stride of the page, not with
+      // its own. Beyond its end it is 0.
+      const std::int64_t at = y * bytesPerLine + x;
       int v = at < resultBytes ? result.data[at] : 0;
       if (options.negative) v = v ^ 0xFF;
-      out[static_cast<size_t>(at)] = static_cast<uint8_t>(v);
+      out[static_cast<std::size_t>(at)] = static_cast<std::uint8_t>(v);
     }
   }
-  const auto length =
-      static_cast<int32_t>(static_cast<uint32_t>(height) * static_cast<uint32_t>(bytesPerLine));
+  const auto length = static_cast<std::int32_t>(static_cast<std::uint32_t>(height) *
+                                                static_cast<std::uint32_t>(bytesPerLine));
   log.push_back("DEBUG:PageProcess filled anser with length(" + std::to_string(length) + ")!");
 }
 
@@ -133,24 +136,26 @@ void classicDots(CxImage& bitmap, const PageOptions& options, int type, int byte
                  int height, Bytes& out) {
   bitmap.Dither(type);
   bitmap.IncreaseBpp(8);
-  for (int64_t y = 0; y < height; ++y) {
-    for (int64_t x = 0; x < width; ++x) {
+  for (std::int64_t y = 0; y < height; ++y) {
+    for (std::int64_t x = 0; x < width; ++x) {
       int v = bitmap.GetPixelIndex(x, y);
       if (v == 1) v = 255;
       if (options.negative) v = v ^ 0xFF;
-      out[static_cast<size_t>(y * bytesPerLine + x)] = static_cast<uint8_t>(v);
+      out[static_cast<std::size_t>(y * bytesPerLine + x)] = static_cast<std::uint8_t>(v);
     }
   }
 }
 
 }  // namespace
 
-int64_t PageProcess(const PageOptions& options, int type, const uint8_t* data, int bytesPerLine,
-                    int width, int height, Bytes& out, std::vector<std::string>& log) {
+std::int64_t PageProcess(const PageOptions& options, int type, const std::uint8_t* data,
+                         int bytesPerLine, int width, int height, Bytes& out,
+                         std::vector<std::string>& log) {
   const bool useQVDithering = options.halftoneType == kStencilType;
   CxImage bitmap;
-  if (!bitmap.CreateFromArray(data, static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
-                              static_cast<uint32_t>(bytesPerLine), false))
+  if (!bitmap.CreateFromArray(data, static_cast<std::uint32_t>(width),
+                              static_cast<std::uint32_t>(height), 8,
+                              static_cast<std::uint32_t>(bytesPerLine), false))
     log.push_back("CRIT:cximage.CreateFromArray with grey failed!");
   if (options.brightness != 0 || options.contrast != 0)
     bitmap.Light(options.brightness * 5, options.contrast * 2);
@@ -161,22 +166,23 @@ int64_t PageProcess(const PageOptions& options, int type, const uint8_t* data, i
   } else {
     classicDots(bitmap, options, type, bytesPerLine, width, height, out);
   }
-  return static_cast<int32_t>(static_cast<uint32_t>(height) * static_cast<uint32_t>(bytesPerLine));
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(height) *
+                                   static_cast<std::uint32_t>(bytesPerLine));
 }
 
 // Debug images --------------------------------------------------------------------
 
 namespace {
 
-uint64_t dumpRowBytes(uint64_t width, unsigned bitsPerPixel) {
-  const uint64_t r = bitsPerPixel == 8 ? width : (width + 7) / 8;
+std::uint64_t dumpRowBytes(std::uint64_t width, unsigned bitsPerPixel) {
+  const std::uint64_t r = bitsPerPixel == 8 ? width : (width + 7) / 8;
   return ((r + 3) / 4) * 4;
 }
 
-Bytes dumpHeader(uint64_t height, uint64_t width, unsigned bitsPerPixel) {
+Bytes dumpHeader(std::uint64_t height, std::uint64_t width, unsigned bitsPerPixel) {
   const bool grey = bitsPerPixel == 8;
-  const uint64_t offset = grey ? 1078 : 62;
-  const uint64_t imageSize = dumpRowBytes(width, bitsPerPixel) * height;
+  const std::uint64_t offset = grey ? 1078 : 62;
+  const std::uint64_t imageSize = dumpRowBytes(width, bitsPerPixel) * height;
   Bytes header = {0x42, 0x4D};
   appendLittleEndian(header, offset + imageSize, 4);
   appendLittleEndian(header, 0, 2);
@@ -196,20 +202,20 @@ Bytes dumpHeader(uint64_t height, uint64_t width, unsigned bitsPerPixel) {
   return header;
 }
 
-// One row of a page of dots, white where there is no dot, cut or filled up to `rowBytes`.
-Bytes dumpRow(const uint8_t* row, uint64_t bytesPerLine, uint64_t rowBytes) {
+// One row of a bilevel page: 1 for white, cut or zero-padded to `rowBytes`.
+Bytes dumpRow(const std::uint8_t* row, std::uint64_t bytesPerLine, std::uint64_t rowBytes) {
   Bytes packed;
   int bits = 0;
-  for (uint64_t x = 0; x < bytesPerLine; ++x) {
+  for (std::uint64_t x = 0; x < bytesPerLine; ++x) {
     if (row[x] == 0) bits |= 0x80 >> (x % 8);
     if (x % 8 == 7) {
-      packed.push_back(static_cast<uint8_t>(bits));
+      packed.push_back(static_cast<std::uint8_t>(bits));
       bits = 0;
     }
   }
   if (bytesPerLine % 8 != 0) {
     bits |= 0xFF >> (bytesPerLine % 8);
-    packed.push_back(static_cast<uint8_t>(bits));
+    packed.push_back(static_cast<std::uint8_t>(bits));
   }
   packed.resize(rowBytes, 0);
   return packed;
@@ -217,19 +223,19 @@ Bytes dumpRow(const uint8_t* row, uint64_t bytesPerLine, uint64_t rowBytes) {
 
 }  // namespace
 
-Bytes saveImage(const uint8_t* data, uint64_t bytesPerLine, uint64_t height, uint64_t width,
-                unsigned bitsPerPixel) {
+Bytes saveImage(const std::uint8_t* data, std::uint64_t bytesPerLine, std::uint64_t height,
+                std::uint64_t width, unsigned bitsPerPixel) {
   Bytes file = dumpHeader(height, width, bitsPerPixel);
   if (bitsPerPixel == 8) {
     for (unsigned i = 0; i < 256; ++i) {
-      const auto level = static_cast<uint8_t>(i);
+      const auto level = static_cast<std::uint8_t>(i);
       append(file, {level, level, level, 0});
     }
     file.insert(file.end(), data, data + width * height);
     return file;
   }
   if (bitsPerPixel == 1) append(file, {0x00, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0xFF, 0x00});
-  for (uint64_t y = height; y > 0; --y)
+  for (std::uint64_t y = height; y > 0; --y)
     append(file,
            dumpRow(data + (y - 1) * bytesPerLine, bytesPerLine, dumpRowBytes(width, bitsPerPixel)));
   return file;
@@ -239,34 +245,35 @@ Bytes saveImage(const uint8_t* data, uint64_t bytesPerLine, uint64_t height, uin
 
 namespace {
 
-uint8_t columnOf(const uint8_t* band, uint64_t lines, uint64_t width, uint64_t column) {
+std::uint8_t columnOf(const std::uint8_t* band, std::uint64_t lines, std::uint64_t width,
+                      std::uint64_t column) {
   int byte = 0;
-  for (uint64_t r = 0; r < lines; ++r) {
+  for (std::uint64_t r = 0; r < lines; ++r) {
     if (band[r * width + column] != 0) byte |= 1 << (7 - r);
   }
-  return static_cast<uint8_t>(byte);
+  return static_cast<std::uint8_t>(byte);
 }
 
 }  // namespace
 
-std::vector<Command> doPrintImage(const PageOptions& options, const uint8_t* data, uint64_t height,
-                                  uint64_t width) {
+std::vector<Command> doPrintImage(const PageOptions& options, const std::uint8_t* data,
+                                  std::uint64_t height, std::uint64_t width) {
   std::vector<Command> commands = {{{0x1B, 0x3C}, "page start"}};
-  const uint64_t k = width - options.skipRightPixels;
-  const uint8_t m = options.hwResolutionX > 100 ? 1 : 0;
-  uint64_t remaining = height;
-  uint64_t lines = 8;
-  const uint8_t* band = data;
+  const std::uint64_t k = width - options.skipRightPixels;
+  const std::uint8_t m = options.hwResolutionX > 100 ? 1 : 0;
+  std::uint64_t remaining = height;
+  std::uint64_t lines = 8;
+  const std::uint8_t* band = data;
   while (remaining > 0) {
     if (remaining < lines) lines = remaining;
-    Bytes image = {0x1B, 0x2A, m, static_cast<uint8_t>(k & 255),
-                   static_cast<uint8_t>((k >> 8) & 255)};
-    for (uint64_t c = 0; c < k; ++c) image.push_back(columnOf(band, lines, width, c));
+    Bytes image = {0x1B, 0x2A, m, static_cast<std::uint8_t>(k & 255),
+                   static_cast<std::uint8_t>((k >> 8) & 255)};
+    for (std::uint64_t c = 0; c < k; ++c) image.push_back(columnOf(band, lines, width, c));
     commands.push_back({image, "rows " + text(height - remaining) + " to " +
                                    text(height - remaining + lines - 1) + ", " + text(k) +
                                    " columns"});
     commands.push_back(
-        {{0x1B, 0x4A, static_cast<uint8_t>((2 * lines) & 255)}, "feed " + text(2 * lines)});
+        {{0x1B, 0x4A, static_cast<std::uint8_t>((2 * lines) & 255)}, "feed " + text(2 * lines)});
     remaining -= lines;
     band += lines * width;
   }
@@ -275,11 +282,11 @@ std::vector<Command> doPrintImage(const PageOptions& options, const uint8_t* dat
 
 // The page ------------------------------------------------------------------------
 
-PageResult printImage(const PageOptions& options, const uint8_t* data, uint64_t bytesPerLine,
-                      uint64_t height, uint64_t width) {
+PageResult printImage(const PageOptions& options, const std::uint8_t* data,
+                      std::uint64_t bytesPerLine, std::uint64_t height, std::uint64_t width) {
   PageResult result;
-  uint64_t topBlanks = 0;
-  uint64_t bottomBlanks = 0;
+  std::uint64_t topBlanks = 0;
+  std::uint64_t bottomBlanks = 0;
   if ((options.removeBlankEdges & kTrimBottom) != 0)
     bottomBlanks = wrenImageCountBlankLinesFromBack(data, bytesPerLine, height,
                                                     options.skipRightPixels, width);
@@ -291,8 +298,8 @@ PageResult printImage(const PageOptions& options, const uint8_t* data, uint64_t 
   Bytes out(bytesPerLine * height, 0);
   PageProcess(options, options.halftoneType, data, static_cast<int>(bytesPerLine),
               static_cast<int>(width), static_cast<int>(height), out, result.log);
-  const uint8_t* p = out.data();
-  uint64_t hFixed = height;
+  const std::uint8_t* p = out.data();
+  std::uint64_t hFixed = height;
   if (bottomBlanks > topBlanks) {
     hFixed = bottomBlanks - topBlanks;
     p += topBlanks * bytesPerLine;

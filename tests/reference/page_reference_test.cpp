@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The literal page and job against examples worked out by hand.
+// The reference implementations of page and job against examples computed by hand.
 
 #include <gtest/gtest.h>
 
@@ -12,31 +12,38 @@ namespace {
 
 using namespace reference;
 
-// A page ten rows high and three wide with a dot in each of the given rows.
-Bytes pageWithDotsIn(const std::vector<size_t>& rows) {
+// A page of 3 x 10 pixels with ink in the given rows.
+Bytes pageWithInkIn(const std::vector<std::size_t>& rows) {
   Bytes page(30, 0);
-  for (const size_t row : rows) page[row * 3 + 1] = 255;
+  for (const std::size_t row : rows) page[row * 3 + 1] = 255;
   return page;
 }
 
-std::string trimsOf(const Bytes& page, uint8_t removeBlankEdges) {
+std::string trimsOf(const Bytes& page, std::uint8_t removeBlankEdges) {
   PageOptions options;
   options.removeBlankEdges = removeBlankEdges;
   const std::string line = printImage(options, page.data(), 3, 10, 3).log.back();
   return line.substr(line.find("topBlanks"));
 }
 
-TEST(ReferencePage, TrimsOfBlankRows) {
-  EXPECT_EQ(trimsOf(pageWithDotsIn({3}), 15), "topBlanks(2), bottomBlanks(4), h_fixed(2)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({0, 5}), 15), "topBlanks(4), bottomBlanks(6), h_fixed(2)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({}), 15), "topBlanks(10), bottomBlanks(0), h_fixed(10)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({0}), 15), "topBlanks(10), bottomBlanks(1), h_fixed(10)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({3}), 2), "topBlanks(2), bottomBlanks(0), h_fixed(10)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({3}), 8), "topBlanks(0), bottomBlanks(4), h_fixed(4)");
-  EXPECT_EQ(trimsOf(pageWithDotsIn({3}), 5), "topBlanks(0), bottomBlanks(0), h_fixed(10)");
+TEST(ReferencePage, TrimsBlankRows) {
+  const struct {
+    std::vector<std::size_t> rowsWithInk;
+    std::uint8_t removeBlankEdges;
+    const char* trims;
+  } kRows[] = {{{3}, 15, "topBlanks(2), bottomBlanks(4), h_fixed(2)"},
+               {{0, 5}, 15, "topBlanks(4), bottomBlanks(6), h_fixed(2)"},
+               {{}, 15, "topBlanks(10), bottomBlanks(0), h_fixed(10)"},
+               {{0}, 15, "topBlanks(10), bottomBlanks(1), h_fixed(10)"},
+               {{3}, 2, "topBlanks(2), bottomBlanks(0), h_fixed(10)"},
+               {{3}, 8, "topBlanks(0), bottomBlanks(4), h_fixed(4)"},
+               {{3}, 5, "topBlanks(0), bottomBlanks(0), h_fixed(10)"}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(trimsOf(pageWithInkIn(row.rowsWithInk), row.removeBlankEdges), row.trims);
+  }
 }
 
-TEST(ReferencePage, SkippedPixelsDoNotCount) {
+TEST(ReferencePage, SkippedPixelsAreNotInk) {
   const Bytes page = {0, 0, 9, 0, 0, 9, 0, 0, 9};
   EXPECT_EQ(wrenImageCountBlankLinesFromBack(page.data(), 3, 3, 0, 3), 3U);
   EXPECT_EQ(wrenImageCountBlankLinesFromBack(page.data(), 3, 3, 1, 3), 0U);
@@ -139,7 +146,7 @@ TEST(ReferenceJob, ControlCommands) {
                    0x1F, 0x1B, 0x1F, 0x42, 0x65, 0x65, 0x70, 0x06, 0x1B, 0x76}));
 }
 
-TEST(ReferenceJob, MissingOptionsGoOutAsMinusOne) {
+TEST(ReferenceJob, MissingOptionsAreSentAsMinusOne) {
   JobSettings s;
   EXPECT_EQ(jobSetup(s).size(), 2U);
   EXPECT_EQ(jobSetup(s)[1].bytes.back(), 0x08);
@@ -189,7 +196,7 @@ TEST(ReferenceJob, EndsOfARun) {
   EXPECT_EQ(cut.log.back(), "DEBUG:Ready to print.");
 }
 
-TEST(ReferenceJob, JobOptionsGoOverDefaults) {
+TEST(ReferenceJob, JobOptionsOverrideDefaults) {
   JobOptions options;
   options.ppd = {{"PageCutType", {"0", "1", "2"}, "1"},
                  {"HalftoneType", {"None", "Sierra"}, "None"}};

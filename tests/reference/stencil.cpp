@@ -17,26 +17,26 @@ namespace {
 
 constexpr float kTolerance = 1e-6F;
 
-int32_t channelsOf(QV_IMG_COLOR layout) {
+std::int32_t channelsOf(QV_IMG_COLOR layout) {
   if (layout == 0) return 1;
   if (layout == 1 || layout == 2) return 3;
   return 4;
 }
 
-uint64_t byteCount(const QVImage& image) {
-  return static_cast<uint64_t>(int64_t{image.width}) *
-         static_cast<uint64_t>(int64_t{image.height}) *
-         static_cast<uint64_t>(int64_t{image.channels});
+std::uint64_t byteCount(const QVImage& image) {
+  return static_cast<std::uint64_t>(std::int64_t{image.width}) *
+         static_cast<std::uint64_t>(std::int64_t{image.height}) *
+         static_cast<std::uint64_t>(std::int64_t{image.channels});
 }
 
-uint8_t* allocate(const QVImage& image) {
-  const uint64_t bytes = byteCount(image);
+std::uint8_t* allocate(const QVImage& image) {
+  const std::uint64_t bytes = byteCount(image);
   if (bytes >> 63 != 0) throw std::bad_alloc();
-  return new uint8_t[bytes];
+  return new std::uint8_t[bytes];
 }
 
-uint8_t lowByte(int32_t value) {
-  return static_cast<uint8_t>(value & 255);
+std::uint8_t lowByte(std::int32_t value) {
+  return static_cast<std::uint8_t>(value & 255);
 }
 
 bool usableKernelSize(int size) {
@@ -45,13 +45,13 @@ bool usableKernelSize(int size) {
 
 }  // namespace
 
-QVImage::QVImage(int32_t imageWidth, int32_t imageHeight, QV_IMG_COLOR layout,
-                 const uint8_t* pixels)
+QVImage::QVImage(std::int32_t imageWidth, std::int32_t imageHeight, QV_IMG_COLOR layout,
+                 const std::uint8_t* pixels)
     : QVImage(imageWidth, imageHeight, layout) {
   if (byteCount(*this) > 0) std::memcpy(data, pixels, byteCount(*this));
 }
 
-QVImage::QVImage(int32_t imageWidth, int32_t imageHeight, QV_IMG_COLOR layout)
+QVImage::QVImage(std::int32_t imageWidth, std::int32_t imageHeight, QV_IMG_COLOR layout)
     : width(imageWidth), height(imageHeight), channels(channelsOf(layout)), colorType(layout) {
   data = allocate(*this);
 }
@@ -140,20 +140,20 @@ float my_pow(float base, float exponent) {
     return -1.0F;
   }
   if (base < 0.0F) {
-    const float fraction = exponent - static_cast<float>(static_cast<int32_t>(exponent));
+    const float fraction = exponent - static_cast<float>(static_cast<std::int32_t>(exponent));
     if (!(fraction == 0.0F)) return -1.0F;
   }
   const float product = exponent * my_ln(base);
   return my_exp(product);
 }
 
-int32_t my_round(float v) {
+std::int32_t my_round(float v) {
   if (double{v} >= 0.0) {
     const float up = v + 0.5F;
-    return static_cast<int32_t>(up);
+    return static_cast<std::int32_t>(up);
   }
   const float down = v - 0.5F;
-  return static_cast<int32_t>(down);
+  return static_cast<std::int32_t>(down);
 }
 
 bool isWithinBounds(int x, int y, int width, int height) {
@@ -165,7 +165,8 @@ bool isWithinBounds(int x, int y, int width, int height) {
 
 namespace {
 
-uint8_t greyOf(float first, uint8_t a, float second, uint8_t b, float third, uint8_t c) {
+std::uint8_t greyOf(float first, std::uint8_t a, float second, std::uint8_t b, float third,
+                    std::uint8_t c) {
   float t = first * static_cast<float>(a);
   const float middle = second * static_cast<float>(b);
   t = t + middle;
@@ -178,10 +179,10 @@ uint8_t greyOf(float first, uint8_t a, float second, uint8_t b, float third, uin
 
 QVImage cvtGray(const QVImage& src) {
   QVImage out(src.width, src.height, QV_IMG_GRAY);
-  const int64_t n = int64_t{src.width} * src.height;
-  int64_t j = 0;
-  for (int64_t i = 0; i < n; ++i) {
-    const uint8_t* s = src.data + j;
+  const std::int64_t n = std::int64_t{src.width} * src.height;
+  std::int64_t j = 0;
+  for (std::int64_t i = 0; i < n; ++i) {
+    const std::uint8_t* s = src.data + j;
     if (src.colorType == 0) {
       out.data[i] = s[0];
     } else if (src.colorType == 1 || src.colorType == 3) {
@@ -203,7 +204,7 @@ int thresh_global_moments(const QVImage& img) {
 
 int thresh_global_moments_from_counts(const int counts[256], int pixels) {
   std::vector<float> p(256, 0.0F);
-  for (size_t k = 0; k < 256; ++k)
+  for (std::size_t k = 0; k < 256; ++k)
     p[k] = static_cast<float>(counts[k]) / static_cast<float>(pixels);
 
   const float m0 = 1.0F;
@@ -211,12 +212,12 @@ int thresh_global_moments_from_counts(const int counts[256], int pixels) {
   float m2 = 0.0F;
   float m3 = 0.0F;
   for (int k = 0; k < 256; ++k) {
-    const float share = p[static_cast<size_t>(k)];
-    const float first = static_cast<float>(k) * share;
+    const float probability = p[static_cast<std::size_t>(k)];
+    const float first = static_cast<float>(k) * probability;
     m1 = m1 + first;
-    const float second = static_cast<float>(k * k) * share;
+    const float second = static_cast<float>(k * k) * probability;
     m2 = m2 + second;
-    const float third = static_cast<float>(k * k * k) * share;
+    const float third = static_cast<float>(k * k * k) * probability;
     m3 = m3 + third;
   }
   const float m0m2 = m0 * m2;
@@ -231,21 +232,21 @@ int thresh_global_moments_from_counts(const int counts[256], int pixels) {
   const float c1c1 = c1 * c1;
   const auto disc = static_cast<float>(double{c1c1} - 4.0 * double{c0});
   if (0.0F > disc) return 128;
-  // The square root of a NaN or an infinity would never end.
+  // my_sqrt would not terminate for a NaN or an infinity.
   if (!std::isfinite(disc)) return 128;
   const float z0 = 0.5F * (-c1 - my_sqrt(disc));
   const float z1 = 0.5F * (-c1 + my_sqrt(disc));
   const float p0 = (z1 - m1) / (z1 - z0);
   float cum = 0.0F;
   for (int k = 0; k < 256; ++k) {
-    cum = cum + p[static_cast<size_t>(k)];
+    cum = cum + p[static_cast<std::size_t>(k)];
     if (cum > p0) return k;
   }
   return -1;
 }
 
 void enh_piecewise_gamma(QVImage& img, int knee, float gammaLow, float gammaHigh) {
-  std::vector<unsigned char> table(256, 0);
+  std::vector<std::uint8_t> table(256, 0);
   for (int i = 0; i < 256; ++i) {
     const auto x = static_cast<float>(i);
     float level = 0.0F;
@@ -258,10 +259,10 @@ void enh_piecewise_gamma(QVImage& img, int knee, float gammaLow, float gammaHigh
       const float lifted = power * span;
       level = lifted + static_cast<float>(knee);
     }
-    table[static_cast<size_t>(i)] = lowByte(static_cast<int32_t>(level));
+    table[static_cast<std::size_t>(i)] = lowByte(static_cast<std::int32_t>(level));
   }
-  const int64_t n = int64_t{img.width} * img.height;
-  for (int64_t i = 0; i < n; ++i) img.data[i] = table[img.data[i]];
+  const std::int64_t n = std::int64_t{img.width} * img.height;
+  for (std::int64_t i = 0; i < n; ++i) img.data[i] = table[img.data[i]];
 }
 
 // Smoothing ---------------------------------------------------------------------
@@ -308,11 +309,11 @@ QVImage convolve1D(const QVImage& src, const double* kernel, int size, bool hori
       for (int k = -half; k <= half; ++k) {
         const int xx = horizontal ? std::min(std::max(x + k, 0), src.width - 1) : x;
         const int yy = horizontal ? y : std::min(std::max(y + k, 0), src.height - 1);
-        const auto value = static_cast<double>(src.data[int64_t{yy} * src.width + xx]);
+        const auto value = static_cast<double>(src.data[std::int64_t{yy} * src.width + xx]);
         const double product = value * kernel[k + half];
         acc = acc + product;
       }
-      out.data[int64_t{y} * src.width + x] = lowByte(my_round(static_cast<float>(acc)));
+      out.data[std::int64_t{y} * src.width + x] = lowByte(my_round(static_cast<float>(acc)));
     }
   }
   return out;
@@ -320,7 +321,7 @@ QVImage convolve1D(const QVImage& src, const double* kernel, int size, bool hori
 
 QVImage enh_gaussian_filter_fast(const QVImage& src, int size, double sigma) {
   if (!usableKernelSize(size)) return QVImage(src);
-  std::vector<double> kernel(static_cast<size_t>(size));
+  std::vector<double> kernel(static_cast<std::size_t>(size));
   generateGaussianKernel1D(size, sigma, kernel.data());
   const QVImage tmp = convolve1D(src, kernel.data(), size, true);
   return convolve1D(tmp, kernel.data(), size, false);
@@ -330,7 +331,7 @@ QVImage enh_gaussian_filter(const QVImage& src, int size, double sigmaX, double 
   if (!usableKernelSize(size)) return QVImage(src);
   const int half = size / 2;
   QVImage out(src.width, src.height, QV_IMG_GRAY);
-  std::vector<double> kernel(static_cast<size_t>(size) * static_cast<size_t>(size));
+  std::vector<double> kernel(static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
   generateGaussianKernel(size, sigmaX, sigmaY, kernel.data());
   for (int y = 0; y < src.height; ++y) {
     for (int x = 0; x < src.width; ++x) {
@@ -339,13 +340,13 @@ QVImage enh_gaussian_filter(const QVImage& src, int size, double sigmaX, double 
         for (int kx = -half; kx <= half; ++kx) {
           const int xx = myClamp(x + kx, 0, src.width - 1);
           const int yy = myClamp(y + ky, 0, src.height - 1);
-          const auto value = static_cast<double>(src.data[int64_t{yy} * src.width + xx]);
+          const auto value = static_cast<double>(src.data[std::int64_t{yy} * src.width + xx]);
           const double product =
-              value * kernel[static_cast<size_t>((ky + half) * size + (kx + half))];
+              value * kernel[static_cast<std::size_t>((ky + half) * size + (kx + half))];
           acc = acc + product;
         }
       }
-      out.data[int64_t{y} * src.width + x] = lowByte(my_round(static_cast<float>(acc)));
+      out.data[std::int64_t{y} * src.width + x] = lowByte(my_round(static_cast<float>(acc)));
     }
   }
   return out;
@@ -353,13 +354,13 @@ QVImage enh_gaussian_filter(const QVImage& src, int size, double sigmaX, double 
 
 QVImage add_Weighted(const QVImage& src, const QVImage& blurred, float weight) {
   QVImage out(src);
-  const int64_t n = int64_t{src.width} * src.height;
-  for (int64_t i = 0; i < n; ++i) {
+  const std::int64_t n = std::int64_t{src.width} * src.height;
+  for (std::int64_t i = 0; i < n; ++i) {
     const float own = static_cast<float>(src.data[i]) * (1.0F + weight);
     const float other = static_cast<float>(blurred.data[i]) * (-weight);
     float t = own + other;
     t = t + 0.0F;
-    out.data[i] = static_cast<uint8_t>(myClamp(my_round(t), 0, 255));
+    out.data[i] = static_cast<std::uint8_t>(myClamp(my_round(t), 0, 255));
   }
   return out;
 }
@@ -383,13 +384,13 @@ QVImage edf_cus(const QVImage& src, int threshold) {
   const int width = src.width;
   const int height = src.height;
   QVImage out(width, height, QV_IMG_GRAY);
-  std::vector<std::vector<float>> err(static_cast<size_t>(height),
-                                      std::vector<float>(static_cast<size_t>(width), 0.0F));
-  int64_t i = 0;
+  std::vector<std::vector<float>> err(static_cast<std::size_t>(height),
+                                      std::vector<float>(static_cast<std::size_t>(width), 0.0F));
+  std::int64_t i = 0;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x, ++i) {
-      const float v =
-          err[static_cast<size_t>(y)][static_cast<size_t>(x)] + static_cast<float>(src.data[i]);
+      const float v = err[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] +
+                      static_cast<float>(src.data[i]);
       float e = v;
       if (v > static_cast<float>(threshold)) {
         out.data[i] = 255;
@@ -412,7 +413,7 @@ QVImage edf_cus(const QVImage& src, int threshold) {
         const int tx = x + kernel[k].dx;
         const int ty = y + kernel[k].dy;
         if (!isWithinBounds(tx, ty, width, height)) continue;
-        float& target = err[static_cast<size_t>(ty)][static_cast<size_t>(tx)];
+        float& target = err[static_cast<std::size_t>(ty)][static_cast<std::size_t>(tx)];
         target = target + products[k];
       }
     }

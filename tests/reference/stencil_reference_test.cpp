@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The literal stencil pipeline against numbers and examples known beforehand.
+// The reference implementation of the stencil method against known numbers and examples computed by
+// hand.
 
 #include <gtest/gtest.h>
 
@@ -13,14 +14,14 @@
 namespace {
 
 using namespace reference;
-using Bytes = std::vector<uint8_t>;
+using Bytes = std::vector<std::uint8_t>;
 
 QVImage grey(int width, int height, const Bytes& levels) {
   return QVImage(width, height, QV_IMG_GRAY, levels.data());
 }
 
 Bytes bytesOf(const QVImage& image) {
-  return Bytes(image.data, image.data + int64_t{image.width} * image.height * image.channels);
+  return Bytes(image.data, image.data + std::int64_t{image.width} * image.height * image.channels);
 }
 
 int thresholdOf(std::vector<std::pair<int, int>> countedLevels) {
@@ -43,20 +44,20 @@ TEST(ReferenceStencil, LayoutGivesBytesPerPixel) {
 }
 
 TEST(ReferenceStencil, BitPatternsOfTheConstants) {
-  EXPECT_EQ(std::bit_cast<uint32_t>(1e-6F), 0x358637BDU);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.299F), 0x3E991687U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.587F), 0x3F1645A2U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.114F), 0x3DE978D5U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.85F), 0x3F59999AU);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.7F), 0x3F333333U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.505786F), 0x3F017B31U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(-0.052926F), 0xBD58C8EFU);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.226194F), 0x3E679F66U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.128835F), 0x3E03ED52U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.243191F), 0x3E790710U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(-0.111078F), 0xBDE37CDDU);
-  EXPECT_EQ(std::bit_cast<uint32_t>(0.1427F), 0x3E121FF3U);
-  EXPECT_EQ(std::bit_cast<uint32_t>(6.2831854820251465F), 0x40C90FDBU);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(1e-6F), 0x358637BDU);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.299F), 0x3E991687U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.587F), 0x3F1645A2U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.114F), 0x3DE978D5U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.85F), 0x3F59999AU);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.7F), 0x3F333333U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.505786F), 0x3F017B31U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(-0.052926F), 0xBD58C8EFU);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.226194F), 0x3E679F66U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.128835F), 0x3E03ED52U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.243191F), 0x3E790710U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(-0.111078F), 0xBDE37CDDU);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(0.1427F), 0x3E121FF3U);
+  EXPECT_EQ(std::bit_cast<std::uint32_t>(6.2831854820251465F), 0x40C90FDBU);
 }
 
 TEST(ReferenceStencil, ApproximateMath) {
@@ -143,17 +144,19 @@ TEST(ReferenceStencil, DiffusionOfFlatPages) {
   EXPECT_EQ(bytesOf(edf_cus(grey(1, 1, {0}), -1)), Bytes{255});
 }
 
-// Row of 3: 100 stays black and gives 50.5786 to the right and -5.2926 to the one after that.
-// 90 + 50.58 = 140.58 > 128 turns white; its error -114.42 gives -57.87 to the third, which then
-// holds 190 - 5.29 - 57.87 = 126.84: black. With 192 it is 128.84: white.
+// A row of 3. 100 is black; its error terms are 50.5786 (x + 1) and -5.2926 (x + 2). 90 + 50.58 =
+// 140.58 > 128 is white; its error is -114.42, the error term -57.87. The third pixel has 190
+// - 5.29
+// - 57.87 = 126.84: black. With 192 it has 128.84: white.
 TEST(ReferenceStencil, DiffusionAlongARowByHand) {
   EXPECT_EQ(bytesOf(edf_cus(grey(3, 1, {100, 90, 190}), 128)), (Bytes{0, 255, 0}));
   EXPECT_EQ(bytesOf(edf_cus(grey(3, 1, {100, 90, 192}), 128)), (Bytes{0, 255, 255}));
 }
 
-// 3 x 3, zero but for the centre 200 and its right neighbour. Nothing is spread before the centre,
-// which turns white between two black neighbours: white counts as 255 x (1 - 0.2854) = 182.223, so
-// the error is +17.777 and the right neighbour gets +8.99: 120 becomes white, 119 does not.
+// 3 x 3 pixels, 0 except the centre (200) and its right neighbour. The pixels before the centre
+// have no error. The centre becomes white with two black neighbours: white counts 255 * (1 -
+// 0.2854) = 182.223, the error is 17.777 and the error term of the right neighbour 8.99: 120
+// becomes white, 119 does not.
 TEST(ReferenceStencil, NeighbourCorrectionByHand) {
   EXPECT_EQ(bytesOf(edf_cus(grey(3, 3, {0, 0, 0, 0, 200, 120, 0, 0, 0}), 128)),
             (Bytes{0, 0, 0, 0, 255, 255, 0, 0, 0}));
