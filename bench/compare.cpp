@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -334,9 +335,7 @@ std::string whyNotProgram(const std::string& path) {
   return isProgram ? "" : "'" + path + "' is not an executable program";
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int compare(int argc, char** argv) {
   Setup setup;
   std::vector<std::string> peers;  // four words each
   CLI::App app("Compares the filter with the floor program and with other builds and filters.");
@@ -364,4 +363,15 @@ int main(int argc, char** argv) {
   const std::string problem = wren::bench::enterPrivateSpool();
   if (problem.empty()) return Comparison(std::move(setup)).run() ? 0 : 1;
   return runTwins(std::move(setup), problem) ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return compare(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
 }
