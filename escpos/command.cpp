@@ -9,7 +9,9 @@
 #include <cinttypes>
 #include <cstdio>
 
-namespace escpos {
+#include "escpos/counted.h"
+
+namespace wren::escpos {
 namespace {
 
 constexpr std::uint8_t kNulByte = 0x00;
@@ -17,17 +19,17 @@ constexpr std::uint8_t kEsc = 0x1B;
 constexpr std::uint8_t kGs = 0x1D;
 constexpr std::uint8_t kUs = 0x1F;
 
-// The part of the buzzer set-up that never changes; one more byte says on or off.
+// The constant part of the buzzer set-up; one parameter byte follows.
 constexpr std::array<std::uint8_t, 7> kBuzzerSetupStart = {kUs, kEsc, kUs, 'B', 'e', 'e', 'p'};
 
-// Commands of ESC and a letter whose length does not depend on what follows.
-struct PlainCommand {
+// A command of ESC and a letter with a fixed length.
+struct FixedCommand {
   std::uint8_t letter;
   std::size_t length;
   CommandKind kind;
 };
 
-constexpr std::array<PlainCommand, 7> kPlainCommands = {{
+constexpr std::array<FixedCommand, 7> kFixedCommands = {{
     {'@', 2, CommandKind::kInitialise},
     {'<', 2, CommandKind::kHome},
     {'v', 2, CommandKind::kStatusRequest},
@@ -37,10 +39,10 @@ constexpr std::array<PlainCommand, 7> kPlainCommands = {{
     {'p', 5, CommandKind::kDrawerPulse},
 }};
 
-const PlainCommand* plainCommand(std::uint8_t letter) {
-  const auto found = std::find_if(kPlainCommands.begin(), kPlainCommands.end(),
-                                  [&](const PlainCommand& c) { return c.letter == letter; });
-  return found == kPlainCommands.end() ? nullptr : &*found;
+const FixedCommand* findFixedCommand(std::uint8_t letter) {
+  const auto found = std::find_if(kFixedCommands.begin(), kFixedCommands.end(),
+                                  [&](const FixedCommand& c) { return c.letter == letter; });
+  return found == kFixedCommands.end() ? nullptr : &*found;
 }
 
 bool isZeroOrOne(std::uint8_t byte) {
@@ -58,11 +60,11 @@ Measure measureBitImage(std::span<const std::uint8_t> start) {
 Measure measureEscape(std::span<const std::uint8_t> start) {
   if (start.size() < 2) return {true, 2};
   if (start[1] == '*') return measureBitImage(start);
-  const PlainCommand* plain = plainCommand(start[1]);
-  if (plain == nullptr) return {};
+  const FixedCommand* fixed = findFixedCommand(start[1]);
+  if (fixed == nullptr) return {};
   const bool badConnector =
-      plain->kind == CommandKind::kDrawerPulse && start.size() > 2 && !isZeroOrOne(start[2]);
-  return badConnector ? Measure{} : Measure{true, plain->length};
+      fixed->kind == CommandKind::kDrawerPulse && start.size() > 2 && !isZeroOrOne(start[2]);
+  return badConnector ? Measure{} : Measure{true, fixed->length};
 }
 
 Measure measureCut(std::span<const std::uint8_t> start) {
@@ -79,10 +81,6 @@ Measure measureBuzzerSetup(std::span<const std::uint8_t> start) {
 
 std::string number(std::uint64_t value) {
   return std::to_string(value);
-}
-
-std::string counted(std::uint64_t count, const std::string& noun) {
-  return number(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string describeBitImage(const Command& command) {
@@ -123,7 +121,7 @@ std::string hexBytes(std::span<const std::uint8_t> bytes) {
   return text;
 }
 
-// The bytes column of a listing: what a reader wants to see of them.
+// The bytes of a command in a listing: the header of a bit image, at most 8 of any other.
 std::string shownBytes(const Command& command) {
   const std::span<const std::uint8_t> bytes = command.bytes;
   const std::size_t shown = std::min(
@@ -154,8 +152,8 @@ CommandKind kindOf(std::span<const std::uint8_t> bytes) {
   if (bytes[0] == kNulByte) return CommandKind::kNul;
   if (bytes[0] == kGs) return CommandKind::kCut;
   if (bytes[0] == kUs) return CommandKind::kBuzzerSetup;
-  const PlainCommand* plain = plainCommand(bytes[1]);
-  return plain == nullptr ? CommandKind::kBitImage : plain->kind;
+  const FixedCommand* fixed = findFixedCommand(bytes[1]);
+  return fixed == nullptr ? CommandKind::kBitImage : fixed->kind;
 }
 
 std::span<const std::uint8_t> columnsOf(const Command& bitImage) {
@@ -209,4 +207,4 @@ std::string listingLine(const Command& command) {
   return place + bytes + "  " + describe(command);
 }
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -6,14 +6,14 @@
 #include <algorithm>
 #include <utility>
 
-namespace escpos {
+namespace wren::escpos {
 
 Decoder::Decoder(Sink sink) : sink_(std::move(sink)) {}
 
 void Decoder::feed(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
-    bytes = bytes.subspan(takeRest(bytes));
-    settle();
+    bytes = bytes.subspan(takeNeeded(bytes));
+    classifyPending();
   }
 }
 
@@ -23,17 +23,17 @@ void Decoder::finish() {
   emitPending(CommandKind::kTruncated);
 }
 
-// Appends what the pending command is known to need still; the columns of a bit image come in
-// one piece this way.
-std::size_t Decoder::takeRest(std::span<const std::uint8_t> bytes) {
+// Appends the bytes that the pending command is known to need, so that the columns of a bit image
+// are copied at once and not byte by byte.
+std::size_t Decoder::takeNeeded(std::span<const std::uint8_t> bytes) {
   const std::size_t count = std::min(needed_ - pending_.bytes.size(), bytes.size());
   pending_.bytes.insert(pending_.bytes.end(), bytes.begin(), bytes.begin() + count);
   taken_ += count;
   return count;
 }
 
-// Measures the pending bytes anew, and hands the command out once it is whole.
-void Decoder::settle() {
+// Measures the pending bytes again and emits the command when it is complete.
+void Decoder::classifyPending() {
   const Measure measure = measureCommand(pending_.bytes);
   if (!measure.known) {
     dropFirstAndRetry();
@@ -42,7 +42,7 @@ void Decoder::settle() {
   needed_ = measure.length;
   if (pending_.bytes.size() < needed_) return;
   if (kindOf(pending_.bytes) == CommandKind::kNul) {
-    // A NUL after something unknown may be a parameter of it, so it does not end that run.
+    // A NUL after unknown bytes may be a parameter of an unknown command, so it extends that run.
     const bool unknown = run_.length > 0 && run_.kind == CommandKind::kUnknown;
     addToRun(unknown ? CommandKind::kUnknown : CommandKind::kNul, pendingOffset(), 0);
     pending_.bytes.clear();
@@ -53,7 +53,7 @@ void Decoder::settle() {
   emitPending(kindOf(pending_.bytes));
 }
 
-// The pending bytes begin no command. Their first one is unknown; the others may begin one.
+// No known command starts with the pending bytes. The first is unknown; the rest is decoded again.
 void Decoder::dropFirstAndRetry() {
   addToRun(CommandKind::kUnknown, pendingOffset(), pending_.bytes.front());
   const std::vector<std::uint8_t> rest(pending_.bytes.begin() + 1, pending_.bytes.end());
@@ -89,4 +89,4 @@ void Decoder::emitPending(CommandKind kind) {
   needed_ = 1;
 }
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Cuts a printer's byte stream into commands while it arrives, in memory that
-// does not grow with the stream. It finds its way back after anything unknown:
-// the bytes up to the next known command become one command of kind kUnknown.
+// Splits a printer's byte stream into commands while it arrives, in constant
+// memory. It resynchronizes after unknown bytes: everything up to the next known
+// command becomes one command of kind `kUnknown`.
 
 #pragma once
 
@@ -14,28 +14,28 @@
 
 #include "escpos/command.h"
 
-namespace escpos {
+namespace wren::escpos {
 
-/// Streaming decoder. Holds at most one command, so never more than 64 KiB.
+/// Streaming decoder. Buffers at most one command, which is never more than 64 KiB.
 class Decoder {
  public:
-  /// Is given every command, in the order of the stream; the reference holds during the call only.
+  /// Called with every command in stream order. The reference is valid during the call only.
   using Sink = std::function<void(const Command&)>;
 
   explicit Decoder(Sink sink);
 
-  /// Takes the next bytes of the stream, in pieces of any size.
+  /// Decodes the next bytes of the stream; a command may span any number of calls.
   void feed(std::span<const std::uint8_t> bytes);
 
-  /// Ends the stream: hands out an open run and, as kTruncated, a command without its end.
+  /// Ends the stream: emits the open run and an incomplete command as `kTruncated`.
   void finish();
 
-  /// Bytes taken so far.
+  /// Bytes of the stream so far.
   std::uint64_t bytesTaken() const { return taken_; }
 
  private:
-  std::size_t takeRest(std::span<const std::uint8_t> bytes);
-  void settle();
+  std::size_t takeNeeded(std::span<const std::uint8_t> bytes);
+  void classifyPending();
   void dropFirstAndRetry();
   void addToRun(CommandKind kind, std::uint64_t offset, std::uint8_t byte);
   void flushRun();
@@ -43,10 +43,10 @@ class Decoder {
   std::uint64_t pendingOffset() const { return taken_ - pending_.bytes.size(); }
 
   Sink sink_;
-  Command pending_;         // the command that is being read; its kind is known at its end
-  std::size_t needed_ = 1;  // bytes that pending_ has at least
-  Command run_;             // the run of NUL or unknown bytes that is open; length 0 if none
+  Command pending_;         // incomplete command; its kind is set when it is complete
+  std::size_t needed_ = 1;  // lower bound of its length
+  Command run_;             // open run of NUL or unknown bytes; length 0 if there is none
   std::uint64_t taken_ = 0;
 };
 
-}  // namespace escpos
+}  // namespace wren::escpos

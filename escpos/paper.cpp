@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace escpos {
+namespace wren::escpos {
 namespace {
 
 std::uint64_t topRow(const Stripe& stripe) {
@@ -39,7 +39,9 @@ void renderRow(const Paper& paper, std::uint64_t row, std::span<std::uint8_t> do
   }
 }
 
-Piece wholeStrip(const Paper& paper) { return {paper.allRows(), 0, paper.marks.size()}; }
+Piece wholeStrip(const Paper& paper) {
+  return {paper.allRows(), 0, paper.marks.size()};
+}
 
 std::vector<Piece> pieces(const Paper& paper) {
   std::vector<Piece> result;
@@ -61,4 +63,4 @@ std::vector<Piece> pieces(const Paper& paper) {
   return result;
 }
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -5,12 +5,12 @@
 
 #include <utility>
 
-namespace escpos {
+namespace wren::escpos {
 
-Reader::Reader(PaperLimits limits, Decoder::Sink onlooker)
-    : onlooker_(std::move(onlooker)), printer_(limits), decoder_([this](const Command& command) {
+Reader::Reader(PaperLimits limits, Decoder::Sink observer)
+    : observer_(std::move(observer)), printer_(limits), decoder_([this](const Command& command) {
         if (printer_.stopped()) return;
-        if (onlooker_) onlooker_(command);
+        if (observer_) observer_(command);
         printer_.execute(command);
       }) {}
 
@@ -35,4 +35,4 @@ Reading readAll(std::span<const std::uint8_t> bytes, PaperLimits limits) {
   return reading;
 }
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The whole way from bytes to paper: a decoder whose commands go to a printer
-// made of software and, if wanted, to an onlooker such as a listing.
+// From bytes to paper: a decoder connected to a virtual printer and, optionally,
+// to an observer such as a listing.
 
 #pragma once
 
@@ -15,17 +15,18 @@
 #include "escpos/decoder.h"
 #include "escpos/virtual_printer.h"
 
-namespace escpos {
+namespace wren::escpos {
 
-/// Reads a stream piece by piece, in memory bounded by the limits.
+/// Reads a stream piece by piece. Its memory is bounded by the limits.
 class Reader {
  public:
-  /// `onlooker` is shown every command before it is carried out; it may be empty.
-  explicit Reader(PaperLimits limits = {}, Decoder::Sink onlooker = {});
+  /// @param observer is called with every command before it is executed; may be empty.
+  explicit Reader(PaperLimits limits = {}, Decoder::Sink observer = {});
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
 
-  /// Takes the next bytes. Returns false once printing has stopped; the rest need not be fed.
+  /// Reads the next bytes.
+  /// @return false once printing has stopped: further bytes have no effect.
   bool feed(std::span<const std::uint8_t> bytes);
 
   /// Ends the stream.
@@ -35,12 +36,12 @@ class Reader {
   const VirtualPrinter& printer() const { return printer_; }
 
  private:
-  Decoder::Sink onlooker_;
+  Decoder::Sink observer_;
   VirtualPrinter printer_;
   Decoder decoder_;
 };
 
-/// A stream that was read as a whole.
+/// The result of reading a whole stream.
 struct Reading {
   std::vector<Command> commands;
   Paper paper;
@@ -48,7 +49,7 @@ struct Reading {
   std::vector<Problem> problems;
 };
 
-/// Reads a whole stream that is in memory. The commands take about as much memory as the stream.
+/// Reads a stream that is in memory. The commands need about as much memory as the stream.
 Reading readAll(std::span<const std::uint8_t> bytes, PaperLimits limits = {});
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -7,21 +7,21 @@
 #include <bit>
 #include <utility>
 
-namespace escpos {
+namespace wren::escpos {
 namespace {
 
 constexpr std::uint64_t kBandUnits = std::uint64_t{kBandRows} * kUnitsPerRow;
 
-// What the allocator adds to each stripe; without it a stream of one-column images would take
-// several times the memory that it is allowed.
+// Allocator overhead per stripe. Without it, a stream of one-column images would use several times
+// its limit.
 constexpr std::uint64_t kAllocationBytes = 32;
 
 std::uint64_t costOf(const Stripe& stripe) {
   return sizeof(Stripe) + kAllocationBytes + stripe.columns.size();
 }
 
-// Feed units from the top of a stripe to the foot of its lowest dot.
-std::uint64_t inkedUnits(const Stripe& stripe) {
+// Feed units from the top of a stripe to the bottom of its lowest dot.
+std::uint64_t inkHeightUnits(const Stripe& stripe) {
   std::uint8_t used = 0;
   for (const std::uint8_t column : stripe.columns) used |= column;
   if (used == 0) return 0;
@@ -38,33 +38,33 @@ void VirtualPrinter::execute(const Command& command) {
   const auto& bytes = command.bytes;
   switch (command.kind) {
     case CommandKind::kInitialise:
-      dropLine("an initialisation");
+      discardLine("an initialisation");
       break;
     case CommandKind::kHome:
       ++totals_.pages;
-      mark(command, MarkKind::kPage);
+      addMark(command, MarkKind::kPage);
       break;
     case CommandKind::kBitImage:
-      bitImage(command);
+      addBitImage(command);
       break;
     case CommandKind::kFeed:
       feed(command);
       break;
     case CommandKind::kCut:
       ++totals_.cuts;
-      mark(command, bytes[2] == 0 ? MarkKind::kFullCut : MarkKind::kPartialCut);
+      addMark(command, bytes[2] == 0 ? MarkKind::kFullCut : MarkKind::kPartialCut);
       break;
     case CommandKind::kDrawerPulse:
       ++totals_.drawerPulses;
-      mark(command, MarkKind::kDrawerPulse, bytes[2], 2U * bytes[3]);
+      addMark(command, MarkKind::kDrawerPulse, bytes[2], 2U * bytes[3]);
       break;
     case CommandKind::kBeep:
       totals_.beeps += bytes[2];
-      mark(command, MarkKind::kBeep, bytes[2], bytes[3]);
+      addMark(command, MarkKind::kBeep, bytes[2], bytes[3]);
       break;
     case CommandKind::kUnknown:
     case CommandKind::kTruncated:
-      refuse(command.offset, describe(command));
+      report(command.offset, describe(command));
       break;
     case CommandKind::kNul:
     case CommandKind::kDirection:
@@ -75,18 +75,18 @@ void VirtualPrinter::execute(const Command& command) {
 }
 
 void VirtualPrinter::finish() {
-  if (!stopped_) dropLine("the end of the stream");
+  if (!stopped_) discardLine("the end of the stream");
 }
 
-// A bit image joins the line; nothing is on the paper before the feed that prints the line.
-void VirtualPrinter::bitImage(const Command& command) {
+// Appends the bit image to the line buffer; the next feed prints it.
+void VirtualPrinter::addBitImage(const Command& command) {
   const std::span<const std::uint8_t> columns = columnsOf(command);
   const std::uint32_t columnWidth = columnWidthDots(command);
   const std::uint32_t room = lineTooWide_ ? 0 : (limits_.widthDots - lineWidthDots_) / columnWidth;
   const std::size_t kept = std::min<std::size_t>(columns.size(), room);
   if (kept < columns.size() && !lineTooWide_) {
     lineTooWide_ = true;
-    refuse(command.offset,
+    report(command.offset,
            "a line is wider than " + std::to_string(limits_.widthDots) + " dots, the rest is lost");
   }
   if (kept == 0) return;
@@ -114,21 +114,26 @@ void VirtualPrinter::feed(const Command& command) {
   paper_.lengthUnits = std::max(paper_.lengthUnits, positionUnits_);
 }
 
-// The feed decides how long the paper gets. A line that is fed less than it has dots (never the
-// short last band of a page, whose lower rows are empty) still shows all of them.
+// A feed shorter than the dots of its line does not clip them: the paper ends below the lowest dot.
+// The short last band of a page is not such a case, because its lower rows are empty.
 void VirtualPrinter::printLine() {
   for (Stripe& stripe : line_) {
-    const std::uint64_t foot = stripe.topUnits + inkedUnits(stripe);
-    paper_.lengthUnits = std::max(paper_.lengthUnits, foot);
+    const std::uint64_t bottomUnits = stripe.topUnits + inkHeightUnits(stripe);
+    paper_.lengthUnits = std::max(paper_.lengthUnits, bottomUnits);
     paper_.stripes.push_back(std::move(stripe));
   }
   paper_.widthDots = std::max(paper_.widthDots, lineWidthDots_);
+  clearLine();
+}
+
+void VirtualPrinter::clearLine() {
   line_.clear();
   lineWidthDots_ = 0;
   lineTooWide_ = false;
 }
 
-void VirtualPrinter::mark(const Command& command, MarkKind kind, unsigned first, unsigned second) {
+void VirtualPrinter::addMark(const Command& command, MarkKind kind, unsigned first,
+                             unsigned second) {
   if (paper_.marks.size() >= limits_.marks) {
     stop(command.offset, "more than " + std::to_string(limits_.marks) +
                              " pages, cuts, pulses and beeps, printing stops here");
@@ -137,24 +142,22 @@ void VirtualPrinter::mark(const Command& command, MarkKind kind, unsigned first,
   paper_.marks.push_back({kind, positionUnits_, command.offset, first, second});
 }
 
-// Columns that were sent but not printed are lost when the printer starts anew.
-void VirtualPrinter::dropLine(const std::string& why) {
+// Initialisation and the end of the stream lose what is in the line buffer.
+void VirtualPrinter::discardLine(const std::string& cause) {
   if (line_.empty()) return;
-  refuse(lineOffset_, "dots that were not printed before " + why);
+  report(lineOffset_, "dots that were not printed before " + cause);
   for (const Stripe& stripe : line_) storedBytes_ -= costOf(stripe);
-  line_.clear();
-  lineWidthDots_ = 0;
-  lineTooWide_ = false;
+  clearLine();
 }
 
-void VirtualPrinter::refuse(std::uint64_t offset, const std::string& text) {
+void VirtualPrinter::report(std::uint64_t offset, const std::string& text) {
   ++totals_.problems;
   if (problems_.size() < kKeptProblems) problems_.push_back({offset, text});
 }
 
 void VirtualPrinter::stop(std::uint64_t offset, const std::string& text) {
-  refuse(offset, text);
+  report(offset, text);
   stopped_ = true;
 }
 
-}  // namespace escpos
+}  // namespace wren::escpos

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Hostile printer streams: whatever the bytes, the commands cover the stream
-// without a gap, the same ones come out of pieces of any size, and the paper
-// keeps to its limits.
+// Arbitrary printer streams. The commands must cover the stream without gaps and
+// must not depend on the sizes of the pieces; the paper must stay within its limits.
 
 #include <algorithm>
 #include <cstdint>
@@ -14,49 +13,50 @@
 #include "escpos/command.h"
 #include "escpos/reader.h"
 
+namespace wren::escpos {
 namespace {
 
-// Small limits, so that short inputs reach them.
-constexpr escpos::PaperLimits kLimits = {4000, 300, 20'000, 50};
+// Small enough for short inputs to reach them.
+constexpr PaperLimits kLimits = {4000, 300, 20'000, 50};
 
 void require(bool holds) {
   if (!holds) std::abort();
 }
 
-void checkCoverage(const escpos::Reading& reading, std::size_t size, bool whole) {
+void checkCoverage(const Reading& reading, std::size_t size, bool whole) {
   std::uint64_t next = 0;
-  for (const escpos::Command& command : reading.commands) {
+  for (const Command& command : reading.commands) {
     require(command.offset == next);
     require(command.length > 0);
     next += command.length;
-    require(!escpos::listingLine(command).empty());
+    require(!listingLine(command).empty());
   }
   require(next <= size);
   if (whole) require(next == size);
 }
 
-void checkPaper(const escpos::Paper& paper) {
+void checkPaper(const Paper& paper) {
   require(paper.lengthUnits <= kLimits.lengthUnits);
   require(paper.widthDots <= kLimits.widthDots);
   require(paper.marks.size() <= kLimits.marks);
   std::vector<std::uint8_t> dots(paper.widthDots);
   std::uint64_t next = 0;
-  for (const escpos::Piece& piece : escpos::pieces(paper)) {
+  for (const Piece& piece : pieces(paper)) {
     require(piece.rows.first == next && piece.rows.first < piece.rows.end);
     next = piece.rows.end;
     for (std::uint64_t row = piece.rows.first; row < piece.rows.end; ++row) {
-      escpos::renderRow(paper, row, dots);
+      renderRow(paper, row, dots);
     }
   }
   require(next == paper.allRows().end);
 }
 
-// Feeds pieces whose sizes the input itself decides.
-void checkPieces(std::span<const std::uint8_t> bytes, const escpos::Reading& whole) {
+// Feeds pieces whose sizes depend on the input.
+void checkPieces(std::span<const std::uint8_t> bytes, const Reading& whole) {
   std::size_t at = 0;
-  escpos::Reader reader(kLimits, [&](const escpos::Command& command) {
+  Reader reader(kLimits, [&](const Command& command) {
     require(at < whole.commands.size());
-    const escpos::Command& expected = whole.commands[at++];
+    const Command& expected = whole.commands[at++];
     require(command.kind == expected.kind && command.offset == expected.offset);
     require(command.bytes == expected.bytes);
   });
@@ -70,15 +70,19 @@ void checkPieces(std::span<const std::uint8_t> bytes, const escpos::Reading& who
   require(reader.printer().paper().lengthUnits == whole.paper.lengthUnits);
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::span<const std::uint8_t> bytes(data, size);
-  const escpos::Reading reading = escpos::readAll(bytes, kLimits);
-  escpos::VirtualPrinter whole(kLimits);
-  for (const escpos::Command& command : reading.commands) whole.execute(command);
-  checkCoverage(reading, size, !whole.stopped());
+void checkStream(std::span<const std::uint8_t> bytes) {
+  const Reading reading = readAll(bytes, kLimits);
+  VirtualPrinter printer(kLimits);
+  for (const Command& command : reading.commands) printer.execute(command);
+  checkCoverage(reading, bytes.size(), !printer.stopped());
   checkPaper(reading.paper);
   checkPieces(bytes, reading);
+}
+
+}  // namespace
+}  // namespace wren::escpos
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  wren::escpos::checkStream({data, size});
   return 0;
 }

@@ -84,7 +84,7 @@ draw_cell() {
   local cell="$work/$1_$2" window=() settings="HalftoneType=$1 Brightness=$2"
   PPD=$ppd sh "$work/run" 1 user halftones 1 "${job_options[*]} $settings" "$work/pages.ras" >"$cell.prn" 2>"$cell.log" ||
     fail "$STATUS_FAILED" "the filter failed with $settings: $(tail -n 1 "$cell.log")"
-  "$WREN_ROOT/build/release/escpos/preview/wren-preview" "$cell.prn" -o "$cell.png" >/dev/null ||
+  "$WREN_ROOT/build/release/preview/wren-preview" "$cell.prn" -o "$cell.png" >/dev/null ||
     fail "$STATUS_FAILED" "the printer bytes of $settings cannot be read back whole"
   [[ -z $crop ]] || window=(-crop "$crop" +repage)
   convert "$cell.png" "${window[@]}" -bordercolor '#c8ccd4' -border 1 "$cell.png"

@@ -48,7 +48,7 @@ build_for_printing() {
 draw_paper() {
   local picture
   picture=$(picture_of "$1")
-  "$WREN_ROOT/build/release/escpos/preview/wren-preview" "$1" --marks -o "$picture" >/dev/null ||
+  "$WREN_ROOT/build/release/preview/wren-preview" "$1" --marks -o "$picture" >/dev/null ||
     fail "$STATUS_FAILED" "the printer bytes cannot be read back whole: $1"
   say "picture: $picture"
 }

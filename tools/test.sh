@@ -45,7 +45,7 @@ test_preset() {
 
 coverage_report() {
   local folder
-  (cd "$WREN_ROOT" && for folder in common bitmap stencil printer filter escpos; do
+  (cd "$WREN_ROOT" && for folder in common bitmap stencil printer filter escpos preview; do
     [[ -d $folder ]] && printf -- '--filter=%s/ ' "$folder"
   done) | (cd "$WREN_ROOT" && xargs gcovr --root . --print-summary --exclude-throw-branches \
     --exclude-unreachable-branches build/coverage)

@@ -5,18 +5,17 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/escpos/streams.h"
+#include "tests/escpos/printer_streams.h"
 
+namespace wren::escpos {
 namespace {
 
-using escpos::Command;
-using escpos::CommandKind;
 using streams::Bytes;
 using streams::hex;
 using streams::operator+;
 
 Command commandOf(const Bytes& bytes) {
-  return {escpos::kindOf(bytes), 0, bytes.size(), bytes};
+  return {kindOf(bytes), 0, bytes.size(), bytes};
 }
 
 struct Known {
@@ -30,16 +29,16 @@ class KnownCommand : public testing::TestWithParam<Known> {};
 TEST_P(KnownCommand, IsMeasuredByteByByteNamedAndDescribed) {
   const Bytes bytes = hex(GetParam().bytes);
   for (std::size_t have = 0; have < bytes.size(); ++have) {
-    const auto measure = escpos::measureCommand(std::span(bytes).first(have));
+    const auto measure = measureCommand(std::span(bytes).first(have));
     EXPECT_TRUE(measure.known) << have;
     EXPECT_GT(measure.length, have) << have;
     EXPECT_LE(measure.length, bytes.size()) << have;
   }
-  const auto whole = escpos::measureCommand(bytes);
+  const auto whole = measureCommand(bytes);
   EXPECT_TRUE(whole.known);
   EXPECT_EQ(whole.length, bytes.size());
-  EXPECT_EQ(escpos::kindOf(bytes), GetParam().kind);
-  EXPECT_EQ(escpos::describe(commandOf(bytes)), GetParam().meaning);
+  EXPECT_EQ(kindOf(bytes), GetParam().kind);
+  EXPECT_EQ(describe(commandOf(bytes)), GetParam().meaning);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -68,44 +67,44 @@ INSTANTIATE_TEST_SUITE_P(
                     Known{"1F1B1F4265657007", CommandKind::kBuzzerSetup, "buzzer set-up 7"},
                     Known{"1B76", CommandKind::kStatusRequest, "ask for the paper status"}));
 
-TEST(UnknownCommand, IsRefusedAtTheFirstByteThatFits) {
+TEST(UnknownCommand, IsDetectedAtTheFirstByteThatFitsNoCommand) {
   for (const char* bytes : {"41", "1B41", "1B2A02", "1B2A21", "1B7002", "1D57", "1D5602", "1D5641",
                             "1F40", "1F1B40", "1F1B1F4266", "FF"}) {
     const Bytes start = hex(bytes);
-    EXPECT_FALSE(escpos::measureCommand(start).known) << bytes;
-    EXPECT_TRUE(escpos::measureCommand(std::span(start).first(start.size() - 1)).known) << bytes;
+    EXPECT_FALSE(measureCommand(start).known) << bytes;
+    EXPECT_TRUE(measureCommand(std::span(start).first(start.size() - 1)).known) << bytes;
   }
 }
 
 TEST(BitImage, CountsItsColumnsInSixteenBitsLowByteFirst) {
-  EXPECT_EQ(escpos::measureCommand(hex("1B2A018001")).length, 5u + 384u);
-  EXPECT_EQ(escpos::measureCommand(hex("1B2A01FFFF")).length, 5u + 65535u);
-  EXPECT_EQ(escpos::measureCommand(hex("1B2A000000")).length, 5u);
+  EXPECT_EQ(measureCommand(hex("1B2A018001")).length, 5u + 384u);
+  EXPECT_EQ(measureCommand(hex("1B2A01FFFF")).length, 5u + 65535u);
+  EXPECT_EQ(measureCommand(hex("1B2A000000")).length, 5u);
 }
 
 TEST(BitImage, HasColumnsTwoDotsWideInSingleDensity) {
-  EXPECT_EQ(escpos::columnWidthDots(commandOf(hex("1B2A000000"))), 2u);
-  EXPECT_EQ(escpos::columnWidthDots(commandOf(hex("1B2A010000"))), 1u);
+  EXPECT_EQ(columnWidthDots(commandOf(hex("1B2A000000"))), 2u);
+  EXPECT_EQ(columnWidthDots(commandOf(hex("1B2A010000"))), 1u);
 }
 
 TEST(Listing, ShowsOffsetsBytesAndMeaning) {
   Command feed = commandOf(hex("1B4A10"));
   feed.offset = 1000;
-  EXPECT_EQ(escpos::listingLine(feed),
+  EXPECT_EQ(listingLine(feed),
             "      1000      3E8  1B 4A 10                    print and feed 16 units (8 rows)");
 }
 
 TEST(Listing, LeavesOutTheColumnsOfABitImage) {
   const Command image = commandOf(hex("1B2A010300 FFFFFF"));
-  EXPECT_EQ(escpos::listingLine(image),
+  EXPECT_EQ(listingLine(image),
             "         0        0  1B 2A 01 03 00 ..           "
             "bit image, double density, 3 columns, 24 dots");
 }
 
-TEST(Listing, ShowsTheBeginningOfARun) {
+TEST(Listing, ShowsTheFirstEightBytesOfARun) {
   const Command run{CommandKind::kNul, 0, 64, Bytes(16, 0)};
-  EXPECT_EQ(escpos::listingLine(run),
-            "         0        0  00 00 00 00 00 00 00 00 ..  64 zero bytes");
+  EXPECT_EQ(listingLine(run), "         0        0  00 00 00 00 00 00 00 00 ..  64 zero bytes");
 }
 
 }  // namespace
+}  // namespace wren::escpos

@@ -7,11 +7,11 @@
 
 #include <random>
 
-#include "tests/escpos/streams.h"
+#include "tests/escpos/printer_streams.h"
 
-namespace escpos {
+namespace wren::escpos {
 
-// GoogleTest finds these by the namespace of Command.
+// Outside the unnamed namespace, so that GoogleTest finds them by argument-dependent lookup.
 static bool operator==(const Command& a, const Command& b) {
   return a.kind == b.kind && a.offset == b.offset && a.length == b.length && a.bytes == b.bytes;
 }
@@ -20,12 +20,8 @@ static void PrintTo(const Command& command, std::ostream* out) {
   *out << listingLine(command);
 }
 
-}  // namespace escpos
-
 namespace {
 
-using escpos::Command;
-using escpos::CommandKind;
 using streams::bitImage;
 using streams::Bytes;
 using streams::feed;
@@ -35,7 +31,7 @@ using streams::operator+;
 
 std::vector<Command> decode(const Bytes& bytes, std::size_t pieceSize = SIZE_MAX) {
   std::vector<Command> commands;
-  escpos::Decoder decoder([&](const Command& command) { commands.push_back(command); });
+  Decoder decoder([&](const Command& command) { commands.push_back(command); });
   std::span<const std::uint8_t> rest = bytes;
   while (!rest.empty()) {
     const std::size_t count = std::min(pieceSize, rest.size());
@@ -75,52 +71,55 @@ TEST(Decoder, DoesNotLookForCommandsAmongColumns) {
   EXPECT_EQ(commands[1].offset, 12u);
 }
 
-TEST(Decoder, FindsTheNextCommandAfterUnknownBytes) {
-  EXPECT_EQ(outline(decode(hex("48656C6C6F 1B4A10 0A 1D5600"))),
-            "0+5 5 unknown bytes; 5+3 print and feed 16 units (8 rows); 8+1 1 unknown byte; "
-            "9+3 full cut; ");
+struct FaultyStream {
+  const char* name;
+  const char* bytes;
+  const char* outline;
+};
+
+constexpr FaultyStream kFaultyStreams[] = {
+    {"UnknownBytesEndAtTheNextCommand", "48656C6C6F 1B4A10 0A 1D5600",
+     "0+5 5 unknown bytes; 5+3 print and feed 16 units (8 rows); 8+1 1 unknown byte; "
+     "9+3 full cut; "},
+    {"CommandAfterALoneEscape", "1B 1B40", "0+1 1 unknown byte; 1+2 initialise the printer; "},
+    {"CommandAfterTheStartOfACut", "1D 1B40", "0+1 1 unknown byte; 1+2 initialise the printer; "},
+    {"CommandInsideAnUnknownBuzzerSetup", "1F1B1F426565 1B40",
+     "0+6 6 unknown bytes; 6+2 initialise the printer; "},
+    {"CommandInsideTheStartOfABuzzerSetup", "1F 1B40 1B76",
+     "0+1 1 unknown byte; 1+2 initialise the printer; 3+2 ask for the paper status; "},
+    {"ZeroBytesAfterUnknownOnesBelongToThem", "1B2100 00 1B40 00",
+     "0+4 4 unknown bytes; 4+2 initialise the printer; 6+1 1 zero byte; "},
+    {"UnknownByteEndsARunOfZeroBytes", "0000 41", "0+2 2 zero bytes; 2+1 1 unknown byte; "},
+    {"TruncatedFeed", "1B40 1B4A",
+     "0+2 initialise the printer; 2+2 the stream ends inside a command, after 2 bytes of it; "},
+    {"TruncatedBitImage", "1B2A01 0A00 FFFF",
+     "0+7 the stream ends inside a command, after 7 bytes of it; "},
+    {"TruncatedCommandAfterAnUnknownByte", "41 1F",
+     "0+1 1 unknown byte; 1+1 the stream ends inside a command, after 1 byte of it; "},
+    {"EmptyStream", "", ""},
+};
+
+void PrintTo(const FaultyStream& stream, std::ostream* out) {
+  *out << stream.bytes;
 }
 
-TEST(Decoder, FindsACommandThatBeginsInsideAnUnknownOne) {
-  EXPECT_EQ(outline(decode(hex("1B1B40"))), "0+1 1 unknown byte; 1+2 initialise the printer; ");
-  EXPECT_EQ(outline(decode(hex("1D1B40"))), "0+1 1 unknown byte; 1+2 initialise the printer; ");
-  EXPECT_EQ(outline(decode(hex("1F1B1F4265651B40"))),
-            "0+6 6 unknown bytes; 6+2 initialise the printer; ");
-  EXPECT_EQ(outline(decode(hex("1F1B40 1B76"))),
-            "0+1 1 unknown byte; 1+2 initialise the printer; 3+2 ask for the paper status; ");
+class DecoderOfFaultyStreams : public testing::TestWithParam<FaultyStream> {};
+
+TEST_P(DecoderOfFaultyStreams, Resynchronizes) {
+  EXPECT_EQ(outline(decode(hex(GetParam().bytes))), GetParam().outline);
 }
 
-TEST(Decoder, TakesZeroBytesAfterAnUnknownCommandForItsParameters) {
-  EXPECT_EQ(outline(decode(hex("1B2100 00 1B40 00"))),
-            "0+4 4 unknown bytes; 4+2 initialise the printer; 6+1 1 zero byte; ");
-}
+INSTANTIATE_TEST_SUITE_P(Streams, DecoderOfFaultyStreams, testing::ValuesIn(kFaultyStreams),
+                         [](const auto& stream) { return stream.param.name; });
 
-TEST(Decoder, EndsAZeroRunAtAnUnknownByte) {
-  EXPECT_EQ(outline(decode(hex("0000 41"))), "0+2 2 zero bytes; 2+1 1 unknown byte; ");
-}
-
-TEST(Decoder, SaysWhereAStreamWasCutOff) {
-  EXPECT_EQ(outline(decode(hex("1B40 1B4A"))),
-            "0+2 initialise the printer; "
-            "2+2 the stream ends inside a command, after 2 bytes of it; ");
-  EXPECT_EQ(outline(decode(hex("1B2A01 0A00 FFFF"))),
-            "0+7 the stream ends inside a command, after 7 bytes of it; ");
-  EXPECT_EQ(outline(decode(hex("41 1F"))),
-            "0+1 1 unknown byte; 1+1 the stream ends inside a command, after 1 byte of it; ");
-}
-
-TEST(Decoder, HasNothingToSayAboutAnEmptyStream) {
-  EXPECT_TRUE(decode({}).empty());
-}
-
-TEST(Decoder, KeepsOnlyTheBeginningOfARun) {
+TEST(Decoder, KeepsOnlyTheFirstBytesOfARun) {
   const auto commands = decode(repeat(1'000'000, 0x41));
   ASSERT_EQ(commands.size(), 1u);
   EXPECT_EQ(commands[0].length, 1'000'000u);
-  EXPECT_EQ(commands[0].bytes, repeat(escpos::kKeptRunBytes, 0x41));
+  EXPECT_EQ(commands[0].bytes, repeat(kKeptRunBytes, 0x41));
 }
 
-TEST(Decoder, ReadsTheSameInPiecesOfAnySize) {
+TEST(Decoder, GivesTheSameCommandsForPiecesOfAnySize) {
   std::mt19937 random(7);
   const Bytes alphabet = hex("00 1B 1D 1F 40 3C 2A 4A 55 42 70 76 56 65 01 02 06 41");
   for (int round = 0; round < 200; ++round) {
@@ -132,7 +131,7 @@ TEST(Decoder, ReadsTheSameInPiecesOfAnySize) {
   }
 }
 
-TEST(Decoder, AccountsForEveryByteOnce) {
+TEST(Decoder, CoversEveryByteExactlyOnce) {
   std::mt19937 random(11);
   for (int round = 0; round < 200; ++round) {
     Bytes stream;
@@ -147,3 +146,4 @@ TEST(Decoder, AccountsForEveryByteOnce) {
 }
 
 }  // namespace
+}  // namespace wren::escpos

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Two decoders by two hands read every golden job: they must see the same
-// commands, the same pages and the same dots.
+// Compares the decoder of escpos/ with the independent one of tests/support on
+// every golden job: same commands, same pages, same dots.
 
 #include <gtest/gtest.h>
 
@@ -18,9 +18,8 @@
 #include "tests/support/printer_bytes.h"
 #include "tests/support/temporary_folder.h"
 
+namespace wren::escpos {
 namespace {
-
-using escpos::CommandKind;
 
 const std::filesystem::path kJobs = std::filesystem::path(WREN_SOURCE_DIR) / "tests/golden/jobs";
 
@@ -43,15 +42,15 @@ std::string nameOf(CommandKind kind) {
   return name == kNames.end() ? "unknown" : name->second;
 }
 
-// Rows of a page on the paper, drawn like those of the other decoder: one mark for a column,
-// which in single density is two dots wide.
-std::vector<std::string> rowsOnPaper(const escpos::Paper& paper, std::uint64_t top,
+// The rows of a page in the form of the other decoder: one character per column, which is two
+// dots wide in single density.
+std::vector<std::string> rowsOnPaper(const Paper& paper, std::uint64_t top,
                                      const wren_test::PrintedPage& page) {
   const unsigned columnWidth = page.mode == 0 ? 2 : 1;
   std::vector<std::string> rows;
   for (std::size_t row = 0; row < page.rows.size(); ++row) {
     std::vector<std::uint8_t> dots(page.rows[row].size() * columnWidth);
-    escpos::renderRow(paper, top + row, dots);
+    renderRow(paper, top + row, dots);
     std::string text;
     for (std::size_t x = 0; x < dots.size(); x += columnWidth) {
       text += dots[x] != 0 ? '#' : '.';
@@ -62,10 +61,10 @@ std::vector<std::string> rowsOnPaper(const escpos::Paper& paper, std::uint64_t t
   return rows;
 }
 
-std::vector<std::uint64_t> pageTops(const escpos::Paper& paper) {
+std::vector<std::uint64_t> pageTops(const Paper& paper) {
   std::vector<std::uint64_t> tops;
-  for (const escpos::Mark& mark : paper.marks) {
-    if (mark.kind == escpos::MarkKind::kPage) tops.push_back(mark.atUnits / escpos::kUnitsPerRow);
+  for (const Mark& mark : paper.marks) {
+    if (mark.kind == MarkKind::kPage) tops.push_back(mark.atUnits / kUnitsPerRow);
   }
   return tops;
 }
@@ -74,7 +73,7 @@ class GoldenAgreement : public testing::TestWithParam<std::string> {};
 
 TEST_P(GoldenAgreement, BothDecodersReadTheSame) {
   const auto job = golden::parseJob(GetParam(), wren_test::readFile(kJobs / (GetParam() + ".job")));
-  const escpos::Reading reading = escpos::readAll(job.output);
+  const Reading reading = readAll(job.output);
   const std::string text(job.output.begin(), job.output.end());
 
   const auto others = wren_test::decodePrinterBytes(text);
@@ -116,3 +115,4 @@ TEST(GoldenJobs, AreThere) {
 }
 
 }  // namespace
+}  // namespace wren::escpos

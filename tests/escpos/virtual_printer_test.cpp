@@ -6,14 +6,11 @@
 #include <gtest/gtest.h>
 
 #include "escpos/reader.h"
-#include "tests/escpos/streams.h"
+#include "tests/escpos/printer_streams.h"
 
+namespace wren::escpos {
 namespace {
 
-using escpos::MarkKind;
-using escpos::PaperLimits;
-using escpos::readAll;
-using escpos::Reading;
 using streams::bitImage;
 using streams::Bytes;
 using streams::feed;
@@ -21,12 +18,12 @@ using streams::hex;
 using streams::repeat;
 using streams::operator+;
 
-// The paper as text, one line per raster row.
-std::string drawn(const escpos::Paper& paper) {
+// One line of text per raster row.
+std::string drawn(const Paper& paper) {
   std::string text;
   std::vector<std::uint8_t> dots(paper.widthDots);
   for (std::uint64_t row = 0; row < paper.allRows().end; ++row) {
-    escpos::renderRow(paper, row, dots);
+    renderRow(paper, row, dots);
     for (const std::uint8_t dot : dots) text += dot != 0 ? '#' : '.';
     text += '\n';
   }
@@ -52,7 +49,7 @@ TEST(VirtualPrinter, PrintsThirteenRowsInTwoBands) {
   EXPECT_EQ(problemsOf(reading), "");
 }
 
-TEST(VirtualPrinter, FeedsEightRowsAtTheEndOfAPage) {
+TEST(VirtualPrinter, FeedsTwoUnitsPerRow) {
   EXPECT_EQ(readAll(hex("1B4A10")).paper.allRows().end, 8u);
 }
 
@@ -61,7 +58,7 @@ TEST(VirtualPrinter, DrawsAColumnOfSingleDensityTwiceAsWide) {
   EXPECT_EQ(drawn(readAll(bitImage(1, hex("80 40 80")) + feed(4)).paper), "#.#\n.#.\n");
 }
 
-TEST(VirtualPrinter, SetsBitImagesOfOneLineSideBySide) {
+TEST(VirtualPrinter, PlacesBitImagesOfOneLineSideBySide) {
   EXPECT_EQ(drawn(readAll(bitImage(1, hex("8080")) + bitImage(0, hex("40")) + feed(4)).paper),
             "##..\n..##\n");
 }
@@ -80,26 +77,28 @@ TEST(VirtualPrinter, CountsAHalfRowAtTheEndAsARow) {
   EXPECT_EQ(readAll(feed(3)).paper.allRows().end, 2u);
 }
 
-TEST(VirtualPrinter, NotesCutsPulsesAndBeepsWhereTheyHappen) {
+std::string marksOf(const Paper& paper) {
+  std::string text;
+  for (const Mark& mark : paper.marks) {
+    constexpr const char* kNames[] = {"page", "full cut", "partial cut", "pulse", "beep"};
+    text += std::to_string(mark.atUnits) + ": " + kNames[static_cast<std::size_t>(mark.kind)] +
+            " " + std::to_string(mark.first) + " " + std::to_string(mark.second) + " from " +
+            std::to_string(mark.offset) + "\n";
+  }
+  return text;
+}
+
+TEST(VirtualPrinter, RecordsPagesCutsPulsesAndBeepsWithTheirPosition) {
   const Bytes stream = hex("1B42 0301") + hex("1B3C") + feed(16) + hex("1D5601") + feed(48) +
                        hex("1D5600") + hex("1B70009632") + hex("1B420205");
   const Reading reading = readAll(stream);
-  const auto& marks = reading.paper.marks;
-  ASSERT_EQ(marks.size(), 6u);
-  EXPECT_EQ(marks[0].kind, MarkKind::kBeep);
-  EXPECT_EQ(marks[0].atUnits, 0u);
-  EXPECT_EQ(marks[0].first, 3u);
-  EXPECT_EQ(marks[0].second, 1u);
-  EXPECT_EQ(marks[1].kind, MarkKind::kPage);
-  EXPECT_EQ(marks[1].offset, 4u);
-  EXPECT_EQ(marks[2].kind, MarkKind::kPartialCut);
-  EXPECT_EQ(marks[2].atUnits, 16u);
-  EXPECT_EQ(marks[3].kind, MarkKind::kFullCut);
-  EXPECT_EQ(marks[3].atUnits, 64u);
-  EXPECT_EQ(marks[4].kind, MarkKind::kDrawerPulse);
-  EXPECT_EQ(marks[4].first, 0u);
-  EXPECT_EQ(marks[4].second, 300u);
-  EXPECT_EQ(marks[5].kind, MarkKind::kBeep);
+  EXPECT_EQ(marksOf(reading.paper),
+            "0: beep 3 1 from 0\n"
+            "0: page 0 0 from 4\n"
+            "16: partial cut 0 0 from 9\n"
+            "64: full cut 0 0 from 15\n"
+            "64: pulse 0 300 from 18\n"
+            "64: beep 2 5 from 23\n");
   EXPECT_EQ(reading.totals.pages, 1u);
   EXPECT_EQ(reading.totals.cuts, 2u);
   EXPECT_EQ(reading.totals.drawerPulses, 1u);
@@ -123,7 +122,7 @@ TEST(VirtualPrinter, ReportsDotsThatAreNeverPrinted) {
   EXPECT_EQ(problemsOf(readAll(bitImage(1, {}))), "");
 }
 
-TEST(VirtualPrinter, LetsWideLinesFallOffThePaper) {
+TEST(VirtualPrinter, ClipsLinesThatAreTooWide) {
   PaperLimits limits;
   limits.widthDots = 3;
   const Bytes line = bitImage(1, hex("80 80")) + bitImage(0, hex("80 80")) + bitImage(1, hex("80"));
@@ -132,7 +131,7 @@ TEST(VirtualPrinter, LetsWideLinesFallOffThePaper) {
   EXPECT_EQ(problemsOf(reading), "7: a line is wider than 3 dots, the rest is lost; ");
 }
 
-TEST(VirtualPrinter, StopsWhereThePaperEnds) {
+TEST(VirtualPrinter, StopsAtTheLimitOfLength) {
   PaperLimits limits;
   limits.lengthUnits = 40;
   const Bytes line = bitImage(1, hex("FF")) + feed(16);
@@ -151,7 +150,7 @@ TEST(VirtualPrinter, UsesThePaperUpToItsLastUnit) {
   EXPECT_NE(problemsOf(readAll(line + line + feed(1), limits)), "");
 }
 
-TEST(VirtualPrinter, StopsWhenTooManyDotsPileUp) {
+TEST(VirtualPrinter, StopsAtTheLimitOfStoredBytes) {
   PaperLimits limits;
   limits.storedBytes = 1000;
   const Bytes line = bitImage(1, repeat(300, 0xFF)) + feed(0);
@@ -160,7 +159,7 @@ TEST(VirtualPrinter, StopsWhenTooManyDotsPileUp) {
   EXPECT_EQ(problemsOf(reading), "616: more dots than can be kept, printing stops here; ");
 }
 
-TEST(VirtualPrinter, StopsWhenTooMuchHappensInOnePlace) {
+TEST(VirtualPrinter, StopsAtTheLimitOfMarks) {
   PaperLimits limits;
   limits.marks = 2;
   EXPECT_EQ(problemsOf(readAll(hex("1B3C 1D5600 1B3C 1D5600"), limits)),
@@ -171,63 +170,9 @@ TEST(VirtualPrinter, KeepsTheFirstProblemsAndCountsTheOthers) {
   Bytes stream;
   for (int i = 0; i < 250; ++i) stream = stream + hex("41 1B40");
   const Reading reading = readAll(stream);
-  EXPECT_EQ(reading.problems.size(), escpos::VirtualPrinter::kKeptProblems);
+  EXPECT_EQ(reading.problems.size(), VirtualPrinter::kKeptProblems);
   EXPECT_EQ(reading.totals.problems, 250u);
 }
 
-TEST(Reader, TellsThatTheRestNeedNotBeFed) {
-  PaperLimits limits;
-  limits.lengthUnits = 2;
-  escpos::Reader reader(limits);
-  EXPECT_TRUE(reader.feed(feed(2)));
-  EXPECT_FALSE(reader.feed(feed(1)));
-  EXPECT_FALSE(reader.feed(feed(1)));
-  reader.finish();
-  EXPECT_EQ(reader.bytesTaken(), 6u);
-  EXPECT_EQ(reader.printer().totals().problems, 1u);
-}
-
-TEST(Pieces, EndAtCutsAndAtTheBeginningOfPages) {
-  const Bytes page = hex("1B3C") + bitImage(1, hex("FF")) + feed(16) + feed(16);
-  const auto ranges = [](const Bytes& stream) {
-    std::string text;
-    for (const auto& piece : escpos::pieces(readAll(stream).paper)) {
-      text += std::to_string(piece.rows.first) + "-" + std::to_string(piece.rows.end) + " ";
-    }
-    return text;
-  };
-  EXPECT_EQ(ranges(page), "0-16 ");
-  EXPECT_EQ(ranges(page + page), "0-16 16-32 ");
-  EXPECT_EQ(ranges(page + hex("1D5600") + page + hex("1D5600")), "0-16 16-32 ");
-  EXPECT_EQ(ranges(page + feed(16) + hex("1D5601")), "0-24 ");
-  EXPECT_EQ(ranges(hex("1D5600") + page + hex("1D5600") + feed(2)), "0-16 16-17 ");
-  EXPECT_EQ(ranges({}), "");
-}
-
-TEST(Pieces, TakeTheirMarksInTheOrderOfTheStream) {
-  // Beep and page open the first piece, a beep and the cut end it; the second one is begun by a
-  // beep and takes the pulse at the very end.
-  const Bytes stream = hex("1B420101 1B3C") + feed(16) + hex("1B420202 1D5600 1B420303 1B3C") +
-                       feed(16) + hex("1D5600 1B70003232");
-  const auto paper = readAll(stream).paper;
-  const auto parts = escpos::pieces(paper);
-  ASSERT_EQ(parts.size(), 2u);
-  EXPECT_EQ(parts[0].firstMark, 0u);
-  EXPECT_EQ(parts[0].endMark, 4u);
-  EXPECT_EQ(parts[1].firstMark, 4u);
-  EXPECT_EQ(parts[1].endMark, 8u);
-  EXPECT_EQ(paper.marks.size(), 8u);
-}
-
-TEST(RenderRow, LeavesOutWhatIsRightOfTheDotsAskedFor) {
-  const Reading reading = readAll(bitImage(0, hex("80 80")) + feed(16));
-  std::vector<std::uint8_t> dots(3, 9);
-  escpos::renderRow(reading.paper, 0, dots);
-  EXPECT_EQ(dots, (std::vector<std::uint8_t>{1, 1, 1}));
-  escpos::renderRow(reading.paper, 1, dots);
-  EXPECT_EQ(dots, (std::vector<std::uint8_t>{0, 0, 0}));
-  escpos::renderRow(reading.paper, 1'000'000, dots);
-  EXPECT_EQ(dots, (std::vector<std::uint8_t>{0, 0, 0}));
-}
-
 }  // namespace
+}  // namespace wren::escpos

@@ -27,7 +27,7 @@ Ink inkOf(const reference::Page& page) {
 }
 
 double millimetres(std::uint64_t units) {
-  return static_cast<double>(units) / escpos::kUnitsPerRow / 203.0 * 25.4;
+  return static_cast<double>(units) / wren::escpos::kUnitsPerRow / 203.0 * 25.4;
 }
 
 std::string Guide::pdf(unsigned width, unsigned length, const std::string& drawing) {
@@ -60,13 +60,13 @@ std::string Guide::textFile(const std::string& text) {
   return path;
 }
 
-escpos::Paper Guide::paperOf(const Printed& printed) {
-  auto reading = escpos::readAll(printed.bytes);
+wren::escpos::Paper Guide::paperOf(const Printed& printed) {
+  auto reading = wren::escpos::readAll(printed.bytes);
   EXPECT_TRUE(reading.problems.empty());
   return std::move(reading.paper);
 }
 
-escpos::Paper Guide::paperOf(const std::string& document, const Options& jobOptions, int copies) {
+wren::escpos::Paper Guide::paperOf(const std::string& document, const Options& jobOptions, int copies) {
   return paperOf(print(document, 80, jobOptions, copies));
 }
 
@@ -80,9 +80,9 @@ double Guide::shareOfDots(const Printed& printed) {
   std::uint64_t dots = 0;
   std::vector<std::uint8_t> row(576);
   const auto bottom =
-      paper.stripes.empty() ? 0 : paper.stripes.back().topUnits / escpos::kUnitsPerRow + 8;
+      paper.stripes.empty() ? 0 : paper.stripes.back().topUnits / wren::escpos::kUnitsPerRow + 8;
   for (; rows < bottom; ++rows) {
-    escpos::renderRow(paper, rows, row);
+    wren::escpos::renderRow(paper, rows, row);
     dots += static_cast<std::uint64_t>(std::count(row.begin(), row.end(), 1));
   }
   return rows == 0 ? 0 : static_cast<double>(dots) / static_cast<double>(rows * row.size());

@@ -46,10 +46,10 @@ class Guide : public PrintChain {
   std::string textFile(const std::string& text);
 
   /// The paper that a document gives; fails the test when the bytes cannot be read back.
-  escpos::Paper paperOf(const Printed& printed);
+  wren::escpos::Paper paperOf(const Printed& printed);
 
   /// Prints and gives the paper.
-  escpos::Paper paperOf(const std::string& document, const Options& jobOptions, int copies = 1);
+  wren::escpos::Paper paperOf(const std::string& document, const Options& jobOptions, int copies = 1);
 
   /// How much of the page is dots, from 0 to 1, the feeds at its end left out.
   double shareOfDots(const Printed& printed);

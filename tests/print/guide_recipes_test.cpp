@@ -12,7 +12,7 @@
 
 namespace {
 
-using escpos::MarkKind;
+using wren::escpos::MarkKind;
 using print_chain::millimetres;
 using print_chain::Options;
 using testing::ElementsAre;

@@ -94,7 +94,7 @@ TEST_F(GuideSizes, ACustomPageWiderThanTheHeadKeepsItsMiddle) {
   EXPECT_NEAR(inkOf(printed.raster.at(0)).width(), 770, 2);
   const auto paper = paperOf(printed);
   std::vector<std::uint8_t> row(576);
-  escpos::renderRow(paper, 60, row);
+  wren::escpos::renderRow(paper, 60, row);
   const auto first = std::find(row.begin(), row.end(), 1) - row.begin();
   EXPECT_NEAR(static_cast<double>(first), 274, 3) << "the bar in the middle";
   EXPECT_NEAR(static_cast<double>(std::count(row.begin(), row.end(), 1)), 28, 2);

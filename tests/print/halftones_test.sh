@@ -23,7 +23,7 @@ grep -qxF "sheet: $work/sheet.png" "$work/said"
 paper() {
   "$source_dir/tools/chain" --quiet --filter "$build_dir/filter/rastertowren" --ppd "$ppd" \
     --type image/png --out "$work/$1.prn" -o "HalftoneType=$1" -- "$photo"
-  "$build_dir/escpos/preview/wren-preview" "$work/$1.prn" -o "$work/whole.png" >/dev/null
+  "$build_dir/preview/wren-preview" "$work/$1.prn" -o "$work/whole.png" >/dev/null
   convert "$work/whole.png" -crop "$PART" +repage -threshold 50% "$2"
 }
 

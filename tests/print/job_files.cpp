@@ -89,18 +89,18 @@ reference::Bytes expectedBytes(const reference::JobOptions& options,
   return reference::bytesOf(reference::runJob(options, pages).commands);
 }
 
-std::vector<Picture> printedPages(const escpos::Paper& paper,
+std::vector<Picture> printedPages(const wren::escpos::Paper& paper,
                                   const std::vector<reference::Page>& pages) {
   std::vector<std::uint64_t> starts;
   for (const auto& mark : paper.marks) {
-    if (mark.kind == escpos::MarkKind::kPage) starts.push_back(mark.atUnits / escpos::kUnitsPerRow);
+    if (mark.kind == wren::escpos::MarkKind::kPage) starts.push_back(mark.atUnits / wren::escpos::kUnitsPerRow);
   }
   std::vector<Picture> pictures;
   for (std::size_t i = 0; i < starts.size() && i < pages.size(); ++i) {
     Picture picture{pages[i].width, pages[i].height, {}};
     for (std::uint32_t y = 0; y < picture.height; ++y) {
       std::vector<std::uint8_t> row(picture.width);
-      escpos::renderRow(paper, starts[i] + y, row);
+      wren::escpos::renderRow(paper, starts[i] + y, row);
       picture.dots.insert(picture.dots.end(), row.begin(), row.end());
     }
     pictures.push_back(std::move(picture));

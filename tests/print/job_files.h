@@ -37,7 +37,7 @@ struct Picture {
 };
 
 /// The paper of each page, cut to `heights` rows: what a page feeds at its end is left out.
-std::vector<Picture> printedPages(const escpos::Paper& paper,
+std::vector<Picture> printedPages(const wren::escpos::Paper& paper,
                                   const std::vector<reference::Page>& pages);
 
 }  // namespace job_files

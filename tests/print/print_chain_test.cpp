@@ -61,7 +61,7 @@ TEST_P(EachExample, DecodesToThePictureThatTheFilterWasGiven) {
   const auto printed =
       print(GetParam().file, GetParam().paper, {{"PageType", "1"}, {"HalftoneType", "None"}});
   ASSERT_EQ(printed.raster.size(), 1U);
-  const auto reading = escpos::readAll(printed.bytes);
+  const auto reading = wren::escpos::readAll(printed.bytes);
   EXPECT_TRUE(reading.problems.empty());
   const auto pictures = job_files::printedPages(reading.paper, printed.raster);
   ASSERT_EQ(pictures.size(), 1U);
@@ -109,7 +109,7 @@ class PrintedCodes : public PrintChain, public testing::WithParamInterface<CodeR
 TEST_P(PrintedCodes, CanBeScannedFromThePaper) {
   const auto printed = print(GetParam().file, GetParam().paper, {{"PageType", "1"}});
   const auto pictures =
-      job_files::printedPages(escpos::readAll(printed.bytes).paper, printed.raster);
+      job_files::printedPages(wren::escpos::readAll(printed.bytes).paper, printed.raster);
   ASSERT_EQ(pictures.size(), 1U);
   writePgm(pathOf("paper.pgm"), pictures[0]);
   const auto codes = outputOf("zbarimg -q " + pathOf("paper.pgm") + " 2>/dev/null");
@@ -159,7 +159,7 @@ TEST_F(PrintChain, APageWiderThanThePaperKeepsItsMiddle) {
   ASSERT_EQ(printed.raster.size(), 1U);
   ASSERT_GT(printed.raster[0].width, 576U);
   EXPECT_TRUE(printed.bytes == job_files::expectedBytes(printed.options, printed.raster));
-  EXPECT_EQ(escpos::readAll(printed.bytes).paper.widthDots, 576U);
+  EXPECT_EQ(wren::escpos::readAll(printed.bytes).paper.widthDots, 576U);
 }
 
 }  // namespace

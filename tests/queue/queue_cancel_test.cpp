@@ -42,7 +42,7 @@ TEST(QueueCancel, ACancelledJobStopsAtABandAndIsCutAndTheNextOnePrints) {
 
   Bytes sent = bench->takeReceived();
   EXPECT_LT(sent.size(), whole.received.size());
-  EXPECT_TRUE(escpos::readAll(sent).problems.empty());
+  EXPECT_TRUE(wren::escpos::readAll(sent).problems.empty());
   ASSERT_TRUE(endsWith(sent, kCancelledEnd));
   sent.resize(sent.size() - kCancelledEnd.size());
   EXPECT_TRUE(std::equal(sent.begin(), sent.end(), whole.received.begin()));

@@ -15,10 +15,10 @@
 
 namespace {
 
-using escpos::MarkKind;
+using wren::escpos::MarkKind;
 
 long count(const Bytes& bytes, MarkKind kind) {
-  const auto reading = escpos::readAll(bytes);
+  const auto reading = wren::escpos::readAll(bytes);
   EXPECT_TRUE(reading.problems.empty());
   const auto& marks = reading.paper.marks;
   return std::count_if(marks.begin(), marks.end(),
@@ -203,7 +203,7 @@ TEST(Queue, AnOverWidePageIsCutToThePrintHead) {
   const auto job = bench->print("wren80", "-o PageSize=Custom.100x150mm", "wide.pdf");
   ASSERT_EQ(job.runs.size(), 1U);
   EXPECT_GT(job.runs[0].raster.at(0).width, 576U);
-  EXPECT_EQ(escpos::readAll(job.received).paper.widthDots, 576U);
+  EXPECT_EQ(wren::escpos::readAll(job.received).paper.widthDots, 576U);
 }
 
 }  // namespace

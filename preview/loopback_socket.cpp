@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/loopback_socket.h"
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace wren::preview {
+namespace {
+
+// Connections that wait while a job is received.
+constexpr int kBacklog = 32;
+
+struct AddressFreer {
+  void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
+};
+using AddressList = std::unique_ptr<addrinfo, AddressFreer>;
+
+bool isPort(const std::string& text) {
+  if (text.empty() || text.size() > 5) return false;
+  const bool digits =
+      std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  return digits && std::stoul(text) <= 65535;
+}
+
+bool isLoopback(const sockaddr* address) {
+  if (address->sa_family == AF_INET) {
+    const auto* v4 = reinterpret_cast<const sockaddr_in*>(address);
+    return ntohl(v4->sin_addr.s_addr) >> 24 == 127;
+  }
+  if (address->sa_family == AF_INET6) {
+    const auto* v6 = reinterpret_cast<const sockaddr_in6*>(address);
+    return IN6_IS_ADDR_LOOPBACK(&v6->sin6_addr);
+  }
+  return false;
+}
+
+std::string nameOf(int socket) {
+  sockaddr_storage address = {};
+  socklen_t length = sizeof address;
+  char host[NI_MAXHOST] = "?";
+  char port[NI_MAXSERV] = "?";
+  if (::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
+    ::getnameinfo(reinterpret_cast<sockaddr*>(&address), length, host, sizeof host, port,
+                  sizeof port, NI_NUMERICHOST | NI_NUMERICSERV);
+  }
+  const bool bracketed = std::strchr(host, ':') != nullptr;
+  return (bracketed ? "[" + std::string(host) + "]" : std::string(host)) + ":" + port;
+}
+
+LoopbackSocket failed(const std::string& what) {
+  return {FileDescriptor(), {}, what};
+}
+
+LoopbackSocket listenOn(const addrinfo& address) {
+  FileDescriptor socket(::socket(address.ai_family, address.ai_socktype, address.ai_protocol));
+  if (!socket) return failed(std::strerror(errno));
+  // Otherwise the port stays in use for a minute after the last connection (TIME_WAIT).
+  const int on = 1;
+  ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  if (::bind(socket.get(), address.ai_addr, address.ai_addrlen) != 0 ||
+      ::listen(socket.get(), kBacklog) != 0 || ::fcntl(socket.get(), F_SETFL, O_NONBLOCK) != 0) {
+    return failed(std::strerror(errno));
+  }
+  std::string name = nameOf(socket.get());
+  return {std::move(socket), std::move(name), {}};
+}
+
+}  // namespace
+
+std::optional<ListenAddress> parseListenAddress(const std::string& text) {
+  const auto colon = text.rfind(':');
+  ListenAddress address{"127.0.0.1", text};
+  if (colon != std::string::npos) address = {text.substr(0, colon), text.substr(colon + 1)};
+  if (address.host.size() > 2 && address.host.front() == '[' && address.host.back() == ']') {
+    address.host = address.host.substr(1, address.host.size() - 2);
+  } else if (address.host.find_first_of(":[]") != std::string::npos) {
+    return std::nullopt;
+  }
+  if (address.host.empty() || !isPort(address.port)) return std::nullopt;
+  return address;
+}
+
+LoopbackSocket openLoopbackSocket(const ListenAddress& address) {
+  addrinfo hints = {};
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_flags = AI_NUMERICSERV;
+  addrinfo* found = nullptr;
+  const int code = ::getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
+  if (code != 0) return failed(::gai_strerror(code));
+  const AddressList list(found);
+  for (const addrinfo* one = list.get(); one != nullptr; one = one->ai_next) {
+    if (isLoopback(one->ai_addr)) return listenOn(*one);
+  }
+  return failed("not a loopback address; only this computer may print here");
+}
+
+}  // namespace wren::preview

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/options.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+namespace wren::preview {
+namespace {
+
+constexpr int kUsageStatus = 2;
+
+void addPictureOptions(CLI::App& app, Options& options) {
+  app.add_flag("--marks", options.style.marks,
+               "Show a scale in mm, cuts, drawer pulses and beeps in the margin");
+  app.add_flag("--list", options.list, "Print every command with its offset and meaning");
+  app.add_flag("--split", options.split, "One picture for each page or cut piece");
+  app.add_option("--dpi", options.style.dpi, "Dots per inch of the printer")
+      ->check(CLI::Range(50, 2400))
+      ->capture_default_str();
+  app.add_option("--scale", options.style.scale, "Pixels across and down one dot")
+      ->check(CLI::Range(1, 16))
+      ->capture_default_str();
+  app.add_option("--max-length", options.maxLengthMm, "Paper there is, in mm")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+}
+
+void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
+  auto* listen = app.add_option("--listen", options.address,
+                                "Be a printer on this loopback port, 0 for any free one")
+                     ->type_name("[HOST:]PORT")
+                     ->excludes(file)
+                     ->excludes("--output")
+                     ->excludes("--list");
+  app.add_option("--directory", options.directory, "Where jobs that arrive are kept")
+      ->needs(listen)
+      ->check(CLI::ExistingDirectory)
+      ->capture_default_str();
+  app.add_option("--max-bytes", options.maxBytes, "Longest job taken")
+      ->needs(listen)
+      ->check(CLI::Range(1.0, 1e12))
+      ->capture_default_str();
+  app.add_option("--max-seconds", options.maxSeconds, "Longest time for one job")
+      ->needs(listen)
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
+}
+
+}  // namespace
+
+ParsedOptions parseOptions(int argc, const char* const* argv) {
+  Options options;
+  CLI::App app("Shows the paper that an ESC/POS byte stream prints, as a PNG picture.",
+               "wren-preview");
+  app.set_version_flag("--version", std::string("wren-preview ") + WREN_VERSION);
+  CLI::Option* file = app.add_option("FILE", options.input, "Printer bytes; - is standard input")
+                          ->capture_default_str();
+  app.add_option("-o,--output", options.output, "Picture to write (default: FILE.png beside FILE)");
+  addPictureOptions(app, options);
+  addListenOptions(app, options, file);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return {std::nullopt, app.exit(error) == 0 ? 0 : kUsageStatus};
+  }
+  options.listen = !options.address.empty();
+  return {options, 0};
+}
+
+}  // namespace wren::preview

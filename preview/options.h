@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The command line of wren-preview.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "preview/picture.h"
+
+namespace wren::preview {
+
+struct Options {
+  std::string input = "-";  ///< a file, or "-" for standard input
+  std::string output;       ///< picture to write; empty: named after the input
+  bool list = false;        ///< print every command
+  bool split = false;       ///< one picture per page or cut piece
+  PictureStyle style;
+  unsigned maxLengthMm = 80000;  ///< length of the paper
+
+  bool listen = false;                  ///< `--listen` was given
+  std::string address;                  ///< its "[HOST:]PORT"
+  std::string directory = ".";          ///< folder for received jobs
+  std::uint64_t maxBytes = 64'000'000;  ///< limit per job
+  unsigned maxSeconds = 300;            ///< limit per job
+};
+
+/// Either options, or the exit status of a program that ends at once.
+struct ParsedOptions {
+  std::optional<Options> options;
+  int exitStatus = 0;  ///< 0 after `--help` or `--version`, 2 after a usage error
+};
+
+/// Parses the arguments. Help goes to standard output, a usage error to standard error.
+ParsedOptions parseOptions(int argc, const char* const* argv);
+
+}  // namespace wren::preview

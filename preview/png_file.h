@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Writes a picture as a PNG file.
+
+#pragma once
+
+#include <string>
+
+#include "preview/picture.h"
+
+namespace wren::preview {
+
+/// Writes `picture` with its resolution to `path`. One row is in memory at a time. After an error
+/// the incomplete file is removed, unless `path` is a device or a pipe.
+/// @param picture must not be empty.
+/// @return the error message, or an empty string.
+std::string writePng(Picture& picture, const std::string& path);
+
+}  // namespace wren::preview

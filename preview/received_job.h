@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A job received from a connection: written to a .prn file and decoded while it
+// arrives, rendered as a .png file at its end.
+
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "common/handles.h"
+#include "escpos/reader.h"
+#include "preview/options.h"
+
+namespace wren::preview {
+
+/// Existing .prn files are never overwritten, whether an earlier run or another program made them.
+class ReceivedJob {
+ public:
+  /// Creates "job-NNNN.prn" with the first free number from `number` on.
+  /// @param options must outlive the job.
+  /// @param number becomes the number after the one used.
+  ReceivedJob(const Options& options, unsigned& number);
+
+  /// The last error of the file; empty if there was none.
+  const std::string& error() const { return error_; }
+
+  /// Stores and decodes the next bytes.
+  void take(std::span<const std::uint8_t> bytes);
+
+  std::uint64_t bytesTaken() const { return bytesTaken_; }
+
+  /// "job-0001.prn: 12345 bytes, 80.1 mm so far".
+  std::string progress() const;
+
+  /// Ends the job: closes the .prn file, writes the picture, prints problems on standard error.
+  /// @param ending why the job ended early, or empty.
+  /// @return the line about the job: file, summary, number of problems, ending, pictures, errors.
+  std::string finish(const std::string& ending);
+
+ private:
+  void createFile(unsigned& number);
+  void closeFile();
+
+  const Options& options_;
+  std::string path_;
+  FilePtr file_;
+  std::string error_;
+  escpos::Reader reader_;
+  std::uint64_t bytesTaken_ = 0;
+};
+
+}  // namespace wren::preview

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/options.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace wren::preview {
+namespace {
+
+ParsedOptions parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "wren-preview");
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  auto parsed = parseOptions(static_cast<int>(arguments.size()), arguments.data());
+  testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStderr();
+  return parsed;
+}
+
+TEST(Options, DefaultToStandardInputAt203Dpi) {
+  const auto parsed = parse({});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->input, "-");
+  EXPECT_EQ(parsed.options->style.dpi, 203u);
+  EXPECT_EQ(parsed.options->style.scale, 1u);
+  EXPECT_FALSE(parsed.options->style.marks);
+  EXPECT_FALSE(parsed.options->listen);
+}
+
+TEST(Options, AreTakenFromTheCommandLine) {
+  const auto parsed = parse({"a.prn", "--marks", "--list", "--split", "--dpi", "180", "--scale",
+                             "3", "-o", "b.png", "--max-length", "500"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->input, "a.prn");
+  EXPECT_EQ(parsed.options->output, "b.png");
+  EXPECT_TRUE(parsed.options->style.marks);
+  EXPECT_TRUE(parsed.options->list);
+  EXPECT_TRUE(parsed.options->split);
+  EXPECT_EQ(parsed.options->style.dpi, 180u);
+  EXPECT_EQ(parsed.options->style.scale, 3u);
+  EXPECT_EQ(parsed.options->maxLengthMm, 500u);
+}
+
+TEST(Options, ListenOnAPort) {
+  const auto parsed = parse({"--listen", "localhost:9100", "--directory", ".", "--max-bytes",
+                             "1000000", "--max-seconds", "7"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_TRUE(parsed.options->listen);
+  EXPECT_EQ(parsed.options->address, "localhost:9100");
+  EXPECT_EQ(parsed.options->maxBytes, 1'000'000u);
+  EXPECT_EQ(parsed.options->maxSeconds, 7u);
+}
+
+TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
+  EXPECT_EQ(parse({"--help"}).exitStatus, 0);
+  EXPECT_FALSE(parse({"--help"}).options);
+  EXPECT_EQ(parse({"--version"}).exitStatus, 0);
+  for (const auto& wrong : std::vector<std::vector<const char*>>{{"--dpi", "0"},
+                                                                 {"--dpi", "x"},
+                                                                 {"--scale", "17"},
+                                                                 {"a", "b"},
+                                                                 {"--nonsense"},
+                                                                 {"--listen", "9100", "a.prn"},
+                                                                 {"--max-seconds", "5"},
+                                                                 {"--max-length", "-1"}}) {
+    const auto parsed = parse(wrong);
+    EXPECT_FALSE(parsed.options) << wrong[0];
+    EXPECT_EQ(parsed.exitStatus, 2) << wrong[0];
+  }
+}
+
+}  // namespace
+}  // namespace wren::preview

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/print_server.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "tests/escpos/printer_streams.h"
+#include "tests/preview/loopback_client.h"
+#include "tests/preview/png_reading.h"
+#include "tests/preview/scratch_folder.h"
+
+namespace wren::preview {
+namespace {
+
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::operator+;
+
+const Bytes kJob =
+    streams::job(hex("1B3C") + bitImage(1, hex("FF FF FF FF FF FF FF FF")) + feed(16) + feed(16));
+
+// A server on a free port in its own thread. Its output is captured from start() to stop().
+class PrintServerTest : public testing::Test {
+ protected:
+  PrintServerTest() {
+    options_.address = "127.0.0.1:0";
+    options_.directory = folder_.path();
+    options_.maxSeconds = 30;
+    int ends[2];
+    if (::pipe(ends) != 0) std::abort();
+    stopRead_ = FileDescriptor(ends[0]);
+    stopWrite_ = FileDescriptor(ends[1]);
+  }
+  ~PrintServerTest() override {
+    if (thread_.joinable()) stop();
+  }
+
+  void start() {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    server_ = std::make_unique<PrintServer>(options_, stopRead_.get());
+    ASSERT_EQ(server_->open(), "");
+    thread_ = std::thread([this] { endedWell_ = server_->serve(); });
+  }
+
+  void stop() {
+    EXPECT_EQ(::write(stopWrite_.get(), "x", 1), 1);
+    thread_.join();
+    out_ = testing::internal::GetCapturedStdout();
+    err_ = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(endedWell_);
+  }
+
+  void print(const Bytes& bytes) {
+    LoopbackClient client(server_->name());
+    ASSERT_TRUE(client.connected());
+    EXPECT_TRUE(client.send(bytes));
+    client.endAndWait();
+  }
+
+  std::string file(const std::string& name) const { return folder_.file(name); }
+
+  const ScratchFolder folder_;
+  Options options_;
+  FileDescriptor stopRead_;
+  FileDescriptor stopWrite_;
+  std::unique_ptr<PrintServer> server_;
+  std::thread thread_;
+  bool endedWell_ = false;
+  std::string out_;
+  std::string err_;
+};
+
+TEST_F(PrintServerTest, StoresAJobAndItsPicture) {
+  start();
+  print(kJob);
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")), kJob);
+  EXPECT_EQ(readPng(file("job-0001.png")).height, 16u);
+  stop();
+  EXPECT_EQ(out_, file("job-0001.prn") +
+                      ": 1 page, 2.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, 108 bytes, " +
+                      file("job-0001.png") + "\n");
+  EXPECT_EQ(err_, "");
+}
+
+TEST_F(PrintServerTest, ServesWaitingConnectionsOneAfterAnother) {
+  start();
+  std::vector<std::unique_ptr<LoopbackClient>> clients;
+  for (int i = 0; i < 5; ++i) {
+    clients.push_back(std::make_unique<LoopbackClient>(server_->name()));
+    ASSERT_TRUE(clients.back()->connected());
+  }
+  for (std::size_t i = 0; i < clients.size(); ++i) {
+    EXPECT_TRUE(clients[i]->send(kJob + streams::repeat(i, 0)));
+    clients[i]->endAndWait();
+  }
+  for (std::size_t i = 0; i < clients.size(); ++i) {
+    const auto kept = bytesOfFile(file("job-000" + std::to_string(i + 1) + ".prn"));
+    EXPECT_EQ(kept.size(), kJob.size() + i);
+  }
+}
+
+TEST_F(PrintServerTest, ReceivesAJobByteByByte) {
+  start();
+  LoopbackClient client(server_->name());
+  for (const std::uint8_t byte : kJob) EXPECT_TRUE(client.send({byte}));
+  client.endAndWait();
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")), kJob);
+}
+
+TEST_F(PrintServerTest, NeverOverwritesAnEarlierJob) {
+  folder_.write("job-0001.prn", hex("01"));
+  folder_.write("job-0003.prn", hex("03"));
+  start();
+  print(kJob);
+  print(kJob);
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")), hex("01"));
+  EXPECT_EQ(bytesOfFile(file("job-0002.prn")), kJob);
+  EXPECT_EQ(bytesOfFile(file("job-0003.prn")), hex("03"));
+  EXPECT_EQ(bytesOfFile(file("job-0004.prn")), kJob);
+}
+
+TEST_F(PrintServerTest, WritesNoFilesForAConnectionWithoutBytes) {
+  start();
+  print({});
+  stop();
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
+  EXPECT_EQ(err_, "wren-preview: a connection without a job\n");
+}
+
+TEST_F(PrintServerTest, EndsAJobAtTheLimitOfBytes) {
+  options_.maxBytes = 100;
+  start();
+  LoopbackClient client(server_->name());
+  client.send(kJob);
+  client.waitForClose();
+  print({kJob.begin(), kJob.begin() + 100});
+  stop();
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")).size(), 100u);
+  EXPECT_EQ(readPng(file("job-0001.png")).height, 16u);
+  EXPECT_NE(out_.find("cut short after 100 bytes"), std::string::npos) << out_;
+  EXPECT_EQ(out_.find("cut short", out_.find('\n')), std::string::npos) << out_;
+}
+
+TEST_F(PrintServerTest, EndsAJobAtTheLimitOfTime) {
+  options_.maxSeconds = 1;
+  start();
+  LoopbackClient silent(server_->name());
+  EXPECT_TRUE(silent.send({kJob.begin(), kJob.begin() + 90}));
+  silent.waitForClose();
+  print(kJob);
+  stop();
+  EXPECT_NE(out_.find("cut short after 1 s"), std::string::npos) << out_;
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")).size(), 90u);
+  EXPECT_EQ(bytesOfFile(file("job-0002.prn")), kJob);
+}
+
+TEST_F(PrintServerTest, ShowsProgressOfALongJob) {
+  start();
+  LoopbackClient slow(server_->name());
+  EXPECT_TRUE(slow.send({kJob.begin(), kJob.begin() + 98}));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1300));
+  EXPECT_TRUE(slow.send({kJob.begin() + 98, kJob.end()}));
+  slow.endAndWait();
+  stop();
+  EXPECT_NE(err_.find("job-0001.prn: 98 bytes, 2.0 mm so far\n"), std::string::npos) << err_;
+}
+
+TEST_F(PrintServerTest, ContinuesAfterAConnectionReset) {
+  start();
+  LoopbackClient client(server_->name());
+  EXPECT_TRUE(client.send(hex("1B40")));
+  client.abort();
+  print(kJob);
+  stop();
+  EXPECT_NE(out_.find("1 page, 2.0 mm"), std::string::npos) << out_;
+}
+
+TEST_F(PrintServerTest, ReportsAFaultyJobAndContinues) {
+  start();
+  print(kJob + hex("41"));
+  print(kJob);
+  stop();
+  EXPECT_NE(out_.find(", 109 bytes, 1 problem, "), std::string::npos) << out_;
+  EXPECT_EQ(err_, "wren-preview: " + file("job-0001.prn") + ": offset 108: 1 unknown byte\n");
+  EXPECT_EQ(readPng(file("job-0001.png")).height, 16u);
+  EXPECT_EQ(readPng(file("job-0002.png")).height, 16u);
+}
+
+TEST_F(PrintServerTest, KeepsThePartialJobWhenItIsStopped) {
+  start();
+  LoopbackClient client(server_->name());
+  EXPECT_TRUE(client.send({kJob.begin(), kJob.begin() + 98}));
+  while (!std::filesystem::exists(file("job-0001.prn"))) std::this_thread::yield();
+  stop();
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")).size(), 98u);
+  EXPECT_EQ(readPng(file("job-0001.png")).height, 16u);
+  EXPECT_NE(out_.find("cut short by the end of the printer"), std::string::npos) << out_;
+}
+
+TEST_F(PrintServerTest, ReportsAMissingFolder) {
+  options_.directory = file("gone");
+  start();
+  LoopbackClient client(server_->name());
+  client.send(kJob);
+  client.waitForClose();
+  stop();
+  EXPECT_NE(out_.find("job-0001.prn: No such file or directory"), std::string::npos) << out_;
+}
+
+}  // namespace
+}  // namespace wren::preview
