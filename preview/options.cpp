@@ -15,34 +15,34 @@ void addPictureOptions(CLI::App& app, Options& options) {
   app.add_flag("--marks", options.style.marks,
                "Show a scale in mm, cuts, drawer pulses and beeps in the margin");
   app.add_flag("--list", options.list, "Print every command with its offset and meaning");
-  app.add_flag("--split", options.split, "One picture for each page or cut piece");
+  app.add_flag("--split", options.split, "Write one picture per page or cut piece");
   app.add_option("--dpi", options.style.dpi, "Dots per inch of the printer")
       ->check(CLI::Range(50, 2400))
       ->capture_default_str();
-  app.add_option("--scale", options.style.scale, "Pixels across and down one dot")
+  app.add_option("--scale", options.style.scale, "Draw a dot as N x N pixels")
       ->check(CLI::Range(1, 16))
       ->capture_default_str();
-  app.add_option("--max-length", options.maxLengthMm, "Paper there is, in mm")
+  app.add_option("--max-length", options.maxLengthMm, "Length of the paper in mm")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
 }
 
 void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
   auto* listen = app.add_option("--listen", options.address,
-                                "Be a printer on this loopback port, 0 for any free one")
+                                "Act as a printer on this loopback port; 0 selects any free one")
                      ->type_name("[HOST:]PORT")
                      ->excludes(file)
                      ->excludes("--output")
                      ->excludes("--list");
-  app.add_option("--directory", options.directory, "Where jobs that arrive are kept")
+  app.add_option("--directory", options.directory, "Directory for received jobs")
       ->needs(listen)
       ->check(CLI::ExistingDirectory)
       ->capture_default_str();
-  app.add_option("--max-bytes", options.maxBytes, "Longest job taken")
+  app.add_option("--max-bytes", options.maxBytes, "Maximum size of a job")
       ->needs(listen)
       ->check(CLI::Range(1.0, 1e12))
       ->capture_default_str();
-  app.add_option("--max-seconds", options.maxSeconds, "Longest time for one job")
+  app.add_option("--max-seconds", options.maxSeconds, "Maximum time for a job")
       ->needs(listen)
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();
