@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The golden files themselves: they say what the literal versions compute, and
-// reading one gives back what was written. No part of the filter runs here.
+// The golden files: they contain what the reference implementation computes, and
+// parsing a file returns what was written. The filter does not run here.
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ std::string contents(const std::string& path) {
   return text.str();
 }
 
-TEST(GoldenFiles, SayWhatTheLiteralVersionsCompute) {
+TEST(GoldenFiles, ContainWhatTheReferenceImplementationComputes) {
   for (const golden::JobInput& input : golden::jobList()) {
     const auto result = reference::runJob(golden::optionsOf(input), golden::pagesOf(input, kPages));
     EXPECT_EQ(contents(kJobs + "/" + input.name + ".job"), golden::formatJob(input, result))
@@ -49,7 +49,7 @@ TEST(GoldenFiles, AreExactlyTheListedJobs) {
   EXPECT_GE(found.size(), 60U);
 }
 
-TEST(GoldenFiles, ReadBackAsWritten) {
+TEST(GoldenFiles, ParseBackAsWritten) {
   for (const golden::JobInput& input : golden::jobList()) {
     const auto result = reference::runJob(golden::optionsOf(input), golden::pagesOf(input, kPages));
     const auto job = golden::parseJob(input.name, golden::formatJob(input, result));
@@ -57,7 +57,7 @@ TEST(GoldenFiles, ReadBackAsWritten) {
     EXPECT_EQ(job.log, result.log) << input.name;
     EXPECT_EQ(job.status, result.status) << input.name;
     ASSERT_EQ(job.dumps.size(), result.dumps.size()) << input.name;
-    for (size_t i = 0; i < job.dumps.size(); ++i) {
+    for (std::size_t i = 0; i < job.dumps.size(); ++i) {
       EXPECT_EQ(job.dumps[i].kind, result.dumps[i].kind) << input.name;
       EXPECT_EQ(job.dumps[i].size, result.dumps[i].bytes.size()) << input.name;
       EXPECT_EQ(job.dumps[i].hash, golden::fnv1a64(result.dumps[i].bytes)) << input.name;
@@ -66,13 +66,13 @@ TEST(GoldenFiles, ReadBackAsWritten) {
   }
 }
 
-TEST(LiteralVersions, AgreeWithTheJobsDerivedByHand) {
+TEST(ReferenceImplementation, AgreesWithTheJobsDerivedByHand) {
   for (const golden::HandDerivedJob& job : golden::handDerivedJobs()) {
     const auto result =
         reference::runJob(golden::optionsOf(job.input), golden::pagesOf(job.input, kPages));
     EXPECT_EQ(golden::hexText(reference::bytesOf(result.commands)), golden::hexText(job.output))
         << job.input.name;
-    for (size_t i = 0; i < job.dumps.size(); ++i) {
+    for (std::size_t i = 0; i < job.dumps.size(); ++i) {
       const reference::Dump& dump = result.dumps.at(i);
       EXPECT_EQ(golden::withoutGreyPalette(dump.kind, dump.bytes), job.dumps[i]) << job.input.name;
     }
@@ -87,14 +87,14 @@ TEST(GoldenFiles, HexTextShortensRuns) {
   EXPECT_THROW(golden::parseJob("x", "[nothing]\nABC\n"), std::runtime_error);
 }
 
-// The published test values of the hash.
+// The values are from the test vectors of the authors of the hash.
 TEST(GoldenFiles, HashIsFnv1a) {
   EXPECT_EQ(golden::fnv1a64({}), 0xCBF29CE484222325U);
   EXPECT_EQ(golden::fnv1a64({'a'}), 0xAF63DC4C8601EC8CU);
   EXPECT_EQ(golden::fnv1a64({'f', 'o', 'o', 'b', 'a', 'r'}), 0x85944171F73967E8U);
 }
 
-TEST(GoldenFiles, PageSources) {
+TEST(GoldenFiles, PageSourcesGiveTheirPixels) {
   using golden::pagePixels;
   EXPECT_EQ(pagePixels("flat:9", 2, 1, ""), (golden::Bytes{9, 9}));
   EXPECT_EQ(pagePixels("ramp", 3, 1, ""), (golden::Bytes{0, 127, 255}));

@@ -20,8 +20,8 @@ std::vector<std::string> numbers(int first, int last) {
   return result;
 }
 
-// Every option at choice 0. Some offer choices beyond the useful range, to show what becomes of
-// them.
+// Every option at choice 0. Some offer choices outside the useful range, to test how they are
+// clamped.
 std::vector<reference::PpdOption> standardOptions() {
   return {
       {"PageSize", {"X80MMY200MM", "X58MMY100MM"}, "X80MMY200MM"},
@@ -46,7 +46,7 @@ std::vector<reference::PpdOption> standardOptions() {
   };
 }
 
-std::string hex(uint64_t value, int digits) {
+std::string hex(std::uint64_t value, int digits) {
   char text[17];
   std::snprintf(text, sizeof(text), "%0*llX", digits, static_cast<unsigned long long>(value));
   return text;
@@ -74,24 +74,24 @@ std::string formatInput(const JobInput& input) {
   return text;
 }
 
-// 1B 2A m nL nH: the columns begin after these.
-constexpr size_t kBitImageHead = 5;
+// Header of a bit image: 1B 2A m nL nH.
+constexpr std::size_t kBitImageHead = 5;
 
 bool isBitImage(const reference::Command& command) {
   return command.bytes.size() >= kBitImageHead && command.bytes[0] == 0x1B &&
          command.bytes[1] == 0x2A;
 }
 
-// The bytes on one line or more; the comment stands at the end of the first.
+// One or more lines; the comment is at the end of the first.
 std::string formatCommand(const reference::Command& command) {
   std::string lines = hexText(command.bytes, isBitImage(command) ? kBitImageHead : 0);
   const auto firstEnd = lines.find('\n');
-  const size_t at = firstEnd == std::string::npos ? lines.size() : firstEnd;
+  const std::size_t at = firstEnd == std::string::npos ? lines.size() : firstEnd;
   lines.insert(at, "  ; " + command.comment);
   return lines + "\n";
 }
 
-// Reading -------------------------------------------------------------------------
+// Parsing -------------------------------------------------------------------------
 
 Pair splitAt(const std::string& text, char separator) {
   const auto at = text.find(separator);
@@ -99,8 +99,8 @@ Pair splitAt(const std::string& text, char separator) {
   return {text.substr(0, at), text.substr(at + 1)};
 }
 
-uint32_t number(const std::string& text) {
-  return static_cast<uint32_t>(std::stoul(text));
+std::uint32_t number(const std::string& text) {
+  return static_cast<std::uint32_t>(std::stoul(text));
 }
 
 PageInput parsePage(const std::string& line) {
@@ -145,10 +145,10 @@ void parsePrinterLine(const std::string& line, JobInput& input) {
 void parseHexLine(const std::string& line, Bytes& bytes) {
   std::istringstream words(line.substr(0, line.find(';')));
   for (std::string word; words >> word;) {
-    const size_t count = word.size() > 3 && word[2] == '*' ? std::stoul(word.substr(3)) : 1;
+    const std::size_t count = word.size() > 3 && word[2] == '*' ? std::stoul(word.substr(3)) : 1;
     if (word.size() != 2 && count == 1) throw std::runtime_error(word + " is no byte");
     bytes.insert(bytes.end(), count,
-                 static_cast<uint8_t>(std::stoul(word.substr(0, 2), nullptr, 16)));
+                 static_cast<std::uint8_t>(std::stoul(word.substr(0, 2), nullptr, 16)));
   }
 }
 
@@ -191,9 +191,9 @@ void parseLine(const std::string& section, const std::string& line, GoldenJob& j
 
 }  // namespace
 
-uint64_t fnv1a64(const Bytes& bytes) {
-  uint64_t hash = 0xCBF29CE484222325U;
-  for (const uint8_t byte : bytes) {
+std::uint64_t fnv1a64(const Bytes& bytes) {
+  std::uint64_t hash = 0xCBF29CE484222325U;
+  for (const std::uint8_t byte : bytes) {
     hash ^= byte;
     hash *= 0x100000001B3U;
   }
@@ -239,12 +239,12 @@ std::string optionText(const JobInput& input) {
   return text;
 }
 
-std::string hexText(const Bytes& bytes, size_t head) {
+std::string hexText(const Bytes& bytes, std::size_t head) {
   constexpr int kItemsPerLine = 32;
   std::string text;
   int items = 0;
-  for (size_t i = 0; i < bytes.size();) {
-    size_t run = 1;
+  for (std::size_t i = 0; i < bytes.size();) {
+    std::size_t run = 1;
     while (i + run < bytes.size() && bytes[i + run] == bytes[i]) ++run;
     if (run < 4 || i < head) run = 1;
     if (items == kItemsPerLine) {

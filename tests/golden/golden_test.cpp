@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Runs the real filter on every golden job and on the jobs derived by hand, and
-// compares printer bytes, messages, exit status and debug images.
+// Runs the real filter on every golden job and every hand-derived job. Compares
+// printer bytes, messages, exit status and debug images.
 
 #include <gtest/gtest.h>
 
@@ -70,7 +70,7 @@ golden::Bytes bytesOf(const std::string& text) {
   return golden::Bytes(text.begin(), text.end());
 }
 
-// "ERROR:*" stands for any line that begins so.
+// "ERROR:*" matches any line that starts with "ERROR:".
 bool matches(const std::string& line, const std::string& expected) {
   if (expected == "ERROR:*") return line.starts_with("ERROR:");
   return line == expected;
@@ -105,7 +105,7 @@ TEST_P(Golden, Job) {
   expectLog(result, job.log);
   EXPECT_TRUE(result.exited(job.status)) << result.exitStatus << " signal " << result.signal;
   ASSERT_EQ(result.images.size(), job.dumps.size());
-  for (size_t i = 0; i < job.dumps.size(); ++i) {
+  for (std::size_t i = 0; i < job.dumps.size(); ++i) {
     EXPECT_EQ(result.images[i].kind, job.dumps[i].kind) << i;
     EXPECT_EQ(result.images[i].number, static_cast<long>(i));
     EXPECT_EQ(result.images[i].bytes.size(), job.dumps[i].size) << i;
@@ -124,9 +124,9 @@ std::vector<std::string> goldenNames() {
 INSTANTIATE_TEST_SUITE_P(Files, Golden, testing::ValuesIn(goldenNames()),
                          [](const auto& job) { return nameOf(job.param); });
 
-// Jobs derived by hand ------------------------------------------------------------
+// Hand-derived jobs ---------------------------------------------------------------
 
-class HandDerived : public testing::TestWithParam<size_t> {};
+class HandDerived : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(HandDerived, Job) {
   const golden::HandDerivedJob job = golden::handDerivedJobs()[GetParam()];
@@ -135,14 +135,14 @@ TEST_P(HandDerived, Job) {
   EXPECT_EQ(golden::hexText(bytesOf(result.out)), golden::hexText(job.output));
   EXPECT_TRUE(result.exited(job.input.pages.empty() ? 1 : 0)) << result.err;
   EXPECT_EQ(result.images.size(), 2 * job.input.pages.size());
-  for (size_t i = 0; i < job.dumps.size(); ++i) {
+  for (std::size_t i = 0; i < job.dumps.size(); ++i) {
     const wren_test::SavedImage& image = result.images.at(i);
     EXPECT_EQ(golden::withoutGreyPalette(image.kind, bytesOf(image.bytes)), job.dumps[i]) << i;
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Jobs, HandDerived,
-                         testing::Range(size_t{0}, golden::handDerivedJobs().size()),
+                         testing::Range(std::size_t{0}, golden::handDerivedJobs().size()),
                          [](const auto& job) {
                            return golden::handDerivedJobs()[job.param].input.name;
                          });

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Writes the golden files: golden_writer JOBS_FOLDER PAGES_FOLDER. What it writes
-// comes from the literal versions in tests/reference alone.
+// golden_writer JOBS_FOLDER PAGES_FOLDER: writes the golden files. The expected
+// output comes from the reference implementation in tests/reference only.
 
 #include <cstdio>
 #include <exception>

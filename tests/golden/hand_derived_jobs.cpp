@@ -9,8 +9,8 @@ namespace golden {
 
 namespace {
 
-// What stands around the pages when every option is at choice 0: initialise, buzzers off, both
-// directions; feed 16 after a page; buzzers off and the end of the job.
+// The bytes around the pages when every option is at choice 0: initialise, buzzers off,
+// bidirectional; feed 16 after a page; buzzers off and the status request at the end of the job.
 const Bytes kProloguePlain = {0x1B, 0x40, 0x1F, 0x1B, 0x1F, 0x42, 0x65,
                               0x65, 0x70, 0x06, 0x1B, 0x55, 0x00};
 const Bytes kPageEnd = {0x1B, 0x4A, 0x10};
@@ -22,7 +22,7 @@ Bytes joined(const std::vector<Bytes>& parts) {
   return result;
 }
 
-JobInput onePage(const std::string& name, uint32_t width, uint32_t height,
+JobInput onePage(const std::string& name, std::uint32_t width, std::uint32_t height,
                  const std::string& pixels, const std::vector<Pair>& options) {
   JobInput input;
   input.name = name;
@@ -41,14 +41,14 @@ HandDerivedJob noPages() {
   return {input, joined({kProloguePlain, kEpiloguePlain}), {}};
 }
 
-// Levels 128 129 255 / 0 200 1. From 129 on a level becomes a dot:
+// Levels 128 129 255 / 0 200 1. Levels from 129 become dots:
 //   row 0: . # #
 //   row 1: . # .
 // Column bytes, row 0 in bit 7 and row 1 in bit 6: 00, 80 + 40 = C0, 80. Two rows feed 4.
-// Both rows hold levels other than 0, so nothing is trimmed.
-// Grey image: row of 3 bytes, padded to 4 in the header: 8 bytes of image after 54 + 1024 = 1078
-// bytes, 1086 = 043E in all; but the 6 levels follow without padding.
-// Dots: (3 + 7) / 8 = 1 byte a row, padded to 4; 62 + 8 = 70 = 46. Last row first, white is 1:
+// Both rows have ink, so nothing is trimmed.
+// Grey image: the header counts rows of 3 bytes padded to 4: 8 bytes of image after 54 + 1024 =
+// 1078 bytes, 1086 = 043E in total; but the 6 levels are written without padding. Dots: (3 + 7) / 8
+// = 1 byte per row, padded to 4; 62 + 8 = 70 = 46. Bottom row first, white is 1:
 //   row 1: 1 0 1 and five ones = 1011 1111 = BF; row 0: 1 0 0 and five ones = 1001 1111 = 9F.
 HandDerivedJob fixedThreshold() {
   return {
@@ -67,8 +67,8 @@ HandDerivedJob fixedThreshold() {
         0,    0xFF, 0xFF, 0xFF, 0x00, 0xBF, 0, 0, 0, 0x9F, 0,    0,    0}}};
 }
 
-// "FloydSteinberg" runs the ordered matrix. Level 100: 100 x 16 / 255 = 6.27, so 6; a dot where
-// the matrix holds 0 to 5:
+// "FloydSteinberg" uses the 4 x 4 threshold matrix. Level 100: 100 x 16 / 255 = 6.27, so 6; a dot
+// where the matrix is 0 to 5:
 //    0  8  2 10      # . # .
 //   12  4 14  6      . # . .
 //    3 11  1  9      # . # .
@@ -85,12 +85,13 @@ HandDerivedJob orderedMatrix() {
       {}};
 }
 
-// "Ordered" runs Burkes; 8/32 of the error goes one to the right and 4/32 two to the right.
-//   100 is no dot, error 100:  90 + 100 x 8 / 32 = 115; 180 + 100 x 4 / 32 = 192 (12.5 cut to 12)
-//   115 is no dot, error 115: 192 + 115 x 8 / 32 = 220 (28.75 cut); 60 + 115 x 4 / 32 = 74 (14.4)
-//   220 is a dot, error -35:   74 -  35 x 8 / 32 = 66 (-8.75 cut toward zero to -8)
+// "Ordered" uses Burkes error diffusion: 8/32 of the error go one pixel to the right, 4/32 two.
+//   100 is no dot, error 100:  90 + 100 x 8 / 32 = 115; 180 + 100 x 4 / 32 = 192 (12.5 truncated to
+//   12) 115 is no dot, error 115: 192 + 115 x 8 / 32 = 220 (28.75 to 28); 60 + 115 x 4 / 32 = 74
+//   (14.375 to 14) 220 is a dot, error -35:   74 -  35 x 8 / 32 = 66 (-8.75 truncated toward zero
+//   to -8)
 //    66 is no dot.
-// With Floyd-Steinberg's 7/16 the second level would be 133 and a dot.
+// With the weight 7/16 of Floyd and Steinberg, the second level would be 133 and a dot.
 HandDerivedJob burkesRow() {
   return {
       onePage("BurkesRow", 4, 1, "645AB43C", {{"HalftoneType", "Ordered"}}),
@@ -101,10 +102,10 @@ HandDerivedJob burkesRow() {
       {}};
 }
 
-// 5 / 72 x 203 = 14.09, so 14 of 17 columns are printed; excess 3, one column goes on the left.
-// Ink in columns 0, 1, 14 and 15. Columns 1 to 14 move to 0 to 13; 14, 15 and 16 keep what they
-// hold (ink, ink, none) and are masked.
-//   printed:  # ............ #          14 = 0E columns, the first and the last one 80
+// 5 / 72 x 203 = 14.09, so 14 of 17 columns are printed; excess 3, one of it on the left.
+// Ink in columns 0, 1, 14 and 15. Columns 1 to 14 move to 0 to 13; columns 14, 15 and 16 keep their
+// old levels (ink, ink, paper) and are masked.
+//   printed:  # ............ #          14 = 0E columns, the first and the last are 80
 //   dots:     # ............ # # # .    in the debug image, with the masked columns
 // Debug image: 0111 1111 = 7F, 1111 1000 = F8, 1 and seven ones = FF; (17 + 7) / 8 = 3 bytes,
 // padded to 4; 62 + 4 = 66 = 42.
@@ -128,9 +129,9 @@ HandDerivedJob overWide() {
         0,    0,    0,    0,    0,    0,    0, 0xFF, 0xFF, 0xFF, 0x00, 0x7F, 0xF8, 0xFF, 0x00}}};
 }
 
-// Ten rows with ink in row 3 alone: the content ends at 4, and one blank row stays above row 3, so
+// Ten rows with ink in row 3 only: the content ends at 4, and one blank row is kept above row 3, so
 // rows 2 and 3 are printed: bit 6, column byte 40, feed 4.
-// Buzzer 1 at the end of the page: on-time 12 is above 9 and falls back to 1, repeat 3 comes first.
+// Buzzer 1 at the end of the page: repeat 3 is sent first; on-time 12 is above 9 and becomes 1.
 // Partial page cut; drawer at the end of the job with width 4: 32 + 4 x 19 = 96 (all hexadecimal);
 // document cut 2 with feed 5 x 16 = 80 = 50. A buzzer is set, so the set-up ends in 08.
 HandDerivedJob trimsAndDevices() {
@@ -153,9 +154,10 @@ HandDerivedJob trimsAndDevices() {
       {}};
 }
 
-// A page of one level has no moments to preserve: the threshold is 128. The gamma table maps 128 to
-// 152, and sharpening leaves a flat page as it is (4 x 152 - 3 x 152). One row, so every pixel is
-// on the border. 0.505786 of the error goes one to the right, -0.052926 two to the right:
+// Moment-preserving thresholding is undefined for a single grey level: the threshold is 128. The
+// gamma table maps 128 to 152, and sharpening does not change a flat page (4 x 152 - 3 x 152). With
+// one row, every pixel is at the border. 0.505786 of the error go one pixel to the right,
+// -0.052926 two:
 //   152     is above 128, a dot: error -103
 //   152 - 103 x 0.505786                          =  99.90, no dot: error 99.90
 //   152 +  99.90 x 0.505786 + 103 x 0.052926      = 207.98, a dot: error -47.02
@@ -170,7 +172,7 @@ HandDerivedJob stencilRow() {
       {}};
 }
 
-// Brightness 20 adds 100 to every level: 28 becomes 128 and 29 becomes 129, 200 stays at 255.
+// Brightness 20 adds 100 to every level: 28 becomes 128, 29 becomes 129, and 200 is clamped to 255.
 // Twelve rows of one column, page type 1: eight rows in the first band, four in the second.
 //   28 29 0 0 0 0 0 29 | 29 28 0 200    .#.. ...# = 41, feed 10; #..# = 90, feed 8
 HandDerivedJob brightenedBands() {
@@ -191,7 +193,7 @@ std::vector<HandDerivedJob> handDerivedJobs() {
   std::vector<HandDerivedJob> jobs = {noPages(),    fixedThreshold(), orderedMatrix(),
                                       burkesRow(),  overWide(),       trimsAndDevices(),
                                       stencilRow(), brightenedBands()};
-  // Every job begins with 64 zero bytes.
+  // Every job starts with 64 zero bytes.
   for (HandDerivedJob& job : jobs) job.output = joined({Bytes(64, 0), job.output});
   return jobs;
 }

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Jobs whose bytes were worked out with pencil and paper. They hold the literal
-// versions and the filter alike to the arithmetic in the comments.
+// Jobs whose bytes were calculated by hand; the comments of the source show the
+// arithmetic. They check both the reference implementation and the filter.
 
-#ifndef WREN_TESTS_GOLDEN_HAND_DERIVED_JOBS_H_
-#define WREN_TESTS_GOLDEN_HAND_DERIVED_JOBS_H_
+#pragma once
 
 #include <string>
 #include <vector>
@@ -16,15 +15,14 @@ namespace golden {
 
 struct HandDerivedJob {
   JobInput input;
-  Bytes output;              // standard output
-  std::vector<Bytes> dumps;  // whole files, without the grey palette of the first
+  Bytes output;              ///< standard output
+  std::vector<Bytes> dumps;  ///< debug images, as from `withoutGreyPalette`
 };
 
 std::vector<HandDerivedJob> handDerivedJobs();
 
-/// A debug image without the 1024 bytes of its grey palette, which are the same in all of them.
+/// A debug image file; for kind "origin" without the 1024 bytes of the grey palette, which is the
+/// same in all of them.
 Bytes withoutGreyPalette(const std::string& kind, const Bytes& file);
 
 }  // namespace golden
-
-#endif  // WREN_TESTS_GOLDEN_HAND_DERIVED_JOBS_H_

@@ -15,7 +15,7 @@ const char* const kTypes[] = {"None",   "FloydSteinberg", "Ordered",
                               "Burkes", "Stucki",         "JarvisJudiceNinke",
                               "Sierra", "StevensonArce",  "QVDithering"};
 
-PageInput page(uint32_t width, uint32_t height, const std::string& pixels) {
+PageInput page(std::uint32_t width, std::uint32_t height, const std::string& pixels) {
   PageInput result;
   result.width = width;
   result.height = height;
@@ -23,7 +23,7 @@ PageInput page(uint32_t width, uint32_t height, const std::string& pixels) {
   return result;
 }
 
-PageInput pageAt(uint32_t resolution, const std::string& pixels) {
+PageInput pageAt(std::uint32_t resolution, const std::string& pixels) {
   PageInput result = page(8, 8, pixels);
   result.resolution = resolution;
   return result;
@@ -39,7 +39,7 @@ JobInput job(const std::string& name, const std::string& description,
   return result;
 }
 
-// A page so small that a reader sees at once what belongs to the job around it.
+// Small, so that most bytes of the job are those around the page.
 std::vector<PageInput> tinyPage() {
   return {page(2, 1, "flat:255")};
 }
@@ -47,25 +47,26 @@ std::vector<PageInput> tinyPage() {
 void addHalftoneTypes(Jobs& jobs) {
   for (const char* type : kTypes) {
     const std::string name = type;
-    jobs.push_back(job("type-ramp-" + name, "A level ramp, halftoned by " + name + ".",
+    jobs.push_back(job("type-ramp-" + name, "A grey ramp, halftoned by " + name + ".",
                        {page(40, 16, "ramp")}, {{"HalftoneType", name}}));
     jobs.push_back(job("type-noise-" + name, "Noise of odd size, halftoned by " + name + ".",
                        {page(33, 11, "noise:7")}, {{"HalftoneType", name}}));
   }
   jobs.push_back(job("type-drawing-QVDithering", "A line drawing for the stencil method.",
                      {page(32, 24, "pgm:drawing.pgm")}, {{"HalftoneType", "QVDithering"}}));
-  jobs.push_back(job("type-drawing-Stucki", "A line drawing for an error diffusion.",
+  jobs.push_back(job("type-drawing-Stucki", "A line drawing for error diffusion.",
                      {page(32, 24, "pgm:drawing.pgm")}, {{"HalftoneType", "Stucki"}}));
-  jobs.push_back(job("type-photo-QVDithering", "A soft picture for the stencil method.",
+  jobs.push_back(job("type-photo-QVDithering",
+                     "A picture without hard edges for the stencil method.",
                      {page(37, 29, "photo:3")}, {{"HalftoneType", "QVDithering"}}));
   jobs.push_back(job("stencil-one-level",
-                     "A page of one level has no threshold of its own; the stencil takes 128.",
+                     "A page of a single grey level: the stencil uses the threshold 128.",
                      {page(16, 9, "flat:200")}, {{"HalftoneType", "QVDithering"}}));
-  jobs.push_back(job("stencil-blank", "An empty page through the stencil.", {page(16, 9, "flat:0")},
-                     {{"HalftoneType", "QVDithering"}}));
-  jobs.push_back(job("stencil-sparse", "A handful of dots on bare paper through the stencil.",
+  jobs.push_back(job("stencil-blank", "A blank page for the stencil method.",
+                     {page(16, 9, "flat:0")}, {{"HalftoneType", "QVDithering"}}));
+  jobs.push_back(job("stencil-sparse", "A few dots on blank paper for the stencil method.",
                      {page(24, 16, "sparse:5")}, {{"HalftoneType", "QVDithering"}}));
-  jobs.push_back(job("threshold-129", "The fixed threshold prints from level 129 on.",
+  jobs.push_back(job("threshold-129", "The fixed threshold prints levels from 129.",
                      {page(9, 2, "flat:128"), page(9, 2, "flat:129")}));
 }
 
@@ -77,11 +78,11 @@ void addBrightness(Jobs& jobs) {
   for (const char* type : {"FloydSteinberg", "Burkes", "QVDithering"}) {
     for (const char* value : {"-20", "20"}) {
       jobs.push_back(job(std::string("brightness-") + value + "-" + type,
-                         "Brightness before a diffusion.", {page(40, 10, "photo:11")},
+                         "Brightness is applied before halftoning.", {page(40, 10, "photo:11")},
                          {{"Brightness", value}, {"HalftoneType", type}}));
     }
   }
-  jobs.push_back(job("brightness-clamped", "A choice above 100 counts as 100.",
+  jobs.push_back(job("brightness-clamped", "A choice above 100 is clamped to 100.",
                      {page(52, 8, "ramp")}, {{"Brightness", "101"}}));
 }
 
@@ -91,12 +92,12 @@ void addTrims(Jobs& jobs) {
     const char* rows;
     const char* description;
   } kRows[] = {
-      {"middle-row", "3", "One blank row stays above the first row with dots."},
-      {"row-0-and-5", "0,5", "Row 0 is never looked at, so its dots are cut away."},
-      {"row-0-only", "0", "Dots in row 0 alone: nothing is trimmed."},
-      {"row-1-only", "1", "Dots in row 1: only the bottom is trimmed."},
-      {"last-row", "9", "Dots in the last row: only the top is trimmed."},
-      {"first-and-last", "0,9", "Dots in the first and the last row: row 0 is cut away."},
+      {"middle-row", "3", "One blank row is kept above the first row with ink."},
+      {"row-0-and-5", "0,5", "Row 0 is never tested, so its ink is trimmed."},
+      {"row-0-only", "0", "Ink in row 0 only: nothing is trimmed."},
+      {"row-1-only", "1", "Ink in row 1: only the bottom is trimmed."},
+      {"last-row", "9", "Ink in the last row: only the top is trimmed."},
+      {"first-and-last", "0,9", "Ink in the first and the last row: row 0 is trimmed."},
       {"rows-2-to-4", "2,3,4", "Blank rows on both sides of a block."},
   };
   for (const auto& row : kRows) {
@@ -105,11 +106,12 @@ void addTrims(Jobs& jobs) {
     jobs.push_back(job(std::string("no-trim-") + row.name, "The same rows with page type 1.", pages,
                        {{"PageType", "1"}}));
   }
-  jobs.push_back(job("trim-blank-page", "A page without dots is printed at its full height.",
+  jobs.push_back(job("trim-blank-page", "A blank page is printed at its full height.",
                      {page(5, 10, "flat:0")}));
-  jobs.push_back(job("trim-before-tone",
-                     "Blank rows are counted before tone: the darkened rows are cut all the same.",
-                     {page(5, 10, "rows:4,6")}, {{"Brightness", "100"}}));
+  jobs.push_back(
+      job("trim-before-tone",
+          "Blank rows are found before tone: those that Brightness darkens are trimmed too.",
+          {page(5, 10, "rows:4,6")}, {{"Brightness", "100"}}));
   jobs.push_back(job("trim-stencil", "Trimming with the stencil method.",
                      {page(12, 20, "rows:5,6,7,12")}, {{"HalftoneType", "QVDithering"}}));
   JobInput lacking =
@@ -127,7 +129,7 @@ void addWidthLimits(Jobs& jobs) {
   jobs.push_back(limited(job("wide-600-at-204pt", "575 of 600 columns, 12 cut on the left.",
                              {page(600, 2, "noise:21")}),
                          "204.0"));
-  jobs.push_back(limited(job("wide-832-at-204pt", "575 of 832 columns, diffused.",
+  jobs.push_back(limited(job("wide-832-at-204pt", "575 of 832 columns, error diffusion.",
                              {page(832, 2, "photo:22")}, {{"HalftoneType", "Burkes"}}),
                          "204.0"));
   jobs.push_back(
@@ -136,18 +138,20 @@ void addWidthLimits(Jobs& jobs) {
   jobs.push_back(limited(job("wide-21-at-5pt", "14 of 21 columns, an odd excess.",
                              {page(21, 9, "noise:24")}, {{"HalftoneType", "Ordered"}}),
                          "5"));
-  jobs.push_back(limited(job("wide-21-at-5pt-stencil",
-                             "The columns that centring leaves on the right still count for the "
-                             "stencil's histogram and blur.",
-                             {page(21, 12, "photo:25")}, {{"HalftoneType", "QVDithering"}}),
+  jobs.push_back(
+      limited(job("wide-21-at-5pt-stencil",
+                  "Columns on the right that are not printed still count in the histogram and "
+                  "the blur of the stencil.",
+                  {page(21, 12, "photo:25")}, {{"HalftoneType", "QVDithering"}}),
+              "5.0"));
+  jobs.push_back(
+      limited(job("wide-cut-dots-left", "All ink is in a column on the left that is not printed.",
+                  {page(20, 9, "column:1")}),
+              "5.0"));
+  jobs.push_back(limited(job("wide-cut-dots-right",
+                             "Ink in the masked columns on the right does not count for trimming.",
+                             {page(20, 9, "column:18")}),
                          "5.0"));
-  jobs.push_back(limited(job("wide-cut-dots-left", "The only dots lie in a column that is cut.",
-                             {page(20, 9, "column:1")}),
-                         "5.0"));
-  jobs.push_back(limited(
-      job("wide-cut-dots-right", "Dots that centring leaves in the masked columns are not counted.",
-          {page(20, 9, "column:18")}),
-      "5.0"));
   jobs.push_back(limited(job("wide-two-pages", "The second page fits and is not cut.",
                              {page(20, 3, "noise:26"), page(14, 3, "noise:27")}),
                          "5.0"));
@@ -157,20 +161,20 @@ void addWidthLimits(Jobs& jobs) {
   jobs.push_back(limited(job("wide-negative-limit", "A negative MaxMediaWidth is no limit.",
                              {page(20, 3, "noise:29")}),
                          "-5.0"));
-  jobs.push_back(limited(job("wide-text-limit", "A MaxMediaWidth that is no number is no limit.",
+  jobs.push_back(limited(job("wide-text-limit", "A MaxMediaWidth that is not a number is no limit.",
                              {page(20, 3, "noise:30")}),
                          "wide"));
 }
 
 void addSizes(Jobs& jobs) {
-  for (uint32_t width = 1; width <= 17; ++width) {
+  for (std::uint32_t width = 1; width <= 17; ++width) {
     const std::string type = kTypes[width % 9];
     jobs.push_back(job("width-" + std::to_string(width), "A narrow page, " + type + ".",
                        {page(width, 9, "noise:" + std::to_string(100 + width))},
                        {{"HalftoneType", type}}));
   }
-  const uint32_t kWide[] = {575, 576, 639, 832};
-  for (const uint32_t width : kWide) {
+  const std::uint32_t kWide[] = {575, 576, 639, 832};
+  for (const std::uint32_t width : kWide) {
     jobs.push_back(job("width-" + std::to_string(width), "A wide page, Sierra.",
                        {page(width, 3, "photo:" + std::to_string(width))},
                        {{"HalftoneType", "Sierra"}}));
@@ -178,11 +182,11 @@ void addSizes(Jobs& jobs) {
                        {page(width, 3, "photo:" + std::to_string(width))},
                        {{"HalftoneType", "QVDithering"}}));
   }
-  for (const uint32_t height : {1U, 7U, 8U, 16U, 17U}) {
-    jobs.push_back(job("height-" + std::to_string(height), "Whole and short bands.",
+  for (const std::uint32_t height : {1U, 7U, 8U, 16U, 17U}) {
+    jobs.push_back(job("height-" + std::to_string(height), "Full and partial bands.",
                        {page(6, height, "noise:" + std::to_string(height))}, {{"PageType", "1"}}));
   }
-  for (const uint32_t resolution : {100U, 101U, 180U, 203U})
+  for (const std::uint32_t resolution : {100U, 101U, 180U, 203U})
     jobs.push_back(job("resolution-" + std::to_string(resolution),
                        "Single density up to 100 dpi, double density above.",
                        {pageAt(resolution, "noise:9")}));
@@ -192,13 +196,14 @@ void addPages(Jobs& jobs) {
   jobs.push_back(job("pages-three-sizes", "Three pages of different sizes.",
                      {page(9, 9, "noise:1"), page(3, 2, "noise:2"), page(17, 5, "noise:3")},
                      {{"HalftoneType", "StevensonArce"}, {"PageCutType", "2"}}));
-  jobs.push_back(job("pages-two-stencil", "No state passes from one stencil page to the next.",
+  jobs.push_back(job("pages-two-stencil", "The stencil keeps no state between pages.",
                      {page(15, 13, "photo:1"), page(15, 13, "photo:1")},
                      {{"HalftoneType", "QVDithering"}}));
-  JobInput copies = job("pages-copies", "The copy count is logged and not obeyed.", tinyPage());
+  JobInput copies =
+      job("pages-copies", "The copy count is logged and otherwise ignored.", tinyPage());
   copies.pages[0].copies = 3;
   jobs.push_back(copies);
-  JobInput densities = job("pages-two-resolutions", "The density is chosen page by page.",
+  JobInput densities = job("pages-two-resolutions", "The density is chosen for each page.",
                            {pageAt(100, "noise:4"), pageAt(203, "noise:4")});
   jobs.push_back(densities);
 }
@@ -208,7 +213,7 @@ void addBuzzers(Jobs& jobs) {
     for (const char* buzzer : {"Buzzer1", "Buzzer2"}) {
       const std::string name = buzzer;
       jobs.push_back(
-          job("buzzer-" + name + "-" + setting, "A buzzer at one of its two moments.",
+          job("buzzer-" + name + "-" + setting, "A buzzer at one of its two positions.",
               {tinyPage()[0], tinyPage()[0]},
               {{name + "Setting", setting}, {name + "OnTime", "9"}, {name + "Repeat", "3"}}));
     }
@@ -230,7 +235,7 @@ void addBuzzers(Jobs& jobs) {
   lacking.lacks = {"Buzzer1OnTime", "Buzzer1Repeat"};
   jobs.push_back(lacking);
   JobInput none =
-      job("buzzer-missing", "A printer without buzzer options ends its set-up in 08.", tinyPage());
+      job("buzzer-missing", "Without buzzer options, the buzzer set-up ends in 08.", tinyPage());
   none.lacks = {"Buzzer1Setting", "Buzzer2Setting"};
   jobs.push_back(none);
 }
@@ -246,11 +251,11 @@ void addCuts(Jobs& jobs) {
   for (const char* feed : {"0", "15", "16", "17"})
     jobs.push_back(job(std::string("doc-cut-feed-") + feed, "The feed wraps at 16.", tinyPage(),
                        {{"DocCutType", "1"}, {"FeedCutAfterJobEnd", feed}}));
-  JobInput noFeed = job("doc-cut-feed-missing", "Without the feed option F0 goes out.", tinyPage(),
+  JobInput noFeed = job("doc-cut-feed-missing", "Without the feed option, F0 is sent.", tinyPage(),
                         {{"DocCutType", "2"}});
   noFeed.lacks = {"FeedCutAfterJobEnd"};
   jobs.push_back(noFeed);
-  JobInput noCut = job("cuts-missing", "Without cut options the feed is sent and no cut.",
+  JobInput noCut = job("cuts-missing", "Without cut options, the feed is sent without a cut.",
                        tinyPage(), {{"FeedCutAfterJobEnd", "3"}});
   noCut.lacks = {"DocCutType", "PageCutType"};
   jobs.push_back(noCut);
@@ -268,22 +273,22 @@ void addDrawerAndDirection(Jobs& jobs) {
                          tinyPage(), {{"CashDrawerSetting", "1"}});
   lacking.lacks = {"CashDrawerPulseWidth"};
   jobs.push_back(lacking);
-  jobs.push_back(job("bidi-1", "One direction.", tinyPage(), {{"BidiPrinting", "1"}}));
+  jobs.push_back(job("bidi-1", "Unidirectional printing.", tinyPage(), {{"BidiPrinting", "1"}}));
   JobInput noBidi =
-      job("bidi-missing", "A printer without the option gets no direction.", tinyPage());
+      job("bidi-missing", "Without the option, no direction command is sent.", tinyPage());
   noBidi.lacks = {"BidiPrinting"};
   jobs.push_back(noBidi);
 }
 
 void addDefaults(Jobs& jobs) {
   JobInput defaults =
-      job("defaults-of-the-printer", "The printer's defaults are obeyed.", {page(20, 4, "ramp")});
+      job("defaults-of-the-printer", "The defaults of the printer apply.", {page(20, 4, "ramp")});
   defaults.defaults = {{"PageCutType", "1"},       {"HalftoneType", "Ordered"},
                        {"Brightness", "20"},       {"PageType", "1"},
                        {"CashDrawerSetting", "2"}, {"CashDrawerPulseWidth", "4"}};
   jobs.push_back(defaults);
   defaults.name = "defaults-overridden";
-  defaults.description = "Job options go over the printer's defaults.";
+  defaults.description = "Job options override the defaults of the printer.";
   defaults.options = {{"PageCutType", "2"},
                       {"HalftoneType", "Burkes"},
                       {"Brightness", "-20"},
@@ -291,11 +296,11 @@ void addDefaults(Jobs& jobs) {
                       {"PageSize", "X58MMY100MM"}};
   jobs.push_back(defaults);
   defaults.name = "defaults-unknown-choice";
-  defaults.description = "A job option that names no choice leaves the default.";
+  defaults.description = "A job option with an unknown choice leaves the default.";
   defaults.options = {{"PageCutType", "77"}, {"HalftoneType", "Serra"}};
   jobs.push_back(defaults);
   defaults.name = "defaults-case-of-choice";
-  defaults.description = "CUPS finds a choice whatever the case of its letters.";
+  defaults.description = "CUPS ignores case in keywords and choices.";
   defaults.options = {{"pagecuttype", "3"}, {"HalftoneType", "sierra"}};
   jobs.push_back(defaults);
   JobInput bare =
@@ -314,13 +319,13 @@ void addEnds(Jobs& jobs) {
   cut.truncated = true;
   const PageInput good = page(4, 3, "noise:41");
   jobs.push_back(job("end-no-pages", "An empty raster.", {}));
-  jobs.push_back(job("end-one-bit", "A page of 1 bit ends the run at once.", {oneBit}));
+  jobs.push_back(job("end-one-bit", "A page with 1 bit per pixel ends the run.", {oneBit}));
   jobs.push_back(job("end-colour-after-page", "A colour page after a good one: status 1.",
                      {good, colour, good}));
-  jobs.push_back(job("end-first-page-cut", "The first page's pixels are cut short.", {cut},
+  jobs.push_back(job("end-first-page-cut", "The pixels of the first page are truncated.", {cut},
                      {{"Buzzer1Setting", "1"}}));
   jobs.push_back(
-      job("end-third-page-cut", "Two pages print, the third is cut short.", {good, good, cut}));
+      job("end-third-page-cut", "Two pages print, the third is truncated.", {good, good, cut}));
 }
 
 }  // namespace

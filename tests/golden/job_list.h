@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The inputs of all golden jobs. golden_writer turns them into the files in jobs/.
+// The inputs of all golden jobs. `golden_writer` writes them and the expected
+// output to the files in jobs/.
 
-#ifndef WREN_TESTS_GOLDEN_JOB_LIST_H_
-#define WREN_TESTS_GOLDEN_JOB_LIST_H_
+#pragma once
 
 #include <vector>
 
@@ -15,5 +15,3 @@ namespace golden {
 std::vector<JobInput> jobList();
 
 }  // namespace golden
-
-#endif  // WREN_TESTS_GOLDEN_JOB_LIST_H_

@@ -4,8 +4,7 @@
 // A job on disk, read back for judging: the raster that the filter was given,
 // the PPD's options, and the bytes that came out.
 
-#ifndef WREN_TESTS_PRINT_JOB_FILES_H_
-#define WREN_TESTS_PRINT_JOB_FILES_H_
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -42,4 +41,3 @@ std::vector<Picture> printedPages(const wren::escpos::Paper& paper,
 
 }  // namespace job_files
 
-#endif  // WREN_TESTS_PRINT_JOB_FILES_H_

@@ -3,8 +3,7 @@
 //
 // Documents through CUPS's own filters and ours, as ./wren print sends them.
 
-#ifndef WREN_TESTS_PRINT_PRINT_CHAIN_H_
-#define WREN_TESTS_PRINT_PRINT_CHAIN_H_
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -57,4 +56,3 @@ class PrintChain : public testing::Test {
 
 }  // namespace print_chain
 
-#endif  // WREN_TESTS_PRINT_PRINT_CHAIN_H_

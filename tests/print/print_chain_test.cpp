@@ -2,6 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Documents through CUPS's own filters and ours, as ./wren print sends them.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -3,8 +3,7 @@
 //
 // A printer made of a socket: keeps the bytes of each connection.
 
-#ifndef WREN_TESTS_QUEUE_CAPTURE_SERVER_H_
-#define WREN_TESTS_QUEUE_CAPTURE_SERVER_H_
+#pragma once
 
 #include <condition_variable>
 #include <cstdint>
@@ -50,4 +49,3 @@ class CaptureServer {
   std::thread thread_;
 };
 
-#endif  // WREN_TESTS_QUEUE_CAPTURE_SERVER_H_

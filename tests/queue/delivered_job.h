@@ -3,8 +3,7 @@
 //
 // A job that went through the scheduler, and the same job by hand.
 
-#ifndef WREN_TESTS_QUEUE_DELIVERED_JOB_H_
-#define WREN_TESTS_QUEUE_DELIVERED_JOB_H_
+#pragma once
 
 #include <cups/cups.h>
 
@@ -60,4 +59,3 @@ struct TestBench {
 /// The bench of this process; set by main.
 extern TestBench* bench;
 
-#endif  // WREN_TESTS_QUEUE_DELIVERED_JOB_H_

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // A job that is cancelled in the middle.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The front door's commands for queues.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Jobs that are printed to their end.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

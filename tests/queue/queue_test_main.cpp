@@ -2,6 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // queue_test FOLDER root|user: all cases against one scheduler in FOLDER.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

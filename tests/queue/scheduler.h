@@ -4,8 +4,7 @@
 // A cupsd of our own: its files lie in one folder, it listens on a socket there
 // and has queues for each PPD. Nothing of the system's CUPS is written.
 
-#ifndef WREN_TESTS_QUEUE_SCHEDULER_H_
-#define WREN_TESTS_QUEUE_SCHEDULER_H_
+#pragma once
 
 #include <sys/types.h>
 
@@ -46,4 +45,3 @@ int run(const std::string& command);
 /// Runs a shell command and returns what it writes; empty when it fails.
 std::string outputOf(const std::string& command);
 
-#endif  // WREN_TESTS_QUEUE_SCHEDULER_H_

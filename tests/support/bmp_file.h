@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Reads the debug images back, field by field.
+// Parses the debug images (BMP files), field by field.
+
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 namespace wren_test {
 
 struct BmpFile {
-  bool complete = false;  ///< the 54 header bytes are there and start with "BM"
+  bool complete = false;  ///< the file has 54 header bytes that start with "BM"
   std::uint32_t fileSize = 0;
   std::uint32_t reserved = 0;
   std::uint32_t pixelOffset = 0;
@@ -29,6 +30,7 @@ struct BmpFile {
   std::string pixels;   ///< the bytes from pixelOffset on
 };
 
+/// The file as parsed; `complete` is false if it is not a BMP file.
 BmpFile readBmp(const std::string& bytes);
 
 }  // namespace wren_test

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/filter_job.h"
 
 #include <algorithm>
@@ -38,10 +39,10 @@ ProcessSpec specOf(const FilterJob& job, const TemporaryFolder& folder) {
       job.ppdPath.empty() ? folder.write("printer.ppd", job.ppd).string() : job.ppdPath;
   if (ppd != "-") spec.environment.push_back("PPD=" + ppd);
   const std::string privateFolder = folder.path();
-  // Only what is needed: a copy of the raster would count as memory of the filter.
+  // Captures no more than it needs: a copy of the raster would count as memory of the filter.
   spec.beforeExec = [privateFolder, spool = job.spool, then = job.beforeExec] {
     enterPrivateSpool(privateFolder, spool);
-    if (then) then();
+    if (then != nullptr) then();
   };
   return spec;
 }
@@ -50,7 +51,7 @@ void layOutFolder(const FilterJob& job, const TemporaryFolder& folder) {
   if (canMount() || job.spool != SpoolKind::kMissing) {
     fs::create_directory(folder.path() / "spool");
   }
-  if (job.prepareFolder) job.prepareFolder(folder);
+  if (job.prepareFolder != nullptr) job.prepareFolder(folder);
 }
 
 std::string withRealSpoolFolder(std::string text) {
@@ -66,15 +67,15 @@ std::string withRealSpoolFolder(std::string text) {
 }  // namespace
 
 RunningFilter::RunningFilter(const FilterJob& job) {
-  layOutFolder(job, privateFolder);
-  running = std::make_unique<Process>(specOf(job, privateFolder));
+  layOutFolder(job, privateFolder_);
+  running_ = std::make_unique<Process>(specOf(job, privateFolder_));
 }
 
 FilterResult RunningFilter::finish() {
   FilterResult result;
-  static_cast<ProcessResult&>(result) = running->finish();
+  static_cast<ProcessResult&>(result) = running_->finish();
   result.err = withRealSpoolFolder(result.err);
-  result.images = savedImages(privateFolder.path() / "spool");
+  result.images = savedImages(privateFolder_.path() / "spool");
   return result;
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Runs the real filter on a job, as the print system would, and collects its printer
-// bytes, messages, exit status and debug images.
+// Runs the real filter on a job, as the print system does. Collects its printer bytes,
+// messages, exit status and debug images.
+
 #pragma once
 
 #include <functional>
@@ -25,50 +26,50 @@ struct FilterJob {
   RasterVia via = RasterVia::kStandardInput;
   SpoolKind spool = SpoolKind::kPrivate;
   std::vector<std::string> environment = {"TZ=UTC"};  ///< PPD= is added
-  std::string ppdPath;                                ///< instead of the text: the value of PPD
-  std::string inputPath;               ///< instead of the raster: the seventh argument
-  std::vector<std::string> arguments;  ///< instead of all arguments, argv[0] included
-  std::function<void()> beforeExec;    ///< runs in the child just before the filter
-  std::function<void(const TemporaryFolder&)> prepareFolder;  ///< may fill spool/ and opt/
+  std::string ppdPath;                 ///< value of PPD, instead of `ppd`; "-" leaves it unset
+  std::string inputPath;               ///< seventh argument, instead of `raster`
+  std::vector<std::string> arguments;  ///< replaces all arguments, argv[0] included
+  std::function<void()> beforeExec;    ///< runs in the child before exec
+  std::function<void(const TemporaryFolder&)> prepareFolder;  ///< may add files to spool/ and opt/
   double timeoutSeconds = 60.0;
 };
 
-/// A debug image as the filter left it.
+/// A debug image that the filter wrote.
 struct SavedImage {
   std::string name;  ///< file name without its folder
   std::string kind;  ///< "origin" or "dithered"
-  long number = 0;   ///< the dump counter in its name
+  long number = 0;   ///< the image counter in its name
   std::string bytes;
 };
 
 struct FilterResult : ProcessResult {
-  std::vector<SavedImage> images;  ///< by number
+  std::vector<SavedImage> images;  ///< sorted by number
 };
 
-/// A filter that is running; finish() collects everything.
+/// A running filter; `finish` waits for its end and returns the result.
 class RunningFilter {
  public:
   explicit RunningFilter(const FilterJob& job);
-  Process& process() { return *running; }
-  const TemporaryFolder& folder() const { return privateFolder; }
+  Process& process() { return *running_; }
+  const TemporaryFolder& folder() const { return privateFolder_; }
   FilterResult finish();
 
  private:
-  TemporaryFolder privateFolder;
-  std::unique_ptr<Process> running;
+  TemporaryFolder privateFolder_;
+  std::unique_ptr<Process> running_;
 };
 
-/// Runs a job to its end. Messages name the real spool folder whatever folder was used.
+/// Runs a job to its end. Messages name the real spool folder, even if another one was used.
 FilterResult runFilterJob(const FilterJob& job);
 
-/// The images of a folder, by number.
+/// The debug images in a folder, sorted by number.
 std::vector<SavedImage> savedImages(const std::filesystem::path& folder);
 
 /// The lines of a text without their newlines.
 std::vector<std::string> linesOf(const std::string& text);
 
-/// The lines of the filter's messages with what varies made fixed: addresses read ADDRESS and
-/// "fopen() failed." stands without the system's words.
+/// The lines of the messages without their variable parts: memory addresses become ADDRESS, and the
+/// error text of the system after "fopen() failed." is removed.
 std::vector<std::string> messageLines(const std::string& err);
 
 }  // namespace wren_test

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/ppd_text.h"
 
 namespace wren_test {
@@ -32,17 +33,17 @@ const std::vector<std::string> kHalftoneTypes = {"None",   "FloydSteinberg", "Or
 
 }  // namespace
 
-PpdText::PpdText() : content(kHead) {}
+PpdText::PpdText() : content_(kHead) {}
 
 PpdText& PpdText::option(const std::string& keyword, const std::vector<std::string>& choices,
                          const std::string& defaultChoice) {
-  content += "*OpenUI *" + keyword + "/" + keyword + ": PickOne\n";
-  content += "*OrderDependency: 10 AnySetup *" + keyword + "\n";
-  content += "*Default" + keyword + ": " + defaultChoice + "\n";
+  content_ += "*OpenUI *" + keyword + "/" + keyword + ": PickOne\n";
+  content_ += "*OrderDependency: 10 AnySetup *" + keyword + "\n";
+  content_ += "*Default" + keyword + ": " + defaultChoice + "\n";
   for (const auto& choice : choices) {
-    content += "*" + keyword + " " + choice + "/" + choice + ": \"\"\n";
+    content_ += "*" + keyword + " " + choice + "/" + choice + ": \"\"\n";
   }
-  content += "*CloseUI: *" + keyword + "\n";
+  content_ += "*CloseUI: *" + keyword + "\n";
   return *this;
 }
 
@@ -53,7 +54,7 @@ PpdText& PpdText::numbers(const std::string& keyword, int last, int defaultChoic
 }
 
 PpdText& PpdText::attribute(const std::string& name, const std::string& value) {
-  content += "*" + name + ": \"" + value + "\"\n";
+  content_ += "*" + name + ": \"" + value + "\"\n";
   return *this;
 }
 
@@ -66,7 +67,7 @@ PpdText& PpdText::pageSizes(const std::vector<std::string>& names, const std::st
 }
 
 PpdText& PpdText::raw(const std::string& text) {
-  content += text;
+  content_ += text;
   return *this;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/printer_bytes.h"
 
 #include <cstdio>
@@ -32,7 +33,7 @@ PrinterCommand zeros(const std::string& bytes, std::size_t at) {
   return {"zeros", bytes.substr(at, end - at), static_cast<unsigned>(end - at), {}};
 }
 
-// The command that starts at a place; empty bytes when it is cut short.
+// The command at an offset; without bytes if it is truncated.
 PrinterCommand complete(const Known& known, const std::string& bytes, std::size_t at) {
   const std::size_t head = fromHex(known.start).size() + known.following;
   if (at + head > bytes.size()) return {};

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/process.h"
 
 #include <fcntl.h>
@@ -23,8 +24,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A file without a name, closed on exec.
-int openNameless() {
+// An unlinked temporary file, closed on exec.
+int openUnlinkedFile() {
   std::string pattern = (std::filesystem::temp_directory_path() / "wren-out-XXXXXX").string();
   const int descriptor = mkostemp(pattern.data(), O_CLOEXEC | O_APPEND);
   if (descriptor < 0) throw std::runtime_error("no temporary file");
@@ -50,8 +51,8 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
 }
 
 #ifdef WREN_EMULATOR
-// A program of another processor, on a system that does not know how to start one.
-void becomeEmulated(const ProcessSpec& spec) {
+// A program for another processor, on a system that cannot execute it directly.
+void execEmulator(const ProcessSpec& spec) {
   std::vector<std::string> words = {WREN_EMULATOR, "-0", spec.arguments.at(0), spec.program};
   words.insert(words.end(), spec.arguments.begin() + 1, spec.arguments.end());
   const auto arguments = pointersTo(words);
@@ -60,7 +61,7 @@ void becomeEmulated(const ProcessSpec& spec) {
 }
 #endif
 
-[[noreturn]] void becomeProgram(const ProcessSpec& spec, int input, int out, int err) {
+[[noreturn]] void execProgram(const ProcessSpec& spec, int input, int out, int err) {
   dup2(input, 0);
   dup2(out, 1);
   dup2(err, 2);
@@ -68,10 +69,10 @@ void becomeEmulated(const ProcessSpec& spec) {
   if (!spec.workingFolder.empty() && chdir(spec.workingFolder.c_str()) != 0) _exit(126);
   const auto arguments = pointersTo(spec.arguments);
   const auto environment = pointersTo(spec.environment);
-  if (spec.beforeExec) spec.beforeExec();
+  if (spec.beforeExec != nullptr) spec.beforeExec();
   execve(spec.program.c_str(), arguments.data(), environment.data());
 #ifdef WREN_EMULATOR
-  if (errno == ENOEXEC) becomeEmulated(spec);
+  if (errno == ENOEXEC) execEmulator(spec);
 #endif
   _exit(127);
 }
@@ -88,37 +89,37 @@ bool waitUntil(Condition condition, double seconds) {
 
 }  // namespace
 
-Process::Process(const ProcessSpec& spec) : timeoutSeconds(spec.timeoutSeconds) {
+Process::Process(const ProcessSpec& spec) : timeoutSeconds_(spec.timeoutSeconds) {
   std::signal(SIGPIPE, SIG_IGN);
-  outDescriptor = openNameless();
-  errDescriptor = openNameless();
+  outDescriptor_ = openUnlinkedFile();
+  errDescriptor_ = openUnlinkedFile();
   int ends[2] = {-1, -1};
   if (spec.inputPath.empty()) {
     if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    inputDescriptor = ends[1];
+    inputDescriptor_ = ends[1];
   } else {
     ends[0] = open(spec.inputPath.c_str(), O_RDONLY | O_CLOEXEC);
   }
-  pid = fork();
-  if (pid == 0) becomeProgram(spec, ends[0], outDescriptor, errDescriptor);
+  pid_ = fork();
+  if (pid_ == 0) execProgram(spec, ends[0], outDescriptor_, errDescriptor_);
   if (ends[0] >= 0) close(ends[0]);
-  if (pid < 0) throw std::runtime_error("fork failed");
+  if (pid_ < 0) throw std::runtime_error("fork failed");
 }
 
 Process::~Process() {
-  if (pid > 0) {
-    kill(pid, SIGKILL);
-    waitpid(pid, nullptr, 0);
+  if (pid_ > 0) {
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
   }
   closeInput();
-  close(outDescriptor);
-  close(errDescriptor);
+  close(outDescriptor_);
+  close(errDescriptor_);
 }
 
 void Process::feed(const std::string& bytes) {
   std::size_t done = 0;
   while (done < bytes.size()) {
-    const ssize_t count = write(inputDescriptor, bytes.data() + done, bytes.size() - done);
+    const ssize_t count = write(inputDescriptor_, bytes.data() + done, bytes.size() - done);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return;
     done += static_cast<std::size_t>(count);
@@ -126,24 +127,24 @@ void Process::feed(const std::string& bytes) {
 }
 
 void Process::closeInput() {
-  if (inputDescriptor >= 0) close(inputDescriptor);
-  inputDescriptor = -1;
+  if (inputDescriptor_ >= 0) close(inputDescriptor_);
+  inputDescriptor_ = -1;
 }
 
 void Process::signal(int number) const {
-  if (pid > 0) kill(pid, number);
+  if (pid_ > 0) kill(pid_, number);
 }
 
 std::string Process::outSoFar() const {
-  return contentOf(outDescriptor);
+  return contentOf(outDescriptor_);
 }
 
 std::string Process::errSoFar() const {
-  return contentOf(errDescriptor);
+  return contentOf(errDescriptor_);
 }
 
 long Process::peakKilobytesSoFar() const {
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
   for (std::string line; std::getline(status, line);) {
     if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6));
   }
@@ -155,36 +156,36 @@ bool Process::waitForError(const std::string& text, double seconds) const {
 }
 
 bool Process::waitForOutput(std::size_t bytes, double seconds) const {
-  return waitUntil([&] { return lseek(outDescriptor, 0, SEEK_END) >= static_cast<off_t>(bytes); },
+  return waitUntil([&] { return lseek(outDescriptor_, 0, SEEK_END) >= static_cast<off_t>(bytes); },
                    seconds);
 }
 
 bool Process::hasEnded() {
-  if (pid < 0) return true;
+  if (pid_ < 0) return true;
   int status = 0;
   rusage usage = {};
-  if (wait4(pid, &status, WNOHANG, &usage) != pid) return false;
+  if (wait4(pid_, &status, WNOHANG, &usage) != pid_) return false;
   collect(status, usage.ru_maxrss);
   return true;
 }
 
 void Process::collect(int status, long peakKilobytes) {
-  pid = -1;
-  if (WIFEXITED(status)) result.exitStatus = WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
-  result.peakKilobytes = peakKilobytes;
+  pid_ = -1;
+  if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) result_.signal = WTERMSIG(status);
+  result_.peakKilobytes = peakKilobytes;
 }
 
 ProcessResult Process::finish() {
   closeInput();
-  if (!waitUntil([this] { return hasEnded(); }, timeoutSeconds)) {
-    result.timedOut = true;
+  if (!waitUntil([this] { return hasEnded(); }, timeoutSeconds_)) {
+    result_.timedOut = true;
     signal(SIGKILL);
     waitUntil([this] { return hasEnded(); }, 10.0);
   }
-  result.out = outSoFar();
-  result.err = errSoFar();
-  return result;
+  result_.out = outSoFar();
+  result_.err = errSoFar();
+  return result_;
 }
 
 ProcessResult runProcess(const ProcessSpec& spec, const std::string& input) {

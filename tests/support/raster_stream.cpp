@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/raster_stream.h"
 
 #include <algorithm>
@@ -12,7 +13,8 @@ namespace wren_test {
 
 namespace {
 
-constexpr std::size_t kFirstNumber = 256;  // four texts of 64 characters come before
+// The header has four texts of 64 characters, then 81 numbers of 4 bytes.
+constexpr std::size_t kFirstNumber = 256;
 constexpr std::size_t kNumbers = 81;
 
 void swapWord(char* word) {
@@ -46,7 +48,8 @@ std::size_t runLength(const std::string& row, std::size_t at) {
   return end - at;
 }
 
-// One row: count - 1 and a byte for a run, 257 - count and the bytes for literals.
+// PackBits-like: `count - 1` and one byte for a run, `257 - count` and the bytes for a sequence
+// without runs.
 std::string compressedRow(const std::string& row) {
   std::string out;
   for (std::size_t at = 0; at < row.size();) {
@@ -70,7 +73,7 @@ std::string compressedRow(const std::string& row) {
   return out;
 }
 
-// Equal rows in sequence are written once, after their number less one.
+// Equal consecutive rows are written once, after their count minus one.
 std::string compressedPixels(const std::string& pixels, std::size_t rowBytes) {
   std::string out;
   for (std::size_t at = 0; at < pixels.size();) {
@@ -114,7 +117,7 @@ RasterPage greyPage(const std::vector<std::string>& rows, unsigned dpi) {
   return page;
 }
 
-RasterPage flatPage(unsigned width, unsigned height, unsigned char level, unsigned dpi) {
+RasterPage flatPage(unsigned width, unsigned height, std::uint8_t level, unsigned dpi) {
   return {greyHeader(width, height, dpi),
           std::string(static_cast<std::size_t>(width) * height, static_cast<char>(level))};
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "tests/support/spool_folder.h"
 
 #include <fcntl.h>
@@ -29,7 +30,7 @@ void writeTo(const char* path, const std::string& text) {
   close(descriptor);
 }
 
-// Root needs no user namespace; anybody else becomes root of a new one.
+// Other users than root need a user namespace in which they are root.
 bool enterNamespace() {
   const uid_t user = geteuid();
   const gid_t group = getegid();

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The tools of the tests, held against what does not come from this tree: the CUPS
-// library's own raster reader, hand-written bytes, a shell.
+// Tests of the test support against independent references: the raster reader of the
+// CUPS library, hand-written bytes, a shell.
 
 #include <cups/raster.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 
 #include "tests/support/bmp_file.h"
 #include "tests/support/filter_job.h"
@@ -42,7 +43,7 @@ TEST(Process, ReportsSignalsAndTimeouts) {
   EXPECT_TRUE(runProcess(slow).timedOut);
 }
 
-// Reads all pages of a stream with the CUPS library.
+// All pages of a stream, read by the CUPS library.
 std::vector<RasterPage> readWithCups(const std::string& stream) {
   FILE* file = std::tmpfile();
   std::fwrite(stream.data(), 1, stream.size(), file);
@@ -62,7 +63,7 @@ std::vector<RasterPage> readWithCups(const std::string& stream) {
   return pages;
 }
 
-TEST(RasterStream, EveryKindIsWhatTheCupsLibraryReads) {
+TEST(RasterStream, EveryKindIsReadByTheCupsLibrary) {
   const std::vector<RasterPage> pages = {noisePage(17, 9, 1), flatPage(300, 5, 7, 100),
                                          greyPage({"aab", "aab", "abc"})};
   for (const auto kind :
@@ -77,7 +78,7 @@ TEST(RasterStream, EveryKindIsWhatTheCupsLibraryReads) {
   }
 }
 
-TEST(PrinterBytes, EveryByteEndsUpInACommand) {
+TEST(PrinterBytes, EveryByteIsPartOfACommand) {
   const std::string bytes = fromHex(
       "0000 1B40 1F1B1F4265657008 1B5501 1B420301 1B70004B32 1B3C 1B2A01020080FF 1B4A04"
       "1D5600 1B76 41 1B2A01FFFF00");
@@ -114,7 +115,7 @@ TEST(BmpFile, ReadsHandWrittenBytes) {
   EXPECT_EQ(hexOf(file.pixels), "FF FF 00 00 00 3F 00 00");
 }
 
-TEST(FilterJob, NothingOfARunStaysInTheRealSpoolFolder) {
+TEST(FilterJob, LeavesNothingInTheRealSpoolFolder) {
   const auto before = savedImages(kRealSpoolFolder).size();
   FilterJob job;
   job.ppd = fullPpd().text();
@@ -124,9 +125,9 @@ TEST(FilterJob, NothingOfARunStaysInTheRealSpoolFolder) {
   EXPECT_EQ(savedImages(kRealSpoolFolder).size(), before);
 }
 
-TEST(FilterJob, ReportsWhetherMountsWork) {
-  if (!canMount()) GTEST_SKIP() << "no mounts here: the relocated filter is run instead";
-  EXPECT_NE(filterProgram().find("rastertowren"), std::string::npos);
+TEST(FilterJob, RunsTheRealFilterWhereMountingIsAllowed) {
+  if (!canMount()) GTEST_SKIP() << "mounting is not allowed; the tests run the relocated filter";
+  EXPECT_EQ(std::filesystem::path(filterProgram()).filename(), "rastertowren");
 }
 
 }  // namespace
