@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# For tests of ./wren: makes $work, a folder that goes with the test, in it tree/, a copy
-# of the front door whose release build is the one under test, and bin/, first in PATH,
-# with a stand-in for cmake, so that nothing is built here.
+# For tests of ./wren: creates the temporary folder $work. In it, tree/ is a copy of
+# ./wren whose release build is the build under test, and bin/, first in PATH, has a
+# stand-in for cmake, so that nothing is built.
 
 # copy_front_door SOURCE_DIR BUILD_DIR
 copy_front_door() {

@@ -4,9 +4,9 @@
 #
 # front_door_prints_test.sh SOURCE_DIR BUILD_DIR
 #
-# ./wren print with each kind of document: the bytes are those of the chain, what is
-# said of them is true, and CUPS is asked for what a receipt wants. A stand-in notes what
-# CUPS is asked for before it asks.
+# ./wren print with each kind of document: the bytes equal those of tools/chain, the
+# messages are correct, and CUPS gets the options for receipts. A stand-in for
+# cupsfilter records its arguments and then runs the real one.
 set -euo pipefail
 
 source_dir=$1 build_dir=$2
@@ -23,7 +23,7 @@ die() {
   exit 1
 }
 
-# prints PAGES OUT ARGUMENTS...: prints, and holds what is said against what lies there.
+# prints PAGES OUT ARGUMENTS...: prints, and compares the messages with the files.
 prints() {
   local pages=$1 out=$2
   shift 2
@@ -34,7 +34,7 @@ prints() {
   [[ -s ${out%.prn}.png ]] || die "print $* drew no picture"
 }
 
-# chain_gives TYPE OUT DOCUMENT ARGUMENTS...: the same bytes without the front door.
+# chain_gives TYPE OUT DOCUMENT ARGUMENTS...: compares OUT with the bytes of tools/chain.
 chain_gives() {
   local type=$1 out=$2 document=$3
   shift 3
@@ -50,7 +50,8 @@ cp "$source_dir/examples/receipt.pdf" "a receipt.pdf"
 cp "$source_dir/examples/order.txt" order
 convert "$source_dir/examples/photo.png" -quality 95 photo.jpg
 
-# The name of the document makes that of the bytes; blanks and endings do not matter.
+# The output is named after the document, also if the name has a space; the type does
+# not depend on the extension.
 prints 1 "$work/tree/build/print/a receipt.prn" "a receipt.pdf"
 chain_gives application/pdf "$work/tree/build/print/a receipt.prn" "a receipt.pdf"
 asks "-o position=top"
@@ -71,7 +72,7 @@ asks "-n 2"
 [[ $(head -c 4 pages.ras) =~ ^(3SaR|RaS3|2SaR|RaS2)$ ]] || die "no raster was kept"
 grep -qxF "raster: pages.ras" said || die "said: $(cat said)"
 
-# Told otherwise, CUPS is asked for that alone.
+# Options of the user replace those for receipts.
 prints 1 told.prn "a receipt.pdf" --out told.prn -o position=center -o pdfAutoRotate=yes
 asks "-o position=center"
 asks "-o pdfAutoRotate=yes"

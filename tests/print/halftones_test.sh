@@ -4,8 +4,8 @@
 #
 # halftones_test.sh SOURCE_DIR BUILD_DIR
 #
-# ./wren halftones lays out nine papers, and each shows, dot by dot, what printing with
-# that halftone type gives.
+# ./wren halftones draws a sheet with nine papers. Each must equal a print with its
+# halftone type, dot by dot.
 set -euo pipefail
 
 source_dir=$1 build_dir=$2
@@ -19,7 +19,7 @@ photo=$source_dir/examples/photo.png
 "$work/tree/wren" halftones "$photo" --crop "$PART" --brightness "0 -10" --out "$work/sheet.png" >"$work/said" 2>"$work/log"
 grep -qxF "sheet: $work/sheet.png" "$work/said"
 
-# paper TYPE FILE: the same part as ./wren print gives it.
+# paper TYPE FILE: the same part of a print.
 paper() {
   "$source_dir/tools/chain" --quiet --filter "$build_dir/filter/rastertowren" --ppd "$ppd" \
     --type image/png --out "$work/$1.prn" -o "HalftoneType=$1" -- "$photo"
@@ -27,8 +27,8 @@ paper() {
   convert "$work/whole.png" -crop "$PART" +repage -threshold 50% "$2"
 }
 
-# To the left lie the border, the label and a gap before each; above, the border, the heads and
-# a gap before each row. Each paper has a line around it.
+# Left of the papers: border, gap, label, gap. Above: border, gap, column heads, gap. Each
+# paper has a frame of one pixel.
 left=$((8 + 8 + 240 + 8 + 1)) top=$((8 + 8 + 40 + 8 + 1)) row=0
 types=$(sed -n 's/^\*HalftoneType \([A-Za-z]*\)\/.*/\1/p' "$ppd")
 for type in $types; do

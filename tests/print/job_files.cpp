@@ -16,7 +16,7 @@ namespace job_files {
 
 namespace {
 
-// The option whose block the last *OpenUI line opened; null between blocks.
+// Null if the PPD has no such option.
 reference::PpdOption* findOption(reference::JobOptions& options, const std::string& keyword) {
   for (auto& option : options.ppd) {
     if (option.keyword == keyword) return &option;
@@ -35,9 +35,11 @@ void readPpdLine(const std::string& line, reference::JobOptions& options) {
   } else if (std::regex_match(line, match, width)) {
     options.maxMediaWidth = match[1];
   } else if (std::regex_match(line, match, fallback)) {
-    if (auto* option = findOption(options, match[1])) option->defaultChoice = match[2];
+    auto* option = findOption(options, match[1]);
+    if (option != nullptr) option->defaultChoice = match[2];
   } else if (std::regex_match(line, match, choice)) {
-    if (auto* option = findOption(options, match[1])) option->choices.push_back(match[2]);
+    auto* option = findOption(options, match[1]);
+    if (option != nullptr) option->choices.push_back(match[2]);
   }
 }
 
@@ -94,7 +96,8 @@ std::vector<Picture> printedPages(const wren::escpos::Paper& paper,
                                   const std::vector<reference::Page>& pages) {
   std::vector<std::uint64_t> starts;
   for (const auto& mark : paper.marks) {
-    if (mark.kind == wren::escpos::MarkKind::kPage) starts.push_back(mark.atUnits / wren::escpos::kUnitsPerRow);
+    if (mark.kind == wren::escpos::MarkKind::kPage)
+      starts.push_back(mark.atUnits / wren::escpos::kUnitsPerRow);
   }
   std::vector<Picture> pictures;
   for (std::size_t i = 0; i < starts.size() && i < pages.size(); ++i) {

@@ -4,8 +4,8 @@
 #
 # no_mount_test.sh SOURCE_DIR FILTER PPD
 #
-# Where nothing may be mounted a print gives the same bytes, and its debug images
-# still reach the folder of the run alone.
+# Where mounting is not allowed, a print gives the same bytes, and its debug images
+# are still written to the folder of the run only.
 set -euo pipefail
 
 source_dir=$1 filter=$2 ppd=$3

@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# old_bash_test.sh SOURCE_DIR: what ./wren does in the bash of a Mac, as far as it can be
-# seen without one: Homebrew and its bash are stand-ins here.
+# old_bash_test.sh SOURCE_DIR
+#
+# How ./wren starts in the old bash of a Mac. Homebrew and its bash are stand-ins.
 set -euo pipefail
 
 tools=$1/tools
@@ -27,13 +28,13 @@ for version in "4 4" "5 0" "5 2"; do
   ! is_too_old $version || die "$version is too old"
 done
 
-# Without Homebrew: one line that says what is missing.
+# Without Homebrew: one line of error message.
 status=0
 (PATH=$work go_on_in_newer_bash wren help) 2>said || status=$?
 ((status == 4)) || die "status $status without Homebrew"
 grep -q 'needs 4.4 or newer; on a Mac install Homebrew first' said || die "said: $(cat said)"
 
-# With it: bash is installed once, and goes on with the same arguments.
+# With Homebrew: bash is installed once and continues with the same arguments.
 mkdir -p bin brewed/bin
 cat >bin/brew <<SCRIPT
 #!/bin/sh
@@ -52,7 +53,7 @@ for _ in first second; do
 done
 [[ $(grep -c '^install -q bash$' asked) -eq 1 ]] || die "asked Homebrew: $(cat asked)"
 
-# The old bash reads the start of wren and this one file: nothing newer may stand there.
+# The old bash parses the start of wren and this one file, so they must not use newer syntax.
 newer='declare -[a-z]*[An]|local -[a-z]*[An]|mapfile|readarray|\$\{[a-z_]+(,|\^)|wait -n|&>>|\|&|coproc|printf -v|\[\[ -v|@[A-Z]\}'
 ! sed -n '1,/newer_bash.sh"/p' "$1/wren" | cat - "$tools/newer_bash.sh" | grep -v '^#' | grep -nE "$newer" ||
   die "these forms are newer than bash 3.2"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Documents through CUPS's own filters and ours, as ./wren print sends them.
+// Prints documents through the filters of CUPS and rastertowren, as ./wren print does.
 
 #pragma once
 
@@ -18,14 +18,14 @@ namespace print_chain {
 
 struct Printed {
   reference::Bytes bytes;
-  std::vector<reference::Page> raster;  ///< what CUPS handed to the filter
+  std::vector<reference::Page> raster;  ///< input of the filter
   reference::JobOptions options;
 };
 
-/// Names and values; an option with an empty value stands alone.
+/// Names and values; an empty value gives an option without `=VALUE`.
 using Options = std::vector<std::pair<std::string, std::string>>;
 
-/// Runs a shell command and returns what it writes; empty when it fails.
+/// Runs a shell command and returns its standard output; empty if it fails.
 std::string outputOf(const std::string& command);
 
 class PrintChain : public testing::Test {
@@ -33,11 +33,12 @@ class PrintChain : public testing::Test {
   void SetUp() override;
   void TearDown() override;
 
-  /// A path in a folder that lives as long as the test.
+  /// A path in the temporary folder of the test.
   std::string pathOf(const std::string& name) const { return (folder_ / name).string(); }
 
-  /// Prints an example, or the document of an absolute path, on `paper` mm; fails the test
-  /// when the chain fails.
+  /// Prints a document. The test fails if the chain fails.
+  /// @param document the name of an example, or an absolute path.
+  /// @param paper width in mm: 58, 80 or 112.
   Printed print(const std::string& document, int paper, const Options& jobOptions, int copies = 1);
 
   /// The pages of tests/print/rasters/NAME.ras.gz: an example as one version of CUPS's filters
@@ -55,4 +56,3 @@ class PrintChain : public testing::Test {
 };
 
 }  // namespace print_chain
-

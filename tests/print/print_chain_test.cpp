@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Documents through CUPS's own filters and ours, as ./wren print sends them.
+// Documents through the filters of CUPS and rastertowren, as ./wren print sends them.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,13 +14,15 @@
 #include "tests/print/job_files.h"
 #include "tests/print/print_chain.h"
 #include "tests/support/printer_bytes.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
 using print_chain::outputOf;
 using print_chain::PrintChain;
+using wren_test::SameBytes;
 
-// 129 and more is a dot under the plain threshold; documents of text and lines hold 0 and 255 only.
+// The fixed threshold: levels from 129 are dots.
 std::vector<std::uint8_t> thresholded(const reference::Page& page) {
   std::vector<std::uint8_t> dots(page.pixels.size());
   std::transform(page.pixels.begin(), page.pixels.end(), dots.begin(),
@@ -28,8 +30,8 @@ std::vector<std::uint8_t> thresholded(const reference::Page& page) {
   return dots;
 }
 
-// The same paper, read by a decoder that another hand wrote and that knows bands only.
-std::vector<std::uint8_t> dotsBySecondDecoder(const print_chain::Printed& printed) {
+// The dots of the page as decoded by tests/support, which is independent of escpos/.
+std::vector<std::uint8_t> dotsOfSecondDecoder(const print_chain::Printed& printed) {
   const auto pages =
       wren_test::printedPages(std::string(printed.bytes.begin(), printed.bytes.end()));
   std::vector<std::uint8_t> dots;
@@ -58,7 +60,7 @@ void PrintTo(const Example& example, std::ostream* out) {
 
 class EachExample : public PrintChain, public testing::WithParamInterface<Example> {};
 
-TEST_P(EachExample, DecodesToThePictureThatTheFilterWasGiven) {
+TEST_P(EachExample, DecodesToTheThresholdedRaster) {
   const auto printed =
       print(GetParam().file, GetParam().paper, {{"PageType", "1"}, {"HalftoneType", "None"}});
   ASSERT_EQ(printed.raster.size(), 1U);
@@ -67,9 +69,9 @@ TEST_P(EachExample, DecodesToThePictureThatTheFilterWasGiven) {
   const auto pictures = job_files::printedPages(reading.paper, printed.raster);
   ASSERT_EQ(pictures.size(), 1U);
   const auto dots = thresholded(printed.raster[0]);
-  EXPECT_GT(std::count(dots.begin(), dots.end(), 1), 1000) << "an empty page proves nothing";
-  EXPECT_TRUE(pictures[0].dots == dots);
-  EXPECT_TRUE(dotsBySecondDecoder(printed) == dots);
+  EXPECT_GT(std::count(dots.begin(), dots.end(), 1), 1000) << "the page is nearly blank";
+  EXPECT_THAT(pictures[0].dots, SameBytes(dots));
+  EXPECT_THAT(dotsOfSecondDecoder(printed), SameBytes(dots));
 }
 
 TEST_P(EachExample, ArrivesAsWideAsThePrintHead) {
@@ -81,11 +83,11 @@ TEST_P(EachExample, ArrivesAsWideAsThePrintHead) {
   EXPECT_EQ(printed.raster[0].hwResolutionX, 203U);
 }
 
-TEST_P(EachExample, PrintsTheBytesOfTheLiteralJob) {
+TEST_P(EachExample, PrintsTheBytesOfTheReferenceImplementation) {
   for (const char* halftone : {"None", "FloydSteinberg", "Ordered", "Burkes", "Stucki",
                                "JarvisJudiceNinke", "Sierra", "StevensonArce", "QVDithering"}) {
     const auto printed = print(GetParam().file, GetParam().paper, {{"HalftoneType", halftone}});
-    EXPECT_TRUE(printed.bytes == job_files::expectedBytes(printed.options, printed.raster))
+    EXPECT_THAT(printed.bytes, SameBytes(job_files::expectedBytes(printed.options, printed.raster)))
         << halftone;
   }
 }
@@ -123,13 +125,13 @@ INSTANTIATE_TEST_SUITE_P(Receipts, PrintedCodes,
                                          CodeReading{"receipt-58mm.pdf", 58},
                                          CodeReading{"receipt.pdf", 112}));
 
-TEST_F(PrintChain, CopiesComeAsPages) {
+TEST_F(PrintChain, CopiesArriveAsPages) {
   const auto printed = print("receipt.pdf", 80, {}, 3);
   ASSERT_EQ(printed.raster.size(), 3U);
-  EXPECT_TRUE(printed.bytes == job_files::expectedBytes(printed.options, printed.raster));
+  EXPECT_THAT(printed.bytes, SameBytes(job_files::expectedBytes(printed.options, printed.raster)));
 }
 
-TEST_F(PrintChain, AReceiptStandsUprightAtTheTop) {
+TEST_F(PrintChain, AReceiptIsUprightAndAtTheTop) {
   const auto printed = print("receipt.pdf", 80, {});
   ASSERT_EQ(printed.raster.size(), 1U);
   const auto& page = printed.raster[0];
@@ -139,27 +141,27 @@ TEST_F(PrintChain, AReceiptStandsUprightAtTheTop) {
   EXPECT_LT(row, 40U) << "the logo begins 3 mm below the edge";
 }
 
-TEST_F(PrintChain, AWidePictureIsNotTurned) {
+TEST_F(PrintChain, AWidePictureIsNotRotated) {
   const auto printed = print("photo.png", 80, {});
   ASSERT_EQ(printed.raster.size(), 1U);
   EXPECT_EQ(printed.raster[0].height, 432U);
 }
 
-// CUPS would take the option for its own, which renders the picture at 10 % brightness.
-TEST_F(PrintChain, BrightnessOfAPictureReachesTheFilterAlone) {
+// CUPS would apply the option as its own "brightness", which renders the picture at 10 %.
+TEST_F(PrintChain, BrightnessOfAPictureReachesTheFilterOnly) {
   const auto plain = print("photo.png", 80, {{"HalftoneType", "Burkes"}});
   const auto dark = print("photo.png", 80, {{"HalftoneType", "Burkes"}, {"Brightness", "10"}});
   ASSERT_EQ(dark.raster.size(), 1U);
-  EXPECT_TRUE(dark.raster[0].pixels == plain.raster.at(0).pixels);
-  EXPECT_TRUE(dark.bytes == job_files::expectedBytes(dark.options, dark.raster));
-  EXPECT_TRUE(dark.bytes != plain.bytes);
+  EXPECT_THAT(dark.raster[0].pixels, SameBytes(plain.raster.at(0).pixels));
+  EXPECT_THAT(dark.bytes, SameBytes(job_files::expectedBytes(dark.options, dark.raster)));
+  EXPECT_THAT(dark.bytes, testing::Not(SameBytes(plain.bytes)));
 }
 
 TEST_F(PrintChain, APageWiderThanThePaperKeepsItsMiddle) {
   const auto printed = print("receipt.pdf", 80, {{"PageSize", "Custom.100x150mm"}});
   ASSERT_EQ(printed.raster.size(), 1U);
   ASSERT_GT(printed.raster[0].width, 576U);
-  EXPECT_TRUE(printed.bytes == job_files::expectedBytes(printed.options, printed.raster));
+  EXPECT_THAT(printed.bytes, SameBytes(job_files::expectedBytes(printed.options, printed.raster)));
   EXPECT_EQ(wren::escpos::readAll(printed.bytes).paper.widthDots, 576U);
 }
 

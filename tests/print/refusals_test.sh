@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# refusals_test.sh ROOT: what ./wren says and how it ends when it is called
-# wrongly or given something that it cannot print. Each answer is one
-# line on standard error and comes before anything is built.
+# refusals_test.sh ROOT: messages and exit statuses of ./wren for usage errors and
+# for files that it cannot print. Each message is one line on standard error and
+# comes before anything is built.
 set -euo pipefail
 
 wren=$1/wren

@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr auto kPatience = std::chrono::seconds(30);
+constexpr auto kTimeout = std::chrono::seconds(30);
 
-// A small receive buffer, so that a held connection soon stops its sender.
+// The receive buffer is small, so that a held connection soon blocks its sender.
 int listenOnLoopback(int* port) {
   const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const int bufferBytes = 8192;
@@ -29,7 +29,7 @@ int listenOnLoopback(int* port) {
   auto* generic = reinterpret_cast<sockaddr*>(&address);
   if (bind(listener, generic, length) != 0 || listen(listener, 4) != 0 ||
       getsockname(listener, generic, &length) != 0) {
-    throw std::runtime_error("cannot listen on the loopback");
+    throw std::runtime_error("cannot listen on 127.0.0.1");
   }
   *port = ntohs(address.sin_port);
   return listener;
@@ -62,12 +62,12 @@ void CaptureServer::release() {
 
 bool CaptureServer::waitUntilHeld() {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, kPatience, [this] { return held_; });
+  return changed_.wait_for(lock, kTimeout, [this] { return held_; });
 }
 
 std::vector<std::vector<std::uint8_t>> CaptureServer::take(std::size_t count) {
   std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, kPatience, [&] { return finished_.size() >= count; });
+  changed_.wait_for(lock, kTimeout, [&] { return finished_.size() >= count; });
   return std::exchange(finished_, {});
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A printer made of a socket: keeps the bytes of each connection.
+// A network printer for tests: stores the bytes of each connection.
 
 #pragma once
 
@@ -13,7 +13,7 @@
 
 class CaptureServer {
  public:
-  /// Listens on a free port of the loopback; throws std::runtime_error when it cannot.
+  /// Listens on a free port of 127.0.0.1. Throws std::runtime_error on failure.
   CaptureServer();
   ~CaptureServer();
   CaptureServer(const CaptureServer&) = delete;
@@ -21,17 +21,17 @@ class CaptureServer {
 
   int port() const { return port_; }
 
-  /// From now on a connection is read up to `bytes` and then left to wait.
+  /// Stops reading a connection after about `bytes`, until `release`.
   void holdAfter(std::size_t bytes);
 
-  /// Reads on, and from now on without waiting.
+  /// Continues to read and cancels `holdAfter`.
   void release();
 
-  /// True once a connection was read up to the mark; false after thirty seconds.
+  /// Waits until a connection is held; false after 30 seconds.
   bool waitUntilHeld();
 
-  /// The finished connections since the last call, in their order. Waits until there are `count`
-  /// of them, thirty seconds at most.
+  /// The connections that ended since the last call, in order. Waits for `count` of them, at most
+  /// 30 seconds.
   std::vector<std::vector<std::uint8_t>> take(std::size_t count);
 
  private:
@@ -39,7 +39,7 @@ class CaptureServer {
   void readAll(int connection);
   void waitWhileHeld(std::size_t soFar);
 
-  int port_ = 0;  // set while the listener is made, so it stands first
+  int port_ = 0;  // set by the initialiser of listener_, so it must come first
   int listener_ = -1;
   std::mutex mutex_;
   std::condition_variable changed_;
@@ -48,4 +48,3 @@ class CaptureServer {
   std::vector<std::vector<std::uint8_t>> finished_;
   std::thread thread_;
 };
-

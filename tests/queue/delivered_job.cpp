@@ -23,15 +23,15 @@ std::string textOfFile(const std::string& path) {
   return {bytes.begin(), bytes.end()};
 }
 
-// The job options may hold anything, so they reach the filter by way of a file.
+// The job options can contain any characters, so the shell reads them from a file.
 FilterRun readRun(const std::string& work, const std::string& folder) {
   const std::string command = "PPD=" + folder + "/ppd " + work +
-                              "/bin/by_hand 1 user title \"$(cat " + folder +
+                              "/bin/direct_run 1 user title \"$(cat " + folder +
                               "/copies)\" \"$(cat " + folder + "/options)\" < " + folder +
-                              "/raster > " + folder + "/by-hand 2>/dev/null";
+                              "/raster > " + folder + "/direct.prn 2>/dev/null";
   run(command);
   return {job_files::rasterPages(folder + "/raster"), textOfFile(folder + "/copies"),
-          textOfFile(folder + "/options"), job_files::bytesOfFile(folder + "/by-hand")};
+          textOfFile(folder + "/options"), job_files::bytesOfFile(folder + "/direct.prn")};
 }
 
 ipp_jstate_t stateOf(int job) {

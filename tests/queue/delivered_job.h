@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A job that went through the scheduler, and the same job by hand.
+// A job that went through the scheduler, and the same input printed by running the
+// filter directly.
 
 #pragma once
 
@@ -17,45 +18,45 @@
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// One start of the filter: what it was given, and what it writes when run on that by hand.
+/// One run of the filter: its input, and what a direct run writes for the same input.
 struct FilterRun {
   std::vector<reference::Page> raster;
   std::string copies;   ///< the fourth argument
   std::string options;  ///< the fifth argument
-  Bytes byHand;
+  Bytes directBytes;    ///< printer bytes of the direct run
 };
 
 struct DeliveredJob {
   ipp_jstate_t state = IPP_JSTATE_PENDING;
-  std::vector<FilterRun> runs;  ///< one for each document, in the order of their starts
-  Bytes received;               ///< what the printer got, all documents over one connection
+  std::vector<FilterRun> runs;  ///< one per document, in order
+  Bytes received;               ///< what the printer received: all documents in one connection
 };
 
-/// The scheduler and the printer behind its queues; made once for all tests.
+/// The scheduler and the printer of its queues, shared by all tests.
 struct TestBench {
   explicit TestBench(const std::string& work, bool asRoot) : scheduler(work, asRoot) {}
 
-  /// Sends a job with lp: queue, options and files as on its command line, files by their names
-  /// among the documents. Returns the number of the job, 0 when lp refuses.
+  /// Sends a job with lp.
+  /// @param files names in the folder of documents, separated by spaces.
+  /// @return the job number; 0 if lp fails.
   int submit(const std::string& queue, const std::string& options, const std::string& files) const;
 
-  /// Waits for the end of a job, 30 seconds at most.
+  /// Waits for the end of a job, at most 30 seconds.
   ipp_jstate_t waitForEnd(int job) const;
 
-  /// Forgets earlier runs, sends a job and waits for its end and for its bytes.
+  /// Discards earlier runs, sends a job and waits for its end and its bytes.
   DeliveredJob print(const std::string& queue, const std::string& options,
                      const std::string& files);
 
-  /// The bytes of the one connection since the last call; empty when there was not one.
+  /// The bytes of the connection since the last call; empty unless there was exactly one.
   Bytes takeReceived();
 
-  /// The starts of the filter since the last call.
+  /// The runs of the filter since the last call.
   std::vector<FilterRun> takeRuns() const;
 
   Scheduler scheduler;
   CaptureServer printer;
 };
 
-/// The bench of this process; set by main.
+/// The test bench of this process; set by `main`.
 extern TestBench* bench;
-

@@ -2,14 +2,16 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# front_door_test.sh FOLDER PORT: ./wren add-queue, doctor and remove-queue with
-# the scheduler that CUPS_SERVER names and the system below FOLDER/system. The
-# printer is at PORT of the loopback; queue "till" is left for a trial print.
-# Every fault is planted, found, and mended by the very command that doctor names.
+# front_door_test.sh FOLDER PORT
+#
+# Tests ./wren add-queue, doctor and remove-queue with the scheduler of CUPS_SERVER
+# and the system below FOLDER/system. The printer is at 127.0.0.1:PORT; the queue
+# "till" remains for a test print. Each fault is created, found by doctor, and
+# repaired with the command that doctor prints.
 set -euo pipefail
 
 work=$1 port=$2
-# The installed filter has to belong to root: a user namespace makes a plain user one.
+# The installed filter must belong to root; other users become root in a user namespace.
 if ((EUID != 0)); then
   unshare -r true 2>/dev/null || exit 77
   exec unshare -r "$0" "$@"
@@ -43,7 +45,8 @@ is_sound() {
   ! grep -q '^BAD' answer || die "a finding without a fault: $(cat answer)"
 }
 
-# finds WORDS: exactly one finding, with these words; what mends it goes to "mend".
+# finds WORDS [QUEUE]: doctor reports exactly one fault, with these words. The command
+# that repairs it goes to the file "mend".
 finds() {
   expect_status 1 ./wren doctor "${2:-till}"
   expect_words "BAD   $1"
@@ -58,7 +61,7 @@ mends() {
 }
 
 adds_a_queue() {
-  # A second call changes the paper, the default size with it.
+  # The second call changes the paper and with it the default page size.
   expect_status 0 ./wren add-queue till "$uri" 58
   expect_status 0 ./wren add-queue till "$uri" 80
   grep -qx '\*DefaultPageSize: X80MMY200MM' "$DESTDIR/etc/cups/ppd/till.ppd" || die "the size is not that of the new paper"
@@ -136,7 +139,7 @@ finds_faults_of_the_spool_folder() {
   truncate -s 300M "$folder/origin_fill_1.bmp"
   is_sound
   rm "$folder/origin_fill_1.bmp"
-  # Room that is taken without being written; not every file system can.
+  # fallocate is fast, but not every file system supports it.
   if fallocate -l 210M "$folder/dithered_fill_1.bmp" 2>/dev/null; then
     : >"$folder/another_program.bmp"
     mends "$folder holds "
@@ -164,7 +167,7 @@ finds_a_stopped_scheduler() {
 
 removes_only_its_own() {
   expect_status 0 ./wren add-queue short "$uri" 58
-  # All queues of the scheduler are looked at; one was added by other means.
+  # Without an argument, doctor checks all queues; plain80 was not added by ./wren.
   expect_status 1 ./wren doctor
   expect_words "BAD   the queue 'plain80' lets CUPS centre or turn receipts"
   expect_words "the queue 'short' has the PPD for 58 mm of this version"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Jobs that are printed to their end.
+// Jobs that print to their end.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,10 +13,12 @@
 
 #include "escpos/reader.h"
 #include "tests/queue/delivered_job.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
 using wren::escpos::MarkKind;
+using wren_test::SameBytes;
 
 long count(const Bytes& bytes, MarkKind kind) {
   const auto reading = wren::escpos::readAll(bytes);
@@ -26,15 +28,15 @@ long count(const Bytes& bytes, MarkKind kind) {
                        [&](const auto& mark) { return mark.kind == kind; });
 }
 
-// Printed to its end, and every document as the filter prints it by hand.
+// The job is complete, and the printer received what direct runs of the filter write.
 void expectDelivered(const DeliveredJob& job, std::size_t documents) {
   EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED);
   EXPECT_EQ(job.runs.size(), documents);
-  Bytes byHand;
+  Bytes expected;
   for (const auto& run : job.runs)
-    byHand.insert(byHand.end(), run.byHand.begin(), run.byHand.end());
-  EXPECT_FALSE(byHand.empty());
-  EXPECT_TRUE(job.received == byHand);
+    expected.insert(expected.end(), run.directBytes.begin(), run.directBytes.end());
+  EXPECT_FALSE(expected.empty());
+  EXPECT_THAT(job.received, SameBytes(expected));
 }
 
 struct Case {
@@ -43,7 +45,7 @@ struct Case {
   const char* options;
   const char* files;
   std::size_t documents;
-  std::size_t pages;  // from here on: of each document
+  std::size_t pages;  // this and the following: per document
   long fullCuts;
   long partialCuts;
   long pulses;
@@ -86,7 +88,7 @@ const Case kCases[] = {
 
 class QueueJob : public testing::TestWithParam<Case> {};
 
-TEST_P(QueueJob, ArrivesAsPrintedByHand) {
+TEST_P(QueueJob, ArrivesAsFromADirectRun) {
   const Case& expected = GetParam();
   const auto job = bench->print(expected.queue, expected.options, expected.files);
   expectDelivered(job, expected.documents);
@@ -101,8 +103,8 @@ TEST_P(QueueJob, ArrivesAsPrintedByHand) {
 
 INSTANTIATE_TEST_SUITE_P(Jobs, QueueJob, testing::ValuesIn(kCases));
 
-// A banner is a document of its own: it is cut, and it opens the drawer, too.
-TEST(Queue, ABannerIsADocumentOfItsOwn) {
+// A banner page is cut and opens the drawer like any other document.
+TEST(Queue, ABannerIsASeparateDocument) {
   const auto job =
       bench->print("wren80", "-o job-sheets=standard,none -o CashDrawerSetting=1", "receipt.pdf");
   expectDelivered(job, 2);
@@ -116,7 +118,7 @@ std::uint32_t firstInkedRow(const reference::Page& page) {
   return static_cast<std::uint32_t>(ink - page.pixels.begin()) / page.bytesPerLine;
 }
 
-TEST(Queue, ItsDefaultsKeepAReceiptAtTheTop) {
+TEST(Queue, ItsDefaultsPlaceAReceiptAtTheTop) {
   const auto job = bench->print("wren80", "", "receipt.pdf");
   ASSERT_EQ(job.runs.size(), 1U);
   EXPECT_LT(firstInkedRow(job.runs[0].raster.at(0)), 40U);
@@ -136,32 +138,32 @@ long inkedRows(const reference::Page& page) {
   return (last.base() - first) / page.bytesPerLine;
 }
 
-// The rows of a page of 500 x 200 points: 564 as it lies, cut off at both sides, and 1410
-// when turned.
+// The ink height of a page of 500 x 200 points at 203 dpi: 564 rows if it is not rotated, 1410 rows
+// if it is.
 long inkedRowsOfAWidePage(const char* queue, const char* options) {
   const auto job = bench->print(queue, options, "wide.pdf");
   EXPECT_EQ(job.runs.size(), 1U);
   return job.runs.empty() ? -1 : inkedRows(job.runs[0].raster.at(0));
 }
 
-TEST(Queue, AWidePageIsTurnedByLandscapeOnly) {
+TEST(Queue, AWidePageIsRotatedByLandscapeOnly) {
   EXPECT_LT(inkedRowsOfAWidePage("wren80", ""), 564);
   EXPECT_GT(inkedRowsOfAWidePage("wren80", "-o landscape"), 1000);
 }
 
-TEST(Queue, WithoutItsDefaultsCupsPutsAReceiptInTheMiddle) {
+TEST(Queue, WithoutItsDefaultsCupsCentresAReceipt) {
   const auto job = bench->print("plain80", "", "receipt.pdf");
   ASSERT_EQ(job.runs.size(), 1U);
   EXPECT_GT(firstInkedRow(job.runs[0].raster.at(0)), 150U);
 }
 
-TEST(Queue, WithoutItsDefaultsCupsTurnsAPicture) {
+TEST(Queue, WithoutItsDefaultsCupsRotatesAPicture) {
   const auto job = bench->print("plain80", "", "photo.png");
   ASSERT_EQ(job.runs.size(), 1U);
   EXPECT_GT(job.runs[0].raster.at(0).height, job.runs[0].raster.at(0).width);
 }
 
-TEST(Queue, WithoutItsDefaultsCupsTurnsAWidePage) {
+TEST(Queue, WithoutItsDefaultsCupsRotatesAWidePage) {
   EXPECT_GT(inkedRowsOfAWidePage("plain80", ""), 1000);
 }
 
@@ -170,7 +172,7 @@ double meanInk(const reference::Page& page) {
          static_cast<double>(page.pixels.size()) / 255;
 }
 
-// CUPS compares the names of options without looking at the case and has a brightness of its own.
+// CUPS compares option names without case and has its own option "brightness".
 TEST(Queue, BrightnessOfAJobAlsoMakesThePictureNearlyBlack) {
   const auto plain = bench->print("wren80", "", "photo.png");
   const auto dark = bench->print("wren80", "-o Brightness=10", "photo.png");
@@ -180,27 +182,28 @@ TEST(Queue, BrightnessOfAJobAlsoMakesThePictureNearlyBlack) {
   EXPECT_GT(meanInk(dark.runs[0].raster.at(0)), 0.9);
 }
 
-TEST(Queue, BrightnessOfTheQueueReachesTheFilterAlone) {
+TEST(Queue, BrightnessOfTheQueueReachesTheFilterOnly) {
   const auto plain = bench->print("wren80", "-o HalftoneType=Burkes", "photo.png");
   const auto dark = bench->print("dark80", "-o HalftoneType=Burkes", "photo.png");
   ASSERT_EQ(plain.runs.size(), 1U);
   ASSERT_EQ(dark.runs.size(), 1U);
-  EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels);
-  EXPECT_TRUE(dark.received == dark.runs[0].byHand);
-  EXPECT_TRUE(dark.received != plain.received);
+  EXPECT_THAT(dark.runs[0].raster.at(0).pixels, SameBytes(plain.runs[0].raster.at(0).pixels));
+  EXPECT_THAT(dark.received, SameBytes(dark.runs[0].directBytes));
+  EXPECT_THAT(dark.received, testing::Not(SameBytes(plain.received)));
 }
 
-TEST(Queue, BrightnessOfAJobLeavesTheRasterOfPdfAndTextAlone) {
+TEST(Queue, BrightnessOfAJobDoesNotChangeTheRasterOfPdfAndText) {
   for (const char* document : {"receipt.pdf", "photo.pdf", "order.txt"}) {
     const auto plain = bench->print("wren80", "", document);
     const auto dark = bench->print("wren80", "-o Brightness=10", document);
     ASSERT_EQ(plain.runs.size(), 1U);
     ASSERT_EQ(dark.runs.size(), 1U);
-    EXPECT_TRUE(plain.runs[0].raster.at(0).pixels == dark.runs[0].raster.at(0).pixels) << document;
+    EXPECT_THAT(dark.runs[0].raster.at(0).pixels, SameBytes(plain.runs[0].raster.at(0).pixels))
+        << document;
   }
 }
 
-TEST(Queue, AnOverWidePageIsCutToThePrintHead) {
+TEST(Queue, AnOverWidePageIsClippedToThePrintHead) {
   const auto job = bench->print("wren80", "-o PageSize=Custom.100x150mm", "wide.pdf");
   ASSERT_EQ(job.runs.size(), 1U);
   EXPECT_GT(job.runs[0].raster.at(0).width, 576U);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// queue_test FOLDER root|user: all cases against one scheduler in FOLDER.
+// queue_test FOLDER root|user: runs all cases with one scheduler in FOLDER.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

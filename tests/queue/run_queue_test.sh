@@ -4,10 +4,9 @@
 #
 # run_queue_test.sh root|user|no-mount PROGRAM FILTER PPD-FOLDER ROOT [GTEST-ARGUMENT...]
 #
-# Lays out a folder in which a scheduler can run without touching the system's,
-# and runs the test program there; "user" gives up root first, and "no-mount" does
-# as if nothing could be mounted, too. The debug images of the filter go to a spool
-# folder of its own as well.
+# Prepares a folder for a private scheduler and runs the test program there. "user"
+# drops root first; "no-mount" also behaves as if mounting were not allowed. The
+# debug images of the filter go to a private spool folder.
 set -euo pipefail
 
 mode=$1 program=$2 filter=$3 ppds=$4 root=$5
@@ -22,7 +21,7 @@ if [[ $mode == no-mount ]]; then
   unshare() { return 1; }
 fi
 
-# As root, CUPS wants its filters below folders that everybody may enter.
+# As root, CUPS requires that all users can enter the folders of its filters.
 work=$(mktemp -d /tmp/wren-queue.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 chmod 0755 "$work"
@@ -36,15 +35,15 @@ lay_out_programs() {
   done
   install -m 0755 "$filter" "${filter}_relocated" "$work/bin"
   install -m 0755 "$program" "$work/bin/queue_test"
-  # The only backend that prints; some of the others may be run by root alone.
+  # Only this backend is used; some of the others require root.
   find "$work/bin/backend" -type l ! -name socket -delete
-  # A printer that is plugged in, as far as its listing goes.
+  # A stand-in that lists one USB printer as connected.
   printf '#!/bin/sh\necho %s\n' "'direct usb://Wren/80?serial=here \"Wren 80\" \"Wren 80\" \"\" \"\"'" >"$work/bin/backend/usb"
   chmod 0755 "$work/bin/backend/usb"
 }
 
-# A system as ./wren add-queue and doctor expect it, and the front door itself,
-# which the user that runs the test may not be able to reach where it is.
+# An installed system for ./wren add-queue and doctor, and a copy of ./wren itself:
+# the user of the test may have no access to the source tree.
 lay_out_system() {
   mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work/tree"
   install -m 0755 "$filter" "$work/system$serverbin/filter/rastertowren"
@@ -77,17 +76,17 @@ page() {
 lay_out_folders() {
   mkdir -p "$work"/{root/ppd,cache,state/certs,requests/tmp,temp,keys,log,runs,spool/cups/tmp,home}
   chmod 1777 "$work/runs" "$work/temp" "$work/spool/cups/tmp"
-  # Where the relocated filter is started: it writes its images to "spool" there.
+  # Working folder of the relocated filter, which writes its images to "spool" there.
   mkdir "$work/start"
   ln -s "$work/spool/cups/tmp" "$work/start/spool"
   : >"$work/printcap"
 }
 
-# The filter keeps what it is given beside its run and becomes the real one, so
-# that the scheduler's signals reach that.
+# A wrapper that stores the input of each run and then executes the real filter in
+# the same process, so that the signals of the scheduler reach it.
 write_filter() {
-  # CUPS itself leaks an option when it turns print-color-mode or print-quality
-  # into a preset; a build with sanitizers would stop the job for it.
+  # CUPS leaks an option when it turns print-color-mode or print-quality into a
+  # preset; in a build with sanitizers this would end the job.
   local leak_check="export ASAN_OPTIONS=fast_unwind_on_malloc=0 LSAN_OPTIONS=suppressions=$work/leaks:print_suppressions=0"
   echo 'leak:cupsMarkOptions' >"$work/leaks"
   local become="$work/bin/rastertowren"
@@ -105,8 +104,8 @@ printf '%s' "\$5" >"\$run/options"
 chmod -R a+rwX "\$run"
 exec $become "\$@" < <(umask 0 && exec tee "\$run/raster")
 SCRIPT
-  printf '#!/usr/bin/env bash\n%s\nexec %s "$@"\n' "$leak_check" "$become" >"$work/bin/by_hand"
-  chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/by_hand"
+  printf '#!/usr/bin/env bash\n%s\nexec %s "$@"\n' "$leak_check" "$become" >"$work/bin/direct_run"
+  chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/direct_run"
 }
 
 lay_out_programs
@@ -132,7 +131,7 @@ else
 fi
 "${run[@]}"
 
-# They were written, and to the folder of this run.
+# The debug images must be in the private spool folder.
 compgen -G "$work/spool/cups/tmp/dithered_*.bmp" >/dev/null || {
   echo "no debug images reached the spool folder of the test"
   exit 1

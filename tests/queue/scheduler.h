@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A cupsd of our own: its files lie in one folder, it listens on a socket there
-// and has queues for each PPD. Nothing of the system's CUPS is written.
+// A private cupsd with queues for each PPD. All its files, its socket included, are
+// in one folder; the CUPS of the system is not changed.
 
 #pragma once
 
@@ -12,22 +12,23 @@
 
 class Scheduler {
  public:
-  /// `work` was laid out by run_queue_test.sh; as root the filters run as lp.
+  /// @param work the folder that run_queue_test.sh prepared.
+  /// @param asRoot the filters run as user lp; otherwise as the user of this process.
   Scheduler(std::string work, bool asRoot);
   ~Scheduler();
   Scheduler(const Scheduler&) = delete;
   Scheduler& operator=(const Scheduler&) = delete;
 
-  /// Starts it; false when it does not answer within ten seconds.
+  /// Starts it; false if it does not answer within ten seconds.
   bool start();
 
-  /// Adds queues for a printer at a port of the loopback: wren58, wren80 and wren112 with the
-  /// settings that receipts want, plain80 without them, dark80 with another Brightness.
+  /// Adds queues for a printer at a port of 127.0.0.1: wren58, wren80 and wren112 with the settings
+  /// for receipts, plain80 without them, dark80 with a different Brightness.
   bool addQueues(int port) const;
 
   const std::string& work() const { return work_; }
 
-  /// The last lines of its log, for the message of a failed test.
+  /// The last lines of its error log.
   std::string logTail() const;
 
  private:
@@ -42,6 +43,5 @@ class Scheduler {
 /// Runs a shell command and returns its exit status.
 int run(const std::string& command);
 
-/// Runs a shell command and returns what it writes; empty when it fails.
+/// Runs a shell command and returns its standard output; empty if it fails.
 std::string outputOf(const std::string& command);
-

@@ -17,6 +17,7 @@
 #include "tests/support/printer_bytes.h"
 #include "tests/support/process.h"
 #include "tests/support/raster_stream.h"
+#include "tests/support/same_bytes.h"
 
 namespace wren_test {
 namespace {
@@ -100,6 +101,23 @@ TEST(PrinterBytes, ColumnsBecomeRowsOfDots) {
   ASSERT_EQ(pages.size(), 1U);
   EXPECT_EQ(pages[0].rows, (std::vector<std::string>{"##.", ".#.", "...", "...", "...", "...",
                                                      "...", "..#", "#.#"}));
+}
+
+TEST(SameBytes, ShowsTheFirstDifference) {
+  EXPECT_EQ(firstDifference({1, 2}, {1, 2}), "");
+  EXPECT_EQ(firstDifference({1, 0x2A, 3}, {1, 2}),
+            "3 bytes, expected 2; from offset 1 on: 2A 03 end, expected: 02 end");
+  EXPECT_EQ(firstDifference({}, {7}),
+            "0 bytes, expected 1; from offset 0 on: end, expected: 07 end");
+  EXPECT_EQ(firstDifference({7}, std::vector<std::uint8_t>(18, 7)),
+            "1 bytes, expected 18; from offset 1 on: end, "
+            "expected: 07 07 07 07 07 07 07 07 07 07 07 07 07 07 07 07 ..");
+}
+
+TEST(SameBytes, MatchesEqualBytesOnly) {
+  const std::vector<std::uint8_t> bytes = {1, 2};
+  EXPECT_THAT(bytes, SameBytes(std::vector<std::uint8_t>{1, 2}));
+  EXPECT_THAT(bytes, testing::Not(SameBytes(std::vector<std::uint8_t>{1, 3})));
 }
 
 TEST(BmpFile, ReadsHandWrittenBytes) {
