@@ -27,7 +27,7 @@ trap 'rm -rf "$work"' EXIT
 chmod 0755 "$work"
 serverbin=$(cups-config --serverbin 2>/dev/null || echo /usr/lib/cups)
 
-lay_out_programs() {
+prepare_programs() {
   local name
   mkdir -p "$work"/bin/{backend,daemon,filter,notifier,monitor}
   for name in backend daemon filter notifier monitor; do
@@ -44,7 +44,7 @@ lay_out_programs() {
 
 # An installed system for ./wren add-queue and doctor, and a copy of ./wren itself:
 # the user of the test may have no access to the source tree.
-lay_out_system() {
+prepare_system() {
   mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work/tree"
   install -m 0755 "$filter" "$work/system$serverbin/filter/rastertowren"
   cp "$ppds"/*.ppd "$work/system/usr/share/ppd/wren"
@@ -53,7 +53,7 @@ lay_out_system() {
   cp -r "$root/wren" "$root/tools" "$root/tests/queue/front_door_test.sh" "$work/tree"
 }
 
-lay_out_documents() {
+prepare_documents() {
   mkdir -p "$work/ppd" "$work/documents"
   cp "$ppds"/*.ppd "$work/ppd"
   cp "$root"/examples/* "$work/documents"
@@ -73,7 +73,7 @@ page() {
      20 20 moveto $1 20 sub $2 20 sub lineto stroke showpage" >/dev/null
 }
 
-lay_out_folders() {
+prepare_folders() {
   mkdir -p "$work"/{root/ppd,cache,state/certs,requests/tmp,temp,keys,log,runs,spool/cups/tmp,home}
   chmod 1777 "$work/runs" "$work/temp" "$work/spool/cups/tmp"
   # Working folder of the relocated filter, which writes its images to "spool" there.
@@ -108,10 +108,10 @@ SCRIPT
   chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/direct_run"
 }
 
-lay_out_programs
-lay_out_documents
-lay_out_folders
-lay_out_system
+prepare_programs
+prepare_documents
+prepare_folders
+prepare_system
 export HOME=$work/home PATH=$PATH:/usr/sbin LC_ALL=C DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere
 unset CUPS_SERVER LPDEST PRINTER
 

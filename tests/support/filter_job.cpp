@@ -47,7 +47,7 @@ ProcessSpec specOf(const FilterJob& job, const TemporaryFolder& folder) {
   return spec;
 }
 
-void layOutFolder(const FilterJob& job, const TemporaryFolder& folder) {
+void createFolders(const FilterJob& job, const TemporaryFolder& folder) {
   if (canMount() || job.spool != SpoolKind::kMissing) {
     fs::create_directory(folder.path() / "spool");
   }
@@ -67,7 +67,7 @@ std::string withRealSpoolFolder(std::string text) {
 }  // namespace
 
 RunningFilter::RunningFilter(const FilterJob& job) {
-  layOutFolder(job, privateFolder_);
+  createFolders(job, privateFolder_);
   running_ = std::make_unique<Process>(specOf(job, privateFolder_));
 }
 
