@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "bitmap/cximage.h"
-#include "bitmap/diffusion_plain.h"
-#include "bitmap/dither_kernels.h"
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
+#include "dither/dither_page.h"
+#include "dither/error_diffusion_scalar.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
 #include "tests/reference/cximage.h"
 
 namespace {

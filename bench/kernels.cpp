@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "bench/sample_pages.h"
-#include "bitmap/dither_kernels.h"
+#include "dither/dither_page.h"
 #include "printer/blank_lines.h"
 #include "printer/dot_kernels.h"
 #include "stencil/tattoo_dithering.h"

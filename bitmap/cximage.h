@@ -17,7 +17,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "bitmap/allocator.h"
+#include "dither/allocator.h"
 
 /// A palette entry, or a colour passed by value, in the order it has in a BMP file.
 struct tagRGBQUAD {

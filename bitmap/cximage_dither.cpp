@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "bitmap/cximage.h"
-#include "bitmap/dither_kernels.h"
-#include "bitmap/dither_tables.h"
+#include "dither/dither_page.h"
+#include "dither/methods.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <numeric>
 
 #include "bitmap/cximage.h"
-#include "bitmap/dither_kernels.h"
-#include "bitmap/level_rows.h"
+#include "dither/dither_page.h"
+#include "dither/level_rows.h"
 #include "stencil/stencil_page.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "bitmap/threshold_cells.h"
+#include "dither/ordered_dither.h"
 
 #include <algorithm>
 

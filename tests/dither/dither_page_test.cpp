@@ -9,7 +9,7 @@
 //   WREN_RANDOM_PAGES=1000000 bitmap_test --gtest_also_run_disabled_tests
 //       --gtest_filter='*ManyRandomPages*'
 
-#include "bitmap/dither_kernels.h"
+#include "dither/dither_page.h"
 
 #include <gtest/gtest.h>
 
@@ -19,12 +19,12 @@
 #include <random>
 #include <string>
 
-#include "bitmap/byte_vector.h"
-#include "bitmap/diffusion_plain.h"
-#include "bitmap/diffusion_shares.h"
-#include "bitmap/diffusion_wavefront.h"
-#include "bitmap/dither_tables.h"
-#include "bitmap/threshold_cells.h"
+#include "dither/byte_vector.h"
+#include "dither/error_diffusion_scalar.h"
+#include "dither/error_diffusion_wavefront.h"
+#include "dither/error_terms.h"
+#include "dither/methods.h"
+#include "dither/ordered_dither.h"
 #include "tests/bitmap/bitmap_fixtures.h"
 #include "tests/reference/cximage.h"
 

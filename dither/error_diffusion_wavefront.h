@@ -20,9 +20,9 @@
 #ifndef WREN_BITMAP_DIFFUSION_WAVEFRONT_H_
 #define WREN_BITMAP_DIFFUSION_WAVEFRONT_H_
 
-#include "bitmap/allocator.h"
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
+#include "dither/allocator.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
 
 /// Diffuses a page by one of the kernels for which it is instantiated: the five
 /// from kBurkes to kStevensonArce. The same dots as diffusePlain. Returns false,

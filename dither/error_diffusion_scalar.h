@@ -12,9 +12,9 @@
 #ifndef WREN_BITMAP_DIFFUSION_PLAIN_H_
 #define WREN_BITMAP_DIFFUSION_PLAIN_H_
 
-#include "bitmap/allocator.h"
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
+#include "dither/allocator.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
 
 /// Diffuses a page. Returns false, with nothing written, when there is no memory
 /// for its working rows.

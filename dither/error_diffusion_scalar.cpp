@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "bitmap/diffusion_plain.h"
+#include "dither/error_diffusion_scalar.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "bitmap/diffusion_shares.h"
+#include "dither/error_terms.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "bitmap/allocator.h"
+#include "dither/allocator.h"
 
 /// A page to dither. All buffers are the caller's.
 ///

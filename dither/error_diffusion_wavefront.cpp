@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "bitmap/diffusion_wavefront.h"
+#include "dither/error_diffusion_wavefront.h"
 
-#include "bitmap/byte_vector.h"
+#include "dither/byte_vector.h"
 
 #ifdef WREN_HAS_BYTE_VECTORS
 
 #include <cstring>
 #include <utility>
 
-#include "bitmap/diffusion_shares.h"
-#include "bitmap/share_ring.h"
-#include "bitmap/wavefront_lanes.h"
+#include "dither/error_buffer.h"
+#include "dither/error_terms.h"
+#include "dither/wavefront_lanes.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "bitmap/dither_tables.h"
+#include "dither/methods.h"
 
 /// A level is held as level - 128 in a signed byte. White, the threshold's upper
 /// side, is then everything above 0, and clamping to 0..255 is what a saturating

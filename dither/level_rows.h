@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "bitmap/dither_kernels.h"
+#include "dither/dither_page.h"
 
 /// Grey levels of a page, row by row. The page's buffers must outlive it.
 class LevelRows {

@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "bitmap/allocator.h"
-#include "bitmap/wavefront_lanes.h"
+#include "dither/allocator.h"
+#include "dither/wavefront_lanes.h"
 
 /// What is before the first step reads as zero: nothing was sent.
 class ShareRing {

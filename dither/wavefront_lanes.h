@@ -12,8 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
 
 /// Rows that are worked on at once.
 inline constexpr std::size_t kLanes = 16;

@@ -8,8 +8,8 @@
 #ifndef WREN_BITMAP_THRESHOLD_CELLS_H_
 #define WREN_BITMAP_THRESHOLD_CELLS_H_
 
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
 
 /// Makes every pixel white whose level is above its threshold in `cell`.
 void ditherByThresholds(const ThresholdCell& cell, const LevelRows& rows);

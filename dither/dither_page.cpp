@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "bitmap/dither_kernels.h"
+#include "dither/dither_page.h"
 
-#include "bitmap/byte_vector.h"
-#include "bitmap/diffusion_plain.h"
-#include "bitmap/diffusion_wavefront.h"
-#include "bitmap/dither_tables.h"
-#include "bitmap/level_rows.h"
-#include "bitmap/threshold_cells.h"
+#include "dither/byte_vector.h"
+#include "dither/error_diffusion_scalar.h"
+#include "dither/error_diffusion_wavefront.h"
+#include "dither/level_rows.h"
+#include "dither/methods.h"
+#include "dither/ordered_dither.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "bitmap/level_rows.h"
+#include "dither/level_rows.h"
 
 #include <algorithm>
 
-#include "bitmap/byte_vector.h"
+#include "dither/byte_vector.h"
 
 namespace {
 
