@@ -64,14 +64,14 @@ const char* const kMethods[] = {"threshold", "ordered", "Burkes",         "Stuck
 
 void dither(benchmark::State& state, int method, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
-  DitherPage job;
+  wren::dither::Page job;
   job.levels = page.pixels.data();
   job.dots = out.data();
   job.levelStrideBytes = job.dotStrideBytes = kWidth;
   job.width = kWidth;
   job.height = kHeight;
   for (auto _ : state) {
-    if (!ditherPage(method, job)) state.SkipWithError("no memory");
+    if (!wren::dither::ditherPage(method, job)) state.SkipWithError("no memory");
     benchmark::ClobberMemory();
   }
   countPixels(state);

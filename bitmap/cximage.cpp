@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The block of a CxImage: its making, its passing on, and its palette.
+// The block of a `CxImage`: allocation, ownership and palette.
 
 #include "bitmap/cximage.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 
 namespace {
 
-constexpr std::uint32_t kHeaderBytes = sizeof(BitmapInfoHeader);
+constexpr std::uint32_t kHeaderBytes = sizeof(wren::bitmap::BitmapInfoHeader);
 constexpr const char* kZeroSize = "CxImage::Create : width and height must be greater than zero";
 constexpr const char* kTooLarge = "CXIMAGE_MAX_MEMORY exceeded";
 
@@ -23,12 +24,17 @@ std::uint32_t roundedDepth(std::uint32_t bitsPerPixel) {
   return 24;
 }
 
+bool isDepth(std::uint32_t bitsPerPixel) {
+  constexpr std::array<std::uint32_t, 5> kDepths = {1, 4, 8, 24, 32};
+  return std::ranges::find(kDepths, bitsPerPixel) != kDepths.end();
+}
+
 std::uint32_t colorsOfDepth(std::uint32_t depth) {
   return depth == 24 ? 0 : std::uint32_t{1} << depth;
 }
 
-// Whether width * height * depth is beyond the limit, or beyond 32 bits at any
-// step: a product that wrapped would make a small block for a large picture.
+// Whether width * height * depth exceeds the limit, or 32 bits at any step: a product that
+// wraps would allocate a small block for a large picture.
 bool exceedsMemoryLimit(std::uint32_t width, std::uint32_t height, std::uint32_t depth) {
   constexpr std::uint64_t kMax32 = std::numeric_limits<std::uint32_t>::max();
   const std::uint64_t pixels = std::uint64_t{width} * height;
@@ -48,7 +54,7 @@ int squaredDistance(const tagRGBQUAD& a, const tagRGBQUAD& b) {
 }
 
 std::uint8_t nearestOf(const tagRGBQUAD* palette, std::uint32_t count, const tagRGBQUAD& color) {
-  int best = 200000;  // more than any distance
+  int best = 200000;  // larger than any distance
   std::uint32_t index = 0;
   for (std::uint32_t i = 0; i < count && best != 0; ++i) {
     const int distance = squaredDistance(palette[i], color);
@@ -101,11 +107,13 @@ void* CxImage::Create(std::uint32_t width, std::uint32_t height, std::uint32_t b
   info.effectiveWidth = strideBytesOf(width, depth);
   info.imageType = imageType;
   fillHeader(width, height, depth);
-  // The padding of narrow rows can take the block beyond what GetSize can say.
+  // With the padding of narrow rows the block can be larger than `GetSize` can express.
   const std::uint64_t blockBytes =
       std::uint64_t{info.effectiveWidth} * height + kHeaderBytes + headerPaletteBytes();
-  if (blockBytes == GetSize()) dib = allocateBlock(allocator_, GetSize());
-  if (!dib) {
+  if (blockBytes == GetSize()) {
+    dib = wren::dither::allocateBytes(allocator_, GetSize()).release();
+  }
+  if (dib == nullptr) {
     setLastError(kNoMemory);
     return nullptr;
   }
@@ -118,12 +126,8 @@ void* CxImage::Create(std::uint32_t width, std::uint32_t height, std::uint32_t b
 
 bool CxImage::CreateFromArray(const std::uint8_t* source, std::uint32_t width, std::uint32_t height,
                               std::uint32_t bitsPerPixel, std::uint32_t bytesPerLine, bool flip) {
-  const std::uint32_t depths[] = {1, 4, 8, 24, 32};
-  if (!source) return false;
-  if (std::find(std::begin(depths), std::end(depths), bitsPerPixel) == std::end(depths)) {
-    return false;
-  }
-  if (!Create(width, height, bitsPerPixel, 0)) return false;
+  if (source == nullptr || !isDepth(bitsPerPixel)) return false;
+  if (Create(width, height, bitsPerPixel, 0) == nullptr) return false;
   if (bitsPerPixel < 24) SetGrayPalette();
   const std::size_t bytes = std::min(info.effectiveWidth, bytesPerLine);
   for (std::size_t y = 0; y < height; ++y) {
@@ -156,7 +160,7 @@ bool CxImage::Transfer(CxImage& from, bool /*transferFrames*/) {
 }
 
 void CxImage::CopyInfo(const CxImage& from) {
-  if (!dib) info = from.info;
+  if (dib == nullptr) info = from.info;
 }
 
 std::uint8_t* CxImage::GetBits(std::uint32_t row) {
@@ -164,7 +168,7 @@ std::uint8_t* CxImage::GetBits(std::uint32_t row) {
 }
 
 const std::uint8_t* CxImage::GetBits(std::uint32_t row) const {
-  if (!dib || row >= static_cast<std::uint32_t>(header.height)) return nullptr;
+  if (dib == nullptr || row >= static_cast<std::uint32_t>(header.height)) return nullptr;
   return static_cast<const std::uint8_t*>(dib) + header.size + GetPaletteSize() +
          std::size_t{row} * info.effectiveWidth;
 }
@@ -174,19 +178,19 @@ tagRGBQUAD* CxImage::GetPalette() {
 }
 
 const tagRGBQUAD* CxImage::GetPalette() const {
-  if (!dib || header.colorsUsed == 0) return nullptr;
+  if (dib == nullptr || header.colorsUsed == 0) return nullptr;
   return reinterpret_cast<const tagRGBQUAD*>(static_cast<const std::uint8_t*>(dib) + kHeaderBytes);
 }
 
 void CxImage::SetPalette(const tagRGBQUAD* entries, std::uint32_t count) {
   tagRGBQUAD* palette = GetPalette();
-  if (!palette || !entries) return;
+  if (palette == nullptr || entries == nullptr) return;
   std::copy_n(entries, std::min(count, header.colorsUsed), palette);
 }
 
 void CxImage::SetGrayPalette() {
   tagRGBQUAD* palette = GetPalette();
-  if (!palette) return;
+  if (palette == nullptr) return;
   const std::uint32_t step = 255 / (header.colorsUsed - 1);
   for (std::uint32_t i = 0; i < header.colorsUsed; ++i) {
     const auto level = static_cast<std::uint8_t>(i * step);
@@ -199,19 +203,19 @@ void CxImage::SetGrayPalette() {
 void CxImage::SetPaletteColor(std::uint8_t index, std::uint8_t red, std::uint8_t green,
                               std::uint8_t blue, std::uint8_t reserved) {
   tagRGBQUAD* palette = GetPalette();
-  if (!palette || index >= header.colorsUsed) return;
+  if (palette == nullptr || index >= header.colorsUsed) return;
   palette[index] = {blue, green, red, reserved};
 }
 
 tagRGBQUAD CxImage::GetPaletteColor(std::uint8_t index) const {
   const tagRGBQUAD* palette = GetPalette();
-  if (!palette || index >= header.colorsUsed) return {};
+  if (palette == nullptr || index >= header.colorsUsed) return {};
   return palette[index];
 }
 
 std::uint8_t CxImage::GetNearestIndex(tagRGBQUAD color) {
   const tagRGBQUAD* palette = GetPalette();
-  if (!palette) return 0;
+  if (palette == nullptr) return 0;
   if (info.nearestCacheValid && info.nearestCacheColor == color) return info.nearestCacheIndex;
   info.nearestCacheColor = color;
   info.nearestCacheValid = true;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// From grey levels to 1 bit per pixel. The kernels work in the source image's
-// own pixels, which are given up in the end anyway.
+// Dithering of a `CxImage` to 1 bit per pixel. The dots replace the levels of the source
+// image, which is released afterwards.
 
 #include <cstring>
 
@@ -12,18 +12,7 @@
 
 namespace {
 
-bool isDiffusion(std::int64_t method) {
-  switch (ditherMethodOf(method)) {
-    case DitherMethod::kThreshold:
-    case DitherMethod::kOrdered:
-    case DitherMethod::kBayer:
-      return false;
-    default:
-      return true;
-  }
-}
-
-// Eight bytes of 0 or 255 make one byte, the first in the highest bit.
+// Packs up to eight dots of 0 or 255 into one byte, the first in the highest bit.
 std::uint8_t packedByte(const std::uint8_t* dots, std::size_t count) {
   unsigned bits = 0;
   for (std::size_t i = 0; i < count; ++i) bits |= (dots[i] & 0x80u) >> i;
@@ -36,63 +25,51 @@ void packRow(const std::uint8_t* dots, std::size_t width, std::uint8_t* bits) {
   if (x < width) bits[x / 8] = packedByte(dots + x, width - x);
 }
 
-// The cell of a method that compares.
-ThresholdCell cellOf(std::int64_t method) {
-  switch (ditherMethodOf(method)) {
-    case DitherMethod::kOrdered:
-      return orderedCell();
-    case DitherMethod::kBayer:
-      return bayerCell();
-    default:
-      return fixedThresholdCell();
-  }
-}
-
 }  // namespace
 
-// This image has 1 bit per pixel and the size of `source`, whose pixels are lost.
-bool CxImage::drawDotsOfBytes(std::int64_t method, CxImage& source) {
-  DitherPage page;
+// This image has 1 bit per pixel and the size of `source`, whose pixels are overwritten.
+bool CxImage::ditherFromBytes(CxImage& source, std::int64_t method) {
+  wren::dither::Page page;
   page.levels = source.info.bits;
   page.levelStrideBytes = source.info.effectiveWidth;
   page.dots = source.info.bits;
   page.dotStrideBytes = source.info.effectiveWidth;
   page.width = source.columns();
   page.height = source.rows();
-  if (!ditherPage(method, page, allocator_)) return false;
+  if (!wren::dither::ditherPage(method, page, allocator_)) return false;
   for (std::size_t y = 0; y < rows(); ++y) packRow(source.row(y), columns(), row(y));
   return true;
 }
 
-// Levels of 4 bits stay below every diffusion's threshold, because what is
-// stored back is cut to 4 bits again: only the comparisons can give white.
-void CxImage::drawDotsOfNibbles(std::int64_t method, const CxImage& source) {
+// With error diffusion all dots are black: levels are stored in 4 bits again and never reach
+// 128. Only a threshold below 15 makes a dot white.
+void CxImage::ditherFromNibbles(const CxImage& source, std::int64_t method) {
   std::memset(info.bits, 0, header.imageSize);
-  if (isDiffusion(method)) return;
-  const ThresholdCell cell = cellOf(method);
+  const auto* thresholds = wren::dither::kMethods[wren::dither::methodIndex(method)].thresholds;
+  if (thresholds == nullptr) return;
   for (std::int64_t y = 0; y < header.height; ++y) {
     for (std::int64_t x = 0; x < header.width; ++x) {
-      const std::uint8_t threshold = cell[static_cast<std::size_t>(4 * (y & 3) + (x & 3))];
+      const std::uint8_t threshold = (*thresholds)[static_cast<std::size_t>(4 * (y & 3) + (x & 3))];
       BlindSetPixelIndex(x, y, source.BlindGetPixelIndex(x, y) > threshold);
     }
   }
 }
 
-bool CxImage::drawDots(std::int64_t method, CxImage& source) {
+bool CxImage::ditherFrom(CxImage& source, std::int64_t method) {
   switch (source.header.bitsPerPixel) {
     case 8:
-      return drawDotsOfBytes(method, source);
+      return ditherFromBytes(source, method);
     case 4:
-      drawDotsOfNibbles(method, source);
+      ditherFromNibbles(source, method);
       return true;
-    default:  // 24 bits per pixel have no indexes: all levels read as 0
+    default:  // 24 bits per pixel have no palette indexes: all levels read as 0
       std::memset(info.bits, 0, header.imageSize);
       return true;
   }
 }
 
 bool CxImage::Dither(std::int64_t method) {
-  if (!dib) return false;
+  if (dib == nullptr) return false;
   if (header.bitsPerPixel == 1) return true;
   CxImage dots(allocator_);
   dots.makeSimilar(*this, static_cast<std::uint32_t>(header.width), 1);
@@ -100,7 +77,7 @@ bool CxImage::Dither(std::int64_t method) {
     setLastError(dots.GetLastError());
     return false;
   }
-  if (!dots.drawDots(method, *this)) {
+  if (!dots.ditherFrom(*this, method)) {
     setLastError(kNoMemory);
     return false;
   }

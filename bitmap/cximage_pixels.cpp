@@ -1,20 +1,30 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Access to single pixels.
+// Pixel access of a `CxImage`: packing and unpacking of 1, 4 and 8 bits per pixel.
+
+#include <cstring>
 
 #include "bitmap/cximage.h"
 
 namespace {
 
-// How far a pixel of 4 bits is shifted inside its byte.
+// Position of a 4-bit pixel inside its byte: even columns are in the high nibble.
 int nibbleShift(std::int64_t x) {
   return (x & 1) != 0 ? 0 : 4;
 }
 
-// How far a pixel of 1 bit is shifted inside its byte.
+// Position of a 1-bit pixel inside its byte: the leftmost is in the highest bit.
 int bitShift(std::int64_t x) {
   return 7 - static_cast<int>(x & 7);
+}
+
+std::uint8_t nibbleAt(const std::uint8_t* pixels, std::int64_t x) {
+  return (pixels[x >> 1] >> nibbleShift(x)) & 15;
+}
+
+std::uint8_t bitAt(const std::uint8_t* pixels, std::int64_t x) {
+  return (pixels[x >> 3] >> bitShift(x)) & 1;
 }
 
 void storeBits(std::uint8_t& byte, int mask, int shift, int value) {
@@ -28,13 +38,13 @@ bool CxImage::isInside(std::int64_t x, std::int64_t y) const {
 }
 
 std::uint8_t CxImage::GetPixelIndex(std::int64_t x, std::int64_t y) const {
-  if (!dib || header.colorsUsed == 0) return 0;
+  if (dib == nullptr || header.colorsUsed == 0) return 0;
   if (!isInside(x, y)) return info.bits[0];
   return BlindGetPixelIndex(x, y);
 }
 
 void CxImage::SetPixelIndex(std::int64_t x, std::int64_t y, std::uint8_t index) {
-  if (!dib || header.colorsUsed == 0 || !isInside(x, y)) return;
+  if (dib == nullptr || header.colorsUsed == 0 || !isInside(x, y)) return;
   BlindSetPixelIndex(x, y, index);
 }
 
@@ -44,9 +54,9 @@ std::uint8_t CxImage::BlindGetPixelIndex(std::int64_t x, std::int64_t y) const {
     case 8:
       return pixels[x];
     case 4:
-      return (pixels[x >> 1] >> nibbleShift(x)) & 15;
+      return nibbleAt(pixels, x);
     case 1:
-      return (pixels[x >> 3] >> bitShift(x)) & 1;
+      return bitAt(pixels, x);
     default:
       return 0;
   }
@@ -65,6 +75,25 @@ void CxImage::BlindSetPixelIndex(std::int64_t x, std::int64_t y, std::uint8_t in
       storeBits(pixels[x >> 3], 1, bitShift(x), index);
       break;
     default:
+      break;
+  }
+}
+
+// Writes the palette indexes of a row, one per byte; all 0 at 24 bits per pixel.
+void CxImage::readIndexes(std::size_t y, std::uint8_t* indexes) const {
+  const std::uint8_t* pixels = row(y);
+  switch (header.bitsPerPixel) {
+    case 8:
+      std::memcpy(indexes, pixels, columns());
+      break;
+    case 4:
+      for (std::int64_t x = 0; x < header.width; ++x) indexes[x] = nibbleAt(pixels, x);
+      break;
+    case 1:
+      for (std::int64_t x = 0; x < header.width; ++x) indexes[x] = bitAt(pixels, x);
+      break;
+    default:
+      std::memset(indexes, 0, columns());
       break;
   }
 }

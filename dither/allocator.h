@@ -1,30 +1,26 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Where this folder's memory comes from. Nothing here throws: a null block is
-// reported by a result. Tests hand in functions that fail.
+// Where the dither kernels and the bitmap get their memory. Nothing here throws: without
+// memory the result is null. Tests pass in functions that fail.
 
-#ifndef WREN_BITMAP_ALLOCATOR_H_
-#define WREN_BITMAP_ALLOCATOR_H_
+#pragma once
 
 #include <cstddef>
 #include <cstdlib>
-#include <memory>
 
-/// Returns a block that std::free releases, or null.
-using BitmapAllocator = void* (*)(std::size_t);
+#include "common/handles.h"
 
-/// Releases a block of a BitmapAllocator.
-struct FreeBlock {
-  void operator()(void* block) const { std::free(block); }
-};
+namespace wren::dither {
 
-/// An owned block of bytes; empty when there was no memory.
-using ByteBlock = std::unique_ptr<unsigned char[], FreeBlock>;
+/// Returns a block that std::free releases, or null without memory.
+using Allocator = void* (*)(std::size_t);
 
-/// Asks `allocator`, or std::malloc when that is null, for `bytes` bytes.
-inline void* allocateBlock(BitmapAllocator allocator, std::size_t bytes) {
-  return allocator ? allocator(bytes) : std::malloc(bytes);
+/// Asks `allocator`, or std::malloc if that is null, for `bytes` bytes. The block is not
+/// cleared; null without memory.
+inline MallocBytes allocateBytes(Allocator allocator, std::size_t bytes) {
+  void* block = allocator != nullptr ? allocator(bytes) : std::malloc(bytes);
+  return MallocBytes(static_cast<unsigned char*>(block));
 }
 
-#endif  // WREN_BITMAP_ALLOCATOR_H_
+}  // namespace wren::dither

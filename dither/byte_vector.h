@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Sixteen bytes in one processor register, with the few operations that the
-// dither kernels need. Each is one or two instructions of the baseline of its
-// architecture: SSE2 on x86-64, NEON on 64-bit ARM. Where neither is there,
-// WREN_HAS_BYTE_VECTORS is not defined and the plain kernels run.
+// Sixteen bytes in one processor register, with the operations that the dither kernels
+// need. Each is one or two instructions of the architecture's baseline, SSE2 or NEON, and
+// gives the same bytes on both: all of it is exact integer arithmetic.
 //
-// Every operation is exact integer arithmetic and gives the same bytes on both.
+// `WREN_HAS_BYTE_VECTORS` is not defined on other processors, where the scalar kernels run.
 
-#ifndef WREN_BITMAP_BYTE_VECTOR_H_
-#define WREN_BITMAP_BYTE_VECTOR_H_
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -26,7 +24,9 @@
 
 #ifdef WREN_HAS_BYTE_VECTORS
 
-/// Sixteen bytes. Whether a byte is signed is a matter of the operation.
+namespace wren::dither {
+
+/// Sixteen bytes, one per lane. The operation decides whether they are signed.
 struct ByteVector {
   static constexpr std::size_t kBytes = 16;
 
@@ -37,7 +37,7 @@ struct ByteVector {
 #endif
 };
 
-/// Sixteen bytes widened to 16 bits each.
+/// Sixteen bytes, zero-extended to 16 bits each.
 struct WideVector {
 #ifdef __SSE2__
   __m128i low;
@@ -50,7 +50,7 @@ struct WideVector {
 
 #ifdef __SSE2__
 
-/// Any address will do.
+/// Loads and stores 16 bytes; the address need not be aligned.
 inline ByteVector loadBytes(const void* from) {
   return {_mm_loadu_si128(static_cast<const __m128i*>(from))};
 }
@@ -70,21 +70,21 @@ inline ByteVector operator&(ByteVector a, ByteVector b) {
   return {_mm_and_si128(a.lanes, b.lanes)};
 }
 
-/// Signed sums, held to -128..127.
-inline ByteVector addClamped(ByteVector a, ByteVector b) {
+/// Signed sums, clamped to -128..127.
+inline ByteVector addSaturatedSigned(ByteVector a, ByteVector b) {
   return {_mm_adds_epi8(a.lanes, b.lanes)};
 }
 
-/// Unsigned sums and differences, held to 0..255.
-inline ByteVector addUnsigned(ByteVector a, ByteVector b) {
+/// Unsigned sums and differences, clamped to 0..255.
+inline ByteVector addSaturatedUnsigned(ByteVector a, ByteVector b) {
   return {_mm_adds_epu8(a.lanes, b.lanes)};
 }
-inline ByteVector subtractUnsigned(ByteVector a, ByteVector b) {
+inline ByteVector subtractSaturatedUnsigned(ByteVector a, ByteVector b) {
   return {_mm_subs_epu8(a.lanes, b.lanes)};
 }
 
 /// 255 where the signed byte is above 0, else 0.
-inline ByteVector aboveZero(ByteVector v) {
+inline ByteVector greaterThanZero(ByteVector v) {
   return {_mm_cmpgt_epi8(v.lanes, _mm_setzero_si128())};
 }
 
@@ -98,18 +98,18 @@ inline WideVector widen(ByteVector v) {
   return {_mm_unpacklo_epi8(v.lanes, zero), _mm_unpackhi_epi8(v.lanes, zero)};
 }
 
-/// v * factor / 32768 in every lane, rounded down, as bytes. The lanes hold 0 to
-/// 255; the results must be at most 127.
-inline ByteVector fractionOf(WideVector v, std::int16_t factor) {
+/// v * factor / 32768 in every lane, rounded down, as bytes. The lanes hold 0 to 255; the
+/// products must be at most 127.
+inline ByteVector multiplyQ15(WideVector v, std::int16_t factor) {
   const __m128i doubled = _mm_set1_epi16(static_cast<std::int16_t>(2 * factor));
   return {_mm_packs_epi16(_mm_mulhi_epu16(v.low, doubled), _mm_mulhi_epu16(v.high, doubled))};
 }
 
-/// The first or last eight lanes of `a` and `b` in turn: a0 b0 a1 b1 ...
-inline ByteVector interleaveFirst(ByteVector a, ByteVector b) {
+/// The lower (first) or upper eight lanes of `a` and `b` in turn: a0 b0 a1 b1 ...
+inline ByteVector interleaveLower(ByteVector a, ByteVector b) {
   return {_mm_unpacklo_epi8(a.lanes, b.lanes)};
 }
-inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
+inline ByteVector interleaveUpper(ByteVector a, ByteVector b) {
   return {_mm_unpackhi_epi8(a.lanes, b.lanes)};
 }
 
@@ -141,20 +141,19 @@ inline ByteVector operator&(ByteVector a, ByteVector b) {
   return {vandq_u8(a.lanes, b.lanes)};
 }
 
-inline ByteVector addClamped(ByteVector a, ByteVector b) {
+inline ByteVector addSaturatedSigned(ByteVector a, ByteVector b) {
   return {
       vreinterpretq_u8_s8(vqaddq_s8(vreinterpretq_s8_u8(a.lanes), vreinterpretq_s8_u8(b.lanes)))};
 }
 
-/// Unsigned sums and differences, held to 0..255.
-inline ByteVector addUnsigned(ByteVector a, ByteVector b) {
+inline ByteVector addSaturatedUnsigned(ByteVector a, ByteVector b) {
   return {vqaddq_u8(a.lanes, b.lanes)};
 }
-inline ByteVector subtractUnsigned(ByteVector a, ByteVector b) {
+inline ByteVector subtractSaturatedUnsigned(ByteVector a, ByteVector b) {
   return {vqsubq_u8(a.lanes, b.lanes)};
 }
 
-inline ByteVector aboveZero(ByteVector v) {
+inline ByteVector greaterThanZero(ByteVector v) {
   return {vcgtzq_s8(vreinterpretq_s8_u8(v.lanes))};
 }
 
@@ -168,16 +167,16 @@ inline WideVector widen(ByteVector v) {
 }
 
 // The instruction doubles the product before it takes the high half.
-inline ByteVector fractionOf(WideVector v, std::int16_t factor) {
+inline ByteVector multiplyQ15(WideVector v, std::int16_t factor) {
   const int16x8_t low = vqdmulhq_n_s16(v.low, factor);
   const int16x8_t high = vqdmulhq_n_s16(v.high, factor);
   return {vuzp1q_u8(vreinterpretq_u8_s16(low), vreinterpretq_u8_s16(high))};
 }
 
-inline ByteVector interleaveFirst(ByteVector a, ByteVector b) {
+inline ByteVector interleaveLower(ByteVector a, ByteVector b) {
   return {vzip1q_u8(a.lanes, b.lanes)};
 }
-inline ByteVector interleaveLast(ByteVector a, ByteVector b) {
+inline ByteVector interleaveUpper(ByteVector a, ByteVector b) {
   return {vzip2q_u8(a.lanes, b.lanes)};
 }
 
@@ -189,28 +188,27 @@ inline ByteVector reversed(ByteVector v) {
 #endif  // __SSE2__
 
 /// Sixteen rows of sixteen bytes.
-using ByteSquare = std::array<ByteVector, ByteVector::kBytes>;
+using ByteTile = std::array<ByteVector, ByteVector::kBytes>;
 
-/// One round of interleaving row i with row i + 8. Written out for every row, so
-/// that the square stays in registers as far as there are some.
+/// Interleaves row i with row i + 8. Written out for every row, so that as much of the tile
+/// as possible stays in registers.
 template <std::size_t... Rows>
-[[gnu::always_inline]] inline ByteSquare interleavedHalves(const ByteSquare& square,
-                                                           std::index_sequence<Rows...>) {
-  return {(Rows % 2 == 0 ? interleaveFirst(square[Rows / 2], square[Rows / 2 + 8])
-                         : interleaveLast(square[Rows / 2], square[Rows / 2 + 8]))...};
+[[gnu::always_inline]] inline ByteTile interleavedRows(const ByteTile& tile,
+                                                       std::index_sequence<Rows...>) {
+  return {(Rows % 2 == 0 ? interleaveLower(tile[Rows / 2], tile[Rows / 2 + 8])
+                         : interleaveUpper(tile[Rows / 2], tile[Rows / 2 + 8]))...};
 }
 
-/// Swaps rows and columns. A round of interleaving turns the eight-bit number
-/// "row, column" of a byte round by one bit; after four rounds the two halves
-/// have changed places.
-[[gnu::always_inline]] inline void transpose(ByteSquare& square) {
+/// Swaps rows and columns. Each round rotates the eight-bit number "row, column" of a byte
+/// by one bit; after four rounds its two halves have changed places.
+[[gnu::always_inline]] inline void transpose(ByteTile& tile) {
   constexpr auto kRows = std::make_index_sequence<ByteVector::kBytes>();
-  square = interleavedHalves(square, kRows);
-  square = interleavedHalves(square, kRows);
-  square = interleavedHalves(square, kRows);
-  square = interleavedHalves(square, kRows);
+  tile = interleavedRows(tile, kRows);
+  tile = interleavedRows(tile, kRows);
+  tile = interleavedRows(tile, kRows);
+  tile = interleavedRows(tile, kRows);
 }
+
+}  // namespace wren::dither
 
 #endif  // WREN_HAS_BYTE_VECTORS
-
-#endif  // WREN_BITMAP_BYTE_VECTOR_H_

@@ -1,70 +1,71 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The shares that the wavefront has sent: one string of bytes for each share of
-// a kernel, sixteen bytes more with every step. Only its end is ever looked up,
-// so that it is kept in a ring.
+// Error terms that the wavefront has produced: a ring buffer with one delay line for each
+// factor of the kernel. Each step appends 16 bytes, one per lane, to every line.
 
-#ifndef WREN_BITMAP_SHARE_RING_H_
-#define WREN_BITMAP_SHARE_RING_H_
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "dither/allocator.h"
+#include "dither/methods.h"
 #include "dither/wavefront_lanes.h"
 
-/// What is before the first step reads as zero: nothing was sent.
-class ShareRing {
+namespace wren::dither {
+
+/// Delay lines of error terms. What was before the first step reads as 0.
+class ErrorBuffer {
  public:
-  /// So many bytes before and behind a step's own place a tap may look.
+  /// How far a tap reads to either side of the pixel above: its columns, in bytes.
   static constexpr std::size_t kReachBytes = kMaxReachColumns * kLanes;
 
-  /// Keeps `historyBytes`, and the reach, of each of `stringCount` strings.
-  /// Returns false when there is no memory.
-  bool allocate(std::size_t stringCount, std::size_t historyBytes, BitmapAllocator allocator) {
-    stringCount_ = stringCount;
-    ringBytes_ = roundedUp(historyBytes + kReachBytes + kChunkBytes, kChunkBytes);
-    spanBytes_ = ringBytes_ + kTailBytes;
-    const std::size_t bytes = stringCount * spanBytes_;
-    block_.reset(static_cast<unsigned char*>(allocateBlock(allocator, bytes)));
-    if (block_) std::memset(block_.get(), 0, bytes);
+  /// Makes `lineCount` delay lines of `delayBytes` bytes, plus the reach.
+  /// @return false without memory.
+  bool allocate(std::size_t lineCount, std::size_t delayBytes, Allocator allocator) {
+    lineCount_ = lineCount;
+    ringBytes_ = roundedUp(delayBytes + kReachBytes + kTileBytes, kTileBytes);
+    lineStrideBytes_ = ringBytes_ + kTailBytes;
+    const std::size_t bytes = lineCount * lineStrideBytes_;
+    block_ = allocateBytes(allocator, bytes);
+    if (block_ != nullptr) std::memset(block_.get(), 0, bytes);
     return block_ != nullptr;
   }
 
-  /// Bytes from a place in one string to the same place in the next.
-  std::size_t spanBytes() const { return spanBytes_; }
+  /// Bytes from a position in one line to the same position in the next.
+  std::size_t lineStrideBytes() const { return lineStrideBytes_; }
 
-  /// Where the present chunk writes in the first string: 16 bytes for each step.
-  std::uint8_t* now() const { return block_.get() + now_; }
+  /// Where the current tile writes to the first line: 16 bytes for each step.
+  std::uint8_t* head() const { return block_.get() + head_; }
 
-  /// The place `bytes` before that, at most the history and the reach. A chunk
-  /// and twice the reach are readable from there, as far as they were written.
-  const std::uint8_t* before(std::size_t bytes) const {
-    return block_.get() + (now_ >= bytes ? now_ - bytes : now_ + ringBytes_ - bytes);
+  /// The position `bytes` before the head, at most the delay and the reach. A tile and twice
+  /// the reach may be read from there, as far as they have been written.
+  const std::uint8_t* delayed(std::size_t bytes) const {
+    return block_.get() + (head_ >= bytes ? head_ - bytes : head_ + ringBytes_ - bytes);
   }
 
-  /// On to the next chunk.
+  /// Moves the head to the next tile.
   void advance() {
-    // Behind the ring its start stands once more, for reads over the end.
-    for (std::size_t i = 0; now_ < kTailBytes && i < stringCount_; ++i) {
-      std::uint8_t* written = now() + i * spanBytes_;
-      std::memcpy(written + ringBytes_, written, kChunkBytes);
+    // The start of the ring is repeated after its end, so that reads need not wrap.
+    for (std::size_t i = 0; head_ < kTailBytes && i < lineCount_; ++i) {
+      std::uint8_t* written = head() + i * lineStrideBytes_;
+      std::memcpy(written + ringBytes_, written, kTileBytes);
     }
-    now_ += kChunkBytes;
-    if (now_ == ringBytes_) now_ = 0;
+    head_ += kTileBytes;
+    if (head_ == ringBytes_) head_ = 0;
   }
 
  private:
-  static constexpr std::size_t kChunkBytes = kChunk * kLanes;
-  static constexpr std::size_t kTailBytes = roundedUp(kChunkBytes + 2 * kReachBytes, kChunkBytes);
+  static constexpr std::size_t kTileBytes = kTileSteps * kLanes;
+  static constexpr std::size_t kTailBytes = roundedUp(kTileBytes + 2 * kReachBytes, kTileBytes);
 
-  ByteBlock block_;
-  std::size_t stringCount_ = 0;
+  MallocBytes block_;
+  std::size_t lineCount_ = 0;
   std::size_t ringBytes_ = 0;
-  std::size_t spanBytes_ = 0;
-  std::size_t now_ = 0;
+  std::size_t lineStrideBytes_ = 0;
+  std::size_t head_ = 0;
 };
 
-#endif  // WREN_BITMAP_SHARE_RING_H_
+}  // namespace wren::dither

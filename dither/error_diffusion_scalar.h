@@ -1,24 +1,24 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Error diffusion in plain C++, for every kernel and every processor. It is the
-// twin that judges the vector kernel, and what runs where that is not built.
+// Error diffusion in portable C++, for every kernel. It runs Floyd-Steinberg, and all
+// methods on processors without vectors.
 //
-// Instead of spreading a pixel's error to its neighbours, each pixel collects
-// what its neighbours would have sent, in the order in which they would have
-// sent it: the rows above as vector additions along the row, then the two
-// pixels to the left one by one.
+// A pixel does not spread its error; each pixel collects its neighbours' error terms in
+// scan order. Those from the rows above are added row by row, those from the left pixel
+// by pixel.
 
-#ifndef WREN_BITMAP_DIFFUSION_PLAIN_H_
-#define WREN_BITMAP_DIFFUSION_PLAIN_H_
+#pragma once
 
 #include "dither/allocator.h"
 #include "dither/level_rows.h"
 #include "dither/methods.h"
 
-/// Diffuses a page. Returns false, with nothing written, when there is no memory
-/// for its working rows.
-bool diffusePlain(const DiffusionKernel& kernel, const LevelRows& rows,
-                  BitmapAllocator allocator = nullptr);
+namespace wren::dither {
 
-#endif  // WREN_BITMAP_DIFFUSION_PLAIN_H_
+/// Dithers a page by error diffusion.
+/// @return false, with nothing written, without memory for a few rows of error terms.
+bool diffuseScalar(const DiffusionKernel& kernel, const LevelRows& rows,
+                   Allocator allocator = nullptr);
+
+}  // namespace wren::dither

@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+//
+// A lane that reaches the end of its row goes on with the row 16 below. The lag is such
+// that this row, too, is `lag` columns behind the one above it. Error terms are stored in
+// step order, 16 bytes per step, so the row above is always `16 * lag + 1` bytes back.
 
 #include "dither/error_diffusion_wavefront.h"
 
 #include "dither/byte_vector.h"
+#include "dither/methods.h"
 
 #ifdef WREN_HAS_BYTE_VECTORS
 
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -14,226 +21,235 @@
 #include "dither/error_terms.h"
 #include "dither/wavefront_lanes.h"
 
+namespace wren::dither {
+
 namespace {
 
-static_assert(kLanes == ByteVector::kBytes && kChunk == kLanes);
+static_assert(kLanes == ByteVector::kBytes && kTileSteps == kLanes);
 
-// The taps of the pixel's own row: which share each sends, if there is one.
+// Which factor the tap `dx` of the pixel's own row has; the number of factors if there is no
+// such tap.
 template <const DiffusionKernel& Kernel>
-constexpr std::size_t shareAlongRow(int dx) {
-  for (std::size_t tap = 0; tap < Kernel.tapCount; ++tap) {
-    if (Kernel.taps[tap].dy == 0 && Kernel.taps[tap].dx == dx) return sharesOf(Kernel).ofTap[tap];
+constexpr std::size_t factorInRow(int dx) {
+  constexpr DiffusionTaps kTaps = tapsOf(Kernel);
+  constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
+  for (std::size_t tap = 0; tap < kTaps.count; ++tap) {
+    if (kTaps.tap[tap].dy == 0 && kTaps.tap[tap].dx == dx) return kFactors.indexOfTap[tap];
   }
-  return sharesOf(Kernel).count;
+  return kFactors.count;
 }
 
 template <const DiffusionKernel& Kernel>
 class Wavefront {
  public:
-  explicit Wavefront(const LevelRows& rows) : rows_(rows), slant_(rows.width()) {}
+  explicit Wavefront(const LevelRows& rows) : rows_(rows), skew_(rows.width()) {}
 
-  bool allocate(BitmapAllocator allocator) {
-    return ring_.allocate(kShares.count, kRowsAbove * rowAboveBytes(), allocator);
+  bool allocate(Allocator allocator) {
+    return buffer_.allocate(kFactors.count, kRowsAbove * rowAboveBytes(), allocator);
   }
 
   void run();
 
  private:
-  static constexpr DiffusionShares kShares = sharesOf(Kernel);
-  static constexpr std::size_t kNext = shareAlongRow<Kernel>(1);
-  static constexpr std::size_t kSecond = shareAlongRow<Kernel>(2);
-  static constexpr auto kRowsAbove = static_cast<std::size_t>(Kernel.taps[Kernel.tapCount - 1].dy);
+  static constexpr DiffusionTaps kTaps = tapsOf(Kernel);
+  static constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
+  static constexpr std::size_t kToNext = factorInRow<Kernel>(1);
+  static constexpr std::size_t kToSecond = factorInRow<Kernel>(2);
+  static constexpr auto kRowsAbove = static_cast<std::size_t>(kTaps.tap[kTaps.count - 1].dy);
 
-  // What the pixels to the left have sent along their rows.
-  struct Carried {
-    ByteVector toNext = splat(0);        // from one to the left
-    ByteVector toSecond = splat(0);      // from two to the left
-    ByteVector toSecondSoon = splat(0);  // from one to the left, for the next step
+  // Error terms from the pixels on the left in the same row.
+  struct LeftTerms {
+    ByteVector oneLeft = splat(0);
+    ByteVector twoLeft = splat(0);
+    ByteVector nextTwoLeft = splat(0);  // `twoLeft` of the next step
   };
 
-  // Where the shares of the rows 1, 2 and 3 above the chunk's start begin.
-  using Above = std::array<const std::uint8_t*, kMaxReachRows + 1>;
+  // Where the error terms of the rows 1, 2 and 3 above start for the tile; entry 0 is unused.
+  using TermsAbove = std::array<const std::uint8_t*, kMaxReachRows + 1>;
 
-  // How far back in the string of shares the pixel above stands.
-  std::size_t rowAboveBytes() const { return kLanes * slant_.lag + 1; }
-  std::size_t chunkCount() const;
+  // Distance to the pixel above in a delay line.
+  std::size_t rowAboveBytes() const { return kLanes * skew_.lag + 1; }
+  std::size_t tileCount() const;
 
-  void gather(ByteSquare& levels);
-  ByteVector gatherEdge(std::size_t lane);
-  void maskGaps(std::size_t lane, const std::array<Piece, 2>& pieces, std::uint8_t byte);
-  void diffuse(ByteSquare& square);
-  void scatter(ByteSquare& dots);
-  void scatterEdge(std::size_t lane, ByteVector dots);
+  void gather(ByteTile& levels);
+  ByteVector gatherAcrossRows(std::size_t lane);
+  void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
+  void diffuse(ByteTile& tile);
+  void scatter(const ByteTile& dots);
+  void scatterAcrossRows(std::size_t lane, ByteVector dots);
 
   template <std::size_t Tap>
-  static ByteVector collect(ByteVector level, const Above& above, std::size_t at,
-                            std::size_t spanBytes);
+  static ByteVector addTermFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
+                                     std::size_t lineStrideBytes);
   template <std::size_t... Taps>
-  static ByteVector collectAll(ByteVector level, const Above& above, std::size_t at,
-                               std::size_t spanBytes, std::index_sequence<Taps...>);
-  template <std::size_t... Shares>
-  static void send(WideVector errors, ByteVector white, std::uint8_t* now, std::size_t spanBytes,
-                   Carried& carried, std::index_sequence<Shares...>);
+  static ByteVector addTermsFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
+                                      std::size_t lineStrideBytes, std::index_sequence<Taps...>);
+  template <std::size_t... Factors>
+  static void storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
+                         std::size_t lineStrideBytes, LeftTerms& left,
+                         std::index_sequence<Factors...>);
 
   const LevelRows& rows_;
-  const Slant slant_;
-  ShareRing ring_;
+  const Skew skew_;
+  ErrorBuffer buffer_;
   std::array<Lane, kLanes> lanes_;
-  Carried carried_;
+  LeftTerms left_;
 
-  // For each step 255 in the lanes that have a pixel, 0 in the others: those
-  // send nothing.
-  std::array<std::array<std::uint8_t, kLanes>, kChunk> mask_;
+  // For each step of the tile 255 in the lanes that have a pixel, 0 in the others: their
+  // error terms are 0.
+  std::array<std::array<std::uint8_t, kLanes>, kTileSteps> pixelMask_;
 };
 
-// Until the last row has sent its last pixel.
+// Until the last pixel of the last row.
 template <const DiffusionKernel& Kernel>
-std::size_t Wavefront<Kernel>::chunkCount() const {
+std::size_t Wavefront<Kernel>::tileCount() const {
   const std::size_t last = rows_.height() - 1;
-  const std::size_t start = last / kLanes * slant_.period + last % kLanes * slant_.lag;
-  return roundedUp(start + rows_.width(), kChunk) / kChunk;
+  const std::size_t start = last / kLanes * skew_.period + last % kLanes * skew_.lag;
+  return roundedUp(start + rows_.width(), kTileSteps) / kTileSteps;
 }
 
 // Sets the mask of the steps in which a lane has no pixel.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Piece, 2>& pieces,
+void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Segment, 2>& segments,
                                  std::uint8_t byte) {
   std::size_t step = 0;
-  for (const Piece& piece : pieces) {
-    for (; step < piece.step; ++step) mask_[step][lane] = byte;
-    step += piece.count;
+  for (const Segment& segment : segments) {
+    for (; step < segment.step; ++step) pixelMask_[step][lane] = byte;
+    step += segment.count;
   }
-  for (; step < kChunk; ++step) mask_[step][lane] = byte;
+  for (; step < kTileSteps; ++step) pixelMask_[step][lane] = byte;
 }
 
 template <const DiffusionKernel& Kernel>
-ByteVector Wavefront<Kernel>::gatherEdge(std::size_t lane) {
-  std::array<std::uint8_t, kChunk> bytes = {};
-  lanes_[lane].openNext(rows_, slant_);
-  const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
-  for (const Piece& piece : pieces) {
-    if (piece.count > 0) std::memcpy(bytes.data() + piece.step, piece.pixels, piece.count);
+ByteVector Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
+  std::array<std::uint8_t, kTileSteps> bytes = {};
+  lanes_[lane].openNextRow(rows_, skew_);
+  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+  for (const Segment& segment : segments) {
+    if (segment.count > 0) std::memcpy(bytes.data() + segment.step, segment.pixels, segment.count);
   }
-  maskGaps(lane, pieces, 0);
+  maskGaps(lane, segments, 0);
   return loadBytes(bytes.data());
 }
 
-// The levels of the chunk, a row of the square for each step.
+// The levels of the tile, one lane per row.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::gather(ByteSquare& levels) {
+void Wavefront<Kernel>::gather(ByteTile& levels) {
   for (std::size_t i = 0; i < kLanes; ++i) {
-    levels[i] = lanes_[i].isInside() ? loadBytes(lanes_[i].pixels()) : gatherEdge(i);
+    levels[i] = lanes_[i].isInsideRow() ? loadBytes(lanes_[i].pixels()) : gatherAcrossRows(i);
   }
-  transpose(levels);
 }
 
 template <const DiffusionKernel& Kernel>
 template <std::size_t Tap>
-ByteVector Wavefront<Kernel>::collect(ByteVector level, const Above& above, std::size_t at,
-                                      std::size_t spanBytes) {
-  constexpr DiffusionTap kTap = Kernel.taps[Tap];
+ByteVector Wavefront<Kernel>::addTermFromAbove(ByteVector level, const TermsAbove& above,
+                                               std::size_t at, std::size_t lineStrideBytes) {
+  constexpr DiffusionTap kTap = kTaps.tap[Tap];
   if constexpr (kTap.dy == 0) {
     return level;
   } else {
     constexpr std::ptrdiff_t kColumn = (kMaxReachColumns - kTap.dx) * std::ptrdiff_t{kLanes};
-    const std::uint8_t* string = above[kTap.dy] + kShares.ofTap[Tap] * spanBytes;
-    return addClamped(level, loadBytes(string + kColumn + at));
+    const std::uint8_t* line = above[kTap.dy] + kFactors.indexOfTap[Tap] * lineStrideBytes;
+    return addSaturatedSigned(level, loadBytes(line + kColumn + at));
   }
 }
 
-// The taps backwards: this is the order in which the pixels above come in a scan.
+// The taps backwards are the pixels above in scan order.
 template <const DiffusionKernel& Kernel>
 template <std::size_t... Taps>
-ByteVector Wavefront<Kernel>::collectAll(ByteVector level, const Above& above, std::size_t at,
-                                         std::size_t spanBytes, std::index_sequence<Taps...>) {
-  ((level = collect<Kernel.tapCount - 1 - Taps>(level, above, at, spanBytes)), ...);
+ByteVector Wavefront<Kernel>::addTermsFromAbove(ByteVector level, const TermsAbove& above,
+                                                std::size_t at, std::size_t lineStrideBytes,
+                                                std::index_sequence<Taps...>) {
+  ((level = addTermFromAbove<kTaps.count - 1 - Taps>(level, above, at, lineStrideBytes)), ...);
   return level;
 }
 
 template <const DiffusionKernel& Kernel>
-template <std::size_t... Shares>
-void Wavefront<Kernel>::send(WideVector errors, ByteVector white, std::uint8_t* now,
-                             std::size_t spanBytes, Carried& carried,
-                             std::index_sequence<Shares...>) {
-  const std::array<ByteVector, sizeof...(Shares)> shares = {
-      negateWhere(white, fractionOf(errors, kShares.factors[Shares]))...};
-  (storeBytes(shares[Shares], now + Shares * spanBytes), ...);
-  carried.toSecond = carried.toSecondSoon;
-  if constexpr (kNext < kShares.count) carried.toNext = shares[kNext];
-  if constexpr (kSecond < kShares.count) carried.toSecondSoon = shares[kSecond];
+template <std::size_t... Factors>
+void Wavefront<Kernel>::storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
+                                   std::size_t lineStrideBytes, LeftTerms& left,
+                                   std::index_sequence<Factors...>) {
+  const std::array<ByteVector, sizeof...(Factors)> terms = {
+      negateWhere(white, multiplyQ15(errors, kFactors.factor[Factors]))...};
+  (storeBytes(terms[Factors], head + Factors * lineStrideBytes), ...);
+  left.twoLeft = left.nextTwoLeft;
+  if constexpr (kToNext < kFactors.count) left.oneLeft = terms[kToNext];
+  if constexpr (kToSecond < kFactors.count) left.nextTwoLeft = terms[kToSecond];
 }
 
-// Turns the levels of a chunk into 255 for white and 0 for black.
+// Turns the levels of a tile, one step per row, into 255 for white and 0 for black.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::diffuse(ByteSquare& square) {
-  const std::size_t span = ring_.spanBytes();
-  std::uint8_t* now = ring_.now();
-  Above above;
-  above.fill(now);
+void Wavefront<Kernel>::diffuse(ByteTile& tile) {
+  constexpr auto kAllTaps = std::make_index_sequence<kTaps.count>();
+  constexpr auto kAllFactors = std::make_index_sequence<kFactors.count>();
+  const std::size_t lineStride = buffer_.lineStrideBytes();
+  std::uint8_t* head = buffer_.head();
+  TermsAbove above;
+  above.fill(head);
   for (std::size_t dy = 1; dy <= kRowsAbove; ++dy) {
-    above[dy] = ring_.before(dy * rowAboveBytes() + ShareRing::kReachBytes);
+    above[dy] = buffer_.delayed(dy * rowAboveBytes() + ErrorBuffer::kReachBytes);
   }
-  Carried carried = carried_;
+  LeftTerms left = left_;
   const ByteVector offset = splat(kLevelOffset);
-  for (std::size_t step = 0; step < kChunk; ++step) {
+  for (std::size_t step = 0; step < kTileSteps; ++step) {
     const std::size_t at = step * kLanes;
-    ByteVector level = square[step] ^ offset;
-    level = collectAll(level, above, at, span, std::make_index_sequence<Kernel.tapCount>());
-    level = addClamped(level, carried.toSecond);
-    if constexpr (kNext < kShares.count) level = addClamped(level, carried.toNext);
-    const ByteVector white = aboveZero(level);
-    const ByteVector error = (level ^ offset ^ white) & loadBytes(mask_[step].data());
-    send(widen(error), white, now + at, span, carried, std::make_index_sequence<kShares.count>());
-    square[step] = white;
+    ByteVector level = tile[step] ^ offset;
+    level = addTermsFromAbove(level, above, at, lineStride, kAllTaps);
+    level = addSaturatedSigned(level, left.twoLeft);
+    if constexpr (kToNext < kFactors.count) level = addSaturatedSigned(level, left.oneLeft);
+    const ByteVector white = greaterThanZero(level);
+    const ByteVector error = (level ^ offset ^ white) & loadBytes(pixelMask_[step].data());
+    storeTerms(widen(error), white, head + at, lineStride, left, kAllFactors);
+    tile[step] = white;
   }
-  carried_ = carried;
-  ring_.advance();
+  left_ = left;
+  buffer_.advance();
 }
 
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatterEdge(std::size_t lane, ByteVector dots) {
-  std::array<std::uint8_t, kChunk> bytes = {};
+void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane, ByteVector dots) {
+  std::array<std::uint8_t, kTileSteps> bytes = {};
   storeBytes(dots, bytes.data());
-  const auto pieces = lanes_[lane].pieces(rows_.width(), slant_);
-  for (const Piece& piece : pieces) {
-    if (piece.count > 0) std::memcpy(piece.pixels, bytes.data() + piece.step, piece.count);
+  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+  for (const Segment& segment : segments) {
+    if (segment.count > 0) std::memcpy(segment.pixels, bytes.data() + segment.step, segment.count);
   }
-  maskGaps(lane, pieces, 255);
+  maskGaps(lane, segments, 255);
 }
 
+// Writes the dots of the tile, one lane per row, and moves all lanes to the next tile.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatter(ByteSquare& dots) {
-  transpose(dots);
+void Wavefront<Kernel>::scatter(const ByteTile& dots) {
   const ByteVector flip = splat(rows_.flip());
   for (std::size_t i = 0; i < kLanes; ++i) {
     Lane& lane = lanes_[i];
-    if (lane.isInside()) {
+    if (lane.isInsideRow()) {
       storeBytes(dots[i] ^ flip, lane.pixels());
-      lane.advanceInside();
+      lane.advanceInsideRow();
     } else {
-      scatterEdge(i, dots[i] ^ flip);
-      lane.advance(slant_);
+      scatterAcrossRows(i, dots[i] ^ flip);
+      lane.advance(skew_);
     }
   }
 }
 
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::run() {
-  for (std::size_t i = 0; i < kLanes; ++i) lanes_[i] = Lane(rows_, i, slant_);
-  for (auto& steps : mask_) steps.fill(255);
-  const std::size_t chunks = chunkCount();
-  for (std::size_t chunk = 0; chunk < chunks; ++chunk) {
-    ByteSquare square;
-    gather(square);
-    diffuse(square);
-    scatter(square);
+  for (std::size_t i = 0; i < kLanes; ++i) lanes_[i] = Lane(rows_, i, skew_);
+  for (auto& step : pixelMask_) step.fill(255);
+  const std::size_t tiles = tileCount();
+  for (std::size_t i = 0; i < tiles; ++i) {
+    ByteTile tile;
+    gather(tile);
+    transpose(tile);
+    diffuse(tile);
+    transpose(tile);
+    scatter(tile);
   }
 }
 
-}  // namespace
-
 template <const DiffusionKernel& Kernel>
-bool diffuseWavefront(const LevelRows& rows, BitmapAllocator allocator) {
+bool diffuseWavefront(const LevelRows& rows, Allocator allocator) {
   if (rows.width() == 0 || rows.height() == 0) return true;
   Wavefront<Kernel> wavefront(rows);
   if (!wavefront.allocate(allocator)) return false;
@@ -241,10 +257,38 @@ bool diffuseWavefront(const LevelRows& rows, BitmapAllocator allocator) {
   return true;
 }
 
-template bool diffuseWavefront<kBurkes>(const LevelRows&, BitmapAllocator);
-template bool diffuseWavefront<kStucki>(const LevelRows&, BitmapAllocator);
-template bool diffuseWavefront<kJarvisJudiceNinke>(const LevelRows&, BitmapAllocator);
-template bool diffuseWavefront<kSierra>(const LevelRows&, BitmapAllocator);
-template bool diffuseWavefront<kStevensonArce>(const LevelRows&, BitmapAllocator);
+template <std::size_t Index>
+constexpr DiffuseFunction kernelOfMethod() {
+  if constexpr (kMethods[Index].isVectorised) {
+    return diffuseWavefront<*kMethods[Index].diffusion>;
+  } else {
+    return nullptr;
+  }
+}
+
+template <std::size_t... Indexes>
+constexpr std::array<DiffuseFunction, kMethods.size()> kernelsOfMethods(
+    std::index_sequence<Indexes...>) {
+  return {kernelOfMethod<Indexes>()...};
+}
+
+}  // namespace
+
+DiffuseFunction wavefrontKernel(std::size_t method) {
+  static constexpr auto kKernels = kernelsOfMethods(std::make_index_sequence<kMethods.size()>());
+  return kKernels[method];
+}
+
+}  // namespace wren::dither
+
+#else
+
+namespace wren::dither {
+
+DiffuseFunction wavefrontKernel(std::size_t /*method*/) {
+  return nullptr;
+}
+
+}  // namespace wren::dither
 
 #endif  // WREN_HAS_BYTE_VECTORS

@@ -1,75 +1,73 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The shares of an error: error * weight / divisor, truncated toward zero,
-// without a division. Several taps of a kernel have the same weight, and then
-// the same share serves them all.
+// Error terms: error * weight / divisor, truncated toward zero, as a fixed-point product
+// instead of a division. Taps of equal weight have the same factor and share one error
+// term.
 
-#ifndef WREN_BITMAP_DIFFUSION_SHARES_H_
-#define WREN_BITMAP_DIFFUSION_SHARES_H_
+#pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include "dither/methods.h"
 
-/// A level is held as level - 128 in a signed byte. White, the threshold's upper
-/// side, is then everything above 0, and clamping to 0..255 is what a saturating
-/// signed addition does.
+namespace wren::dither {
+
+/// Levels are held as level - 128 in a signed byte. White, the upper side of the threshold,
+/// is then everything above 0, and clamping to 0..255 is a saturating addition.
 inline constexpr int kLevelOffset = 128;
 
-/// The largest absolute error: a black pixel of level 128. A white one has at
-/// most 126.
+/// The largest absolute error: a black pixel of level 128. A white one has at most 126.
 inline constexpr int kMaxError = 128;
 
-/// weight / divisor as a fraction of 32768, rounded up.
-constexpr std::int16_t shareFactor(int weight, int divisor) {
+/// weight / divisor in Q15 (a fraction of 32768), rounded up.
+constexpr std::int16_t errorFactor(int weight, int divisor) {
   return static_cast<std::int16_t>((32768 * weight + divisor - 1) / divisor);
 }
 
-/// error * weight / divisor for an absolute error.
-constexpr int shareOf(int absoluteError, std::int16_t factor) {
+/// Error term of an absolute error up to `kMaxError`.
+constexpr int errorTerm(int absoluteError, std::int16_t factor) {
   return absoluteError * factor >> 15;
 }
 
-/// The different weights of a kernel, in the order of their first tap.
-struct DiffusionShares {
+/// The distinct factors of a kernel, in the order of their first tap.
+struct ErrorFactors {
   std::size_t count = 0;
-  std::array<std::int16_t, 12> factors = {};
-  std::array<std::size_t, 12> ofTap = {};  // which factor a tap uses
+  std::array<std::int16_t, kMaxTaps> factor = {};
+  std::array<std::size_t, kMaxTaps> indexOfTap = {};  ///< Which factor a tap uses.
 };
 
-constexpr DiffusionShares sharesOf(const DiffusionKernel& kernel) {
-  DiffusionShares shares;
-  for (std::size_t tap = 0; tap < kernel.tapCount; ++tap) {
-    const std::int16_t factor = shareFactor(kernel.taps[tap].weight, kernel.divisor);
+constexpr ErrorFactors errorFactorsOf(const DiffusionKernel& kernel) {
+  const DiffusionTaps taps = tapsOf(kernel);
+  ErrorFactors factors;
+  for (std::size_t tap = 0; tap < taps.count; ++tap) {
+    const std::int16_t factor = errorFactor(taps.tap[tap].weight, kernel.divisor);
     std::size_t i = 0;
-    while (i < shares.count && shares.factors[i] != factor) ++i;
-    if (i == shares.count) shares.factors[shares.count++] = factor;
-    shares.ofTap[tap] = i;
+    while (i < factors.count && factors.factor[i] != factor) ++i;
+    if (i == factors.count) factors.factor[factors.count++] = factor;
+    factors.indexOfTap[tap] = i;
   }
-  return shares;
+  return factors;
 }
 
-/// Whether the rounded fractions of a kernel give the truncated quotient of
-/// every error that can occur.
-constexpr bool hasExactShares(const DiffusionKernel& kernel) {
-  for (std::size_t tap = 0; tap < kernel.tapCount; ++tap) {
-    const int weight = kernel.taps[tap].weight;
-    const std::int16_t factor = shareFactor(weight, kernel.divisor);
+/// Whether the fixed-point products of a method equal the truncated quotients for every
+/// error that can occur.
+constexpr bool hasExactErrorTerms(const Method& method) {
+  if (method.diffusion == nullptr) return true;
+  const int divisor = method.diffusion->divisor;
+  const DiffusionTaps taps = tapsOf(*method.diffusion);
+  for (std::size_t tap = 0; tap < taps.count; ++tap) {
+    const int weight = taps.tap[tap].weight;
     for (int error = 0; error <= kMaxError; ++error) {
-      if (shareOf(error, factor) != error * weight / kernel.divisor) return false;
+      if (errorTerm(error, errorFactor(weight, divisor)) != error * weight / divisor) return false;
     }
   }
   return true;
 }
 
-static_assert(hasExactShares(kBurkes));
-static_assert(hasExactShares(kStucki));
-static_assert(hasExactShares(kJarvisJudiceNinke));
-static_assert(hasExactShares(kSierra));
-static_assert(hasExactShares(kStevensonArce));
-static_assert(hasExactShares(kFloydSteinberg));
+static_assert(std::ranges::all_of(kMethods, hasExactErrorTerms));
 
-#endif  // WREN_BITMAP_DIFFUSION_SHARES_H_
+}  // namespace wren::dither

@@ -7,10 +7,12 @@
 
 #include "dither/byte_vector.h"
 
+namespace wren::dither {
+
 namespace {
 
-// How far a tone moves the levels if it is a plain shift: seen at the level
-// that is farthest from being clamped.
+// The shift, if the tone curve is one. Read at the end of the table that a shift does not
+// clamp.
 int shiftOf(const std::uint8_t* tone) {
   return tone[0] > 0 ? tone[0] : tone[255] - 255;
 }
@@ -29,12 +31,14 @@ void shiftRow(const std::uint8_t* from, std::size_t width, int shift, std::uint8
   const ByteVector up = splat(static_cast<std::uint8_t>(std::max(shift, 0)));
   const ByteVector down = splat(static_cast<std::uint8_t>(std::max(-shift, 0)));
   for (; x + ByteVector::kBytes <= width; x += ByteVector::kBytes) {
-    storeBytes(subtractUnsigned(addUnsigned(loadBytes(from + x), up), down), to + x);
+    const ByteVector raised = addSaturatedUnsigned(loadBytes(from + x), up);
+    storeBytes(subtractSaturatedUnsigned(raised, down), to + x);
   }
 #endif
   for (; x < width; ++x) to[x] = static_cast<std::uint8_t>(std::clamp(from[x] + shift, 0, 255));
 }
 
+// `to` must not be `from`.
 void reverseRow(const std::uint8_t* from, std::size_t width, std::uint8_t* to) {
   std::size_t x = 0;
 #ifdef WREN_HAS_BYTE_VECTORS
@@ -47,18 +51,18 @@ void reverseRow(const std::uint8_t* from, std::size_t width, std::uint8_t* to) {
 
 }  // namespace
 
-LevelRows::LevelRows(const DitherPage& page)
+LevelRows::LevelRows(const Page& page)
     : page_(page),
-      isShift_(page.tone && isPlainShift(page.tone, shiftOf(page.tone))),
+      isShift_(page.tone != nullptr && isPlainShift(page.tone, shiftOf(page.tone))),
       shift_(isShift_ ? shiftOf(page.tone) : 0) {}
 
 std::uint8_t* LevelRows::dots(std::size_t y) const {
   return page_.dots + static_cast<std::ptrdiff_t>(y) * page_.dotStrideBytes;
 }
 
-// Brightness without contrast is a shift, which is done sixteen bytes at a time;
-// a table look-up cannot be. `to` may be `from`.
-void LevelRows::copyToned(const std::uint8_t* from, std::uint8_t* to) const {
+// Brightness without contrast is a shift, which vectors can do; a table lookup is not.
+// `to` may be `from`.
+void LevelRows::applyTone(const std::uint8_t* from, std::uint8_t* to) const {
   const std::size_t width = page_.width;
   if (isShift_) {
     shiftRow(from, width, shift_, to);
@@ -79,8 +83,8 @@ std::uint8_t* LevelRows::levelsInPlace(std::size_t y) const {
     reverseRow(from, page_.width, to);
     from = to;
   }
-  if (page_.tone) {
-    copyToned(from, to);
+  if (page_.tone != nullptr) {
+    applyTone(from, to);
   } else if (from != to) {
     std::copy_n(from, page_.width, to);
   }
@@ -88,5 +92,7 @@ std::uint8_t* LevelRows::levelsInPlace(std::size_t y) const {
 }
 
 const std::uint8_t* LevelRows::levels(std::size_t y) const {
-  return page_.tone || page_.mirrored ? levelsInPlace(y) : source(y);
+  return page_.tone != nullptr || page_.mirrored ? levelsInPlace(y) : source(y);
 }
+
+}  // namespace wren::dither

@@ -1,30 +1,30 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The rows of a page as the dither kernels read them: turned, mirrored and with
-// their tone applied, one row at a time, just before a kernel needs it. The row
-// is made in the place where its dots will be, so that no page is copied.
+// The raster lines of a page as the dither kernels read them: rotated, mirrored and with
+// the tone curve applied. Each row is prepared just before a kernel needs it, in the place
+// where its dots will be written, so that no page is copied.
 
-#ifndef WREN_BITMAP_LEVEL_ROWS_H_
-#define WREN_BITMAP_LEVEL_ROWS_H_
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "dither/dither_page.h"
+#include "dither/page.h"
+
+namespace wren::dither {
 
 /// Grey levels of a page, row by row. The page's buffers must outlive it.
 class LevelRows {
  public:
-  explicit LevelRows(const DitherPage& page);
+  explicit LevelRows(const Page& page);
 
-  /// The levels of row `y`, `width` bytes. They may stand in `dots(y)`: call this
-  /// once for a row, before the first of its dots is written.
+  /// The levels of row `y`, `width` bytes. They may be in `dots(y)`: call this once per row,
+  /// before the first of its dots is written.
   const std::uint8_t* levels(std::size_t y) const;
 
-  /// The same, always made in the place of the dots. For a kernel that works on
-  /// many rows at once: they are then near at hand, and read once from afar, in
-  /// one go.
+  /// The same, always copied to `dots(y)`. For a kernel that works on many rows at once:
+  /// one sequential read per row, after which the rows are in cache.
   std::uint8_t* levelsInPlace(std::size_t y) const;
 
   /// Where the dots of row `y` go.
@@ -33,16 +33,16 @@ class LevelRows {
   std::size_t width() const { return page_.width; }
   std::size_t height() const { return page_.height; }
 
-  /// What to combine a dot of 255 (white) or 0 with by exclusive or.
+  /// XOR mask for dots of 255 (white) and 0 (black): 255 for an inverted page.
   std::uint8_t flip() const { return page_.inverted ? 255 : 0; }
 
  private:
   const std::uint8_t* source(std::size_t y) const;
-  void copyToned(const std::uint8_t* from, std::uint8_t* to) const;
+  void applyTone(const std::uint8_t* from, std::uint8_t* to) const;
 
-  DitherPage page_;
-  bool isShift_;  // the tone only adds `shift_` and clamps
+  Page page_;
+  bool isShift_;  // the tone curve only adds `shift_` and clamps
   int shift_;
 };
 
-#endif  // WREN_BITMAP_LEVEL_ROWS_H_
+}  // namespace wren::dither

@@ -1,221 +1,218 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The constants of the dithers: where error diffusion sends an error, and the
-// threshold cells of the methods that compare. All of them are printed output:
-// the order of the taps and the numbers of the methods stay as they are.
+// The halftone methods and their tables: one row of `kMethods` says what a method number
+// is. To add a method, add its table and a row here; both kernels and the tests follow
+// the rows.
 
-#ifndef WREN_BITMAP_DITHER_TABLES_H_
-#define WREN_BITMAP_DITHER_TABLES_H_
+#pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
-/// The method numbers of CxImage::Dither. Every other number is kFloydSteinberg.
-enum class DitherMethod : std::uint8_t {
-  kThreshold = 0,
-  kOrdered = 1,
-  kBurkes = 2,
-  kStucki = 3,
-  kJarvisJudiceNinke = 4,
-  kSierra = 5,
-  kStevensonArce = 6,
-  kBayer = 7,
-  kFloydSteinberg = 8,
+namespace wren::dither {
+
+// Error diffusion.
+
+/// How far a kernel spreads an error: columns to either side, and rows down.
+inline constexpr int kMaxReachColumns = 3;
+inline constexpr int kMaxReachRows = 3;
+
+/// Error diffusion weights, written as they are drawn in the literature: the columns are
+/// dx = -3 to 3, the rows dy = 0 to 3, and the pixel that makes the error is in the middle
+/// of the first row. A neighbour gets weight/divisor of the error.
+struct DiffusionKernel {
+  int divisor;
+  std::array<std::array<int, 2 * kMaxReachColumns + 1>, kMaxReachRows + 1> weights;
 };
 
-/// The method of a number as CxImage::Dither takes it.
-constexpr DitherMethod ditherMethodOf(std::int64_t number) {
-  return number >= 0 && number <= 7 ? static_cast<DitherMethod>(number)
-                                    : DitherMethod::kFloydSteinberg;
-}
+/// D. Burkes, 1988.
+inline constexpr DiffusionKernel kBurkes = {
+    32,
+    {{
+        {0, 0, 0, 0, 8, 4, 0},
+        {0, 2, 4, 8, 4, 2, 0},
+    }},
+};
 
-/// The part weight/divisor of an error that goes `dx` pixels to the right and
-/// `dy` rows down.
+/// P. Stucki, 1981.
+inline constexpr DiffusionKernel kStucki = {
+    42,
+    {{
+        {0, 0, 0, 0, 8, 4, 0},
+        {0, 2, 4, 8, 4, 2, 0},
+        {0, 1, 2, 4, 2, 1, 0},
+    }},
+};
+
+/// J. F. Jarvis, C. N. Judice and W. H. Ninke, 1976.
+inline constexpr DiffusionKernel kJarvisJudiceNinke = {
+    48,
+    {{
+        {0, 0, 0, 0, 7, 5, 0},
+        {0, 3, 5, 7, 5, 3, 0},
+        {0, 1, 3, 5, 3, 1, 0},
+    }},
+};
+
+/// F. Sierra, 1989.
+inline constexpr DiffusionKernel kSierra = {
+    32,
+    {{
+        {0, 0, 0, 0, 5, 3, 0},
+        {0, 2, 4, 5, 4, 2, 0},
+        {0, 0, 2, 3, 2, 0, 0},
+    }},
+};
+
+/// R. L. Stevenson and G. R. Arce, 1985. The only kernel without a weight for the next
+/// pixel, and the only one that reaches three rows down.
+inline constexpr DiffusionKernel kStevensonArce = {
+    200,
+    {{
+        {0, 0, 0, 0, 0, 32, 0},
+        {12, 0, 26, 0, 30, 0, 16},
+        {0, 12, 0, 26, 0, 12, 0},
+        {5, 0, 12, 0, 12, 0, 5},
+    }},
+};
+
+/// R. W. Floyd and L. Steinberg, 1976.
+inline constexpr DiffusionKernel kFloydSteinberg = {
+    16,
+    {{
+        {0, 0, 0, 0, 7, 0, 0},
+        {0, 0, 3, 5, 1, 0, 0},
+    }},
+};
+
+/// One weight of a kernel and the neighbour it belongs to.
 struct DiffusionTap {
   int dx;
   int dy;
   int weight;
 };
 
-/// An error-diffusion kernel. The taps are in the order in which they are
-/// applied; additions clamp, so another order prints other dots.
-struct DiffusionKernel {
-  int divisor;
-  std::size_t tapCount;
-  std::array<DiffusionTap, 12> taps;
+inline constexpr std::size_t kMaxTaps = 12;
+
+/// The weights other than 0, in the order in which they are applied: row by row, from left
+/// to right. Each addition clamps, so that another order prints other dots.
+struct DiffusionTaps {
+  std::size_t count = 0;
+  std::array<DiffusionTap, kMaxTaps> tap = {};
 };
 
-/// Burkes 1988.
-inline constexpr DiffusionKernel kBurkes = {32,
-                                            7,
-                                            {{
-                                                {1, 0, 8},
-                                                {2, 0, 4},
-                                                {-2, 1, 2},
-                                                {-1, 1, 4},
-                                                {0, 1, 8},
-                                                {1, 1, 4},
-                                                {2, 1, 2},
-                                            }}};
+constexpr DiffusionTaps tapsOf(const DiffusionKernel& kernel) {
+  DiffusionTaps taps;
+  for (int dy = 0; dy <= kMaxReachRows; ++dy) {
+    for (int dx = -kMaxReachColumns; dx <= kMaxReachColumns; ++dx) {
+      const auto& row = kernel.weights[static_cast<std::size_t>(dy)];
+      const int weight = row[static_cast<std::size_t>(dx + kMaxReachColumns)];
+      if (weight != 0) taps.tap[taps.count++] = {dx, dy, weight};
+    }
+  }
+  return taps;
+}
 
-/// Stucki 1981.
-inline constexpr DiffusionKernel kStucki = {42,
-                                            12,
-                                            {{
-                                                {1, 0, 8},
-                                                {2, 0, 4},
-                                                {-2, 1, 2},
-                                                {-1, 1, 4},
-                                                {0, 1, 8},
-                                                {1, 1, 4},
-                                                {2, 1, 2},
-                                                {-2, 2, 1},
-                                                {-1, 2, 2},
-                                                {0, 2, 4},
-                                                {1, 2, 2},
-                                                {2, 2, 1},
-                                            }}};
+// Ordered dither.
 
-/// Jarvis, Judice and Ninke 1976.
-inline constexpr DiffusionKernel kJarvisJudiceNinke = {48,
-                                                       12,
-                                                       {{
-                                                           {1, 0, 7},
-                                                           {2, 0, 5},
-                                                           {-2, 1, 3},
-                                                           {-1, 1, 5},
-                                                           {0, 1, 7},
-                                                           {1, 1, 5},
-                                                           {2, 1, 3},
-                                                           {-2, 2, 1},
-                                                           {-1, 2, 3},
-                                                           {0, 2, 5},
-                                                           {1, 2, 3},
-                                                           {2, 2, 1},
-                                                       }}};
-
-/// Sierra 1989.
-inline constexpr DiffusionKernel kSierra = {32,
-                                            10,
-                                            {{
-                                                {1, 0, 5},
-                                                {2, 0, 3},
-                                                {-2, 1, 2},
-                                                {-1, 1, 4},
-                                                {0, 1, 5},
-                                                {1, 1, 4},
-                                                {2, 1, 2},
-                                                {-1, 2, 2},
-                                                {0, 2, 3},
-                                                {1, 2, 2},
-                                            }}};
-
-/// Stevenson and Arce 1985. It has no tap at the next pixel of the row and is
-/// the only kernel that reaches three rows down.
-inline constexpr DiffusionKernel kStevensonArce = {200,
-                                                   12,
-                                                   {{
-                                                       {2, 0, 32},
-                                                       {-3, 1, 12},
-                                                       {-1, 1, 26},
-                                                       {1, 1, 30},
-                                                       {3, 1, 16},
-                                                       {-2, 2, 12},
-                                                       {0, 2, 26},
-                                                       {2, 2, 12},
-                                                       {-3, 3, 5},
-                                                       {-1, 3, 12},
-                                                       {1, 3, 12},
-                                                       {3, 3, 5},
-                                                   }}};
-
-/// Floyd and Steinberg 1976.
-inline constexpr DiffusionKernel kFloydSteinberg = {16,
-                                                    4,
-                                                    {{
-                                                        {1, 0, 7},
-                                                        {-1, 1, 3},
-                                                        {0, 1, 5},
-                                                        {1, 1, 1},
-                                                    }}};
-
-/// The farthest a tap reaches: columns to either side, and rows down.
-inline constexpr int kMaxReachColumns = 3;
-inline constexpr int kMaxReachRows = 3;
-
-/// Sixteen thresholds, those of row y at 4 * (y % 4). A pixel is white where
+/// A 4 x 4 threshold matrix, row by row. It repeats over the page; a pixel is white where
 /// its level is above its threshold.
-using ThresholdCell = std::array<std::uint8_t, 16>;
+using ThresholdMatrix = std::array<std::uint8_t, 16>;
 
-/// The ordered matrix, row by row. A pixel of level L is white where the entry
-/// is below L * 16 / 255, and everywhere at level 255.
-inline constexpr std::array<std::uint8_t, 16> kOrderedMatrix = {
+/// Level 128 is the last that prints black.
+inline constexpr ThresholdMatrix kFixedThreshold = {
+    128, 128, 128, 128,  //
+    128, 128, 128, 128,  //
+    128, 128, 128, 128,  //
+    128, 128, 128, 128,
+};
+
+/// Index matrix of the ordered method. A pixel of level L is white where its index is below
+/// L * 16 / 255, and everywhere at level 255.
+inline constexpr std::array<std::uint8_t, 16> kOrderedIndexes = {
     0,  8,  2,  10,  //
     12, 4,  14, 6,   //
     3,  11, 1,  9,   //
     15, 7,  13, 5,
 };
 
-/// Level 128 is the last that the fixed threshold prints black.
-constexpr ThresholdCell fixedThresholdCell() {
-  ThresholdCell cell = {};
-  for (auto& threshold : cell) threshold = 128;
-  return cell;
-}
-
-/// The ordered matrix as thresholds: the first white level of an entry m is
-/// (m + 1) * 255 / 16, rounded up.
-constexpr ThresholdCell orderedCell() {
-  ThresholdCell cell = {};
-  for (std::size_t i = 0; i < cell.size(); ++i) {
-    cell[i] = static_cast<std::uint8_t>(((kOrderedMatrix[i] + 1) * 255 + 15) / 16 - 1);
+/// The index matrix as thresholds: the lowest white level of index i is
+/// (i + 1) * 255 / 16, rounded up.
+constexpr ThresholdMatrix orderedThresholds() {
+  ThresholdMatrix thresholds = {};
+  for (std::size_t i = 0; i < thresholds.size(); ++i) {
+    thresholds[i] = static_cast<std::uint8_t>(((kOrderedIndexes[i] + 1) * 255 + 15) / 16 - 1);
   }
-  return cell;
+  return thresholds;
 }
 
-/// One threshold of the Bayer matrix: the bits of a xor b and of b, taken in
-/// turn from the lowest bit up (B. E. Bayer 1973, by bit interleaving). Only
-/// the low eight bits are kept.
-constexpr std::uint8_t bayerThreshold(unsigned a, unsigned b, unsigned order) {
-  unsigned threshold = 0;
-  for (unsigned i = 0; i < order; ++i) {
-    threshold = threshold << 1 | ((a & 1) ^ (b & 1));
-    threshold = threshold << 1 | (b & 1);
-    a >>= 1;
-    b >>= 1;
-  }
-  return static_cast<std::uint8_t>(threshold);
+inline constexpr ThresholdMatrix kOrderedThresholds = orderedThresholds();
+
+/// B. E. Bayer, 1973.
+inline constexpr ThresholdMatrix kBayerThresholds = {
+    0,   192, 48,  240,  //
+    128, 64,  176, 112,  //
+    32,  224, 16,  208,  //
+    160, 96,  144, 80,
+};
+
+// The methods.
+
+/// What a method number stands for: a threshold matrix or an error diffusion kernel. The
+/// other one is null.
+struct Method {
+  std::string_view name;
+  const ThresholdMatrix* thresholds = nullptr;
+  const DiffusionKernel* diffusion = nullptr;
+
+  /// Whether error diffusion has a vector kernel for it.
+  bool isVectorised = false;
+};
+
+/// The methods by number. The numbers are part of `CxImage::Dither`: append only before the
+/// last row, which stands for all other numbers. It is scalar because no job selects it.
+inline constexpr std::array<Method, 9> kMethods = {{
+    {.name = "threshold", .thresholds = &kFixedThreshold},
+    {.name = "ordered", .thresholds = &kOrderedThresholds},
+    {.name = "Burkes", .diffusion = &kBurkes, .isVectorised = true},
+    {.name = "Stucki", .diffusion = &kStucki, .isVectorised = true},
+    {.name = "Jarvis-Judice-Ninke", .diffusion = &kJarvisJudiceNinke, .isVectorised = true},
+    {.name = "Sierra", .diffusion = &kSierra, .isVectorised = true},
+    {.name = "Stevenson-Arce", .diffusion = &kStevensonArce, .isVectorised = true},
+    {.name = "Bayer", .thresholds = &kBayerThresholds},
+    {.name = "Floyd-Steinberg", .diffusion = &kFloydSteinberg},
+}};
+
+/// Row of `kMethods` for any number: 0 to 7 are rows of their own, every other number is
+/// Floyd-Steinberg, the last row.
+constexpr std::size_t methodIndex(std::int64_t number) {
+  constexpr std::size_t kLast = kMethods.size() - 1;
+  return number >= 0 && number < std::int64_t{kLast} ? static_cast<std::size_t>(number) : kLast;
 }
 
-/// The part of the order-4 Bayer matrix that is printed: its columns and rows
-/// repeat after four, so that 16 of the 256 thresholds are used.
-constexpr ThresholdCell bayerCell() {
-  constexpr unsigned kOrder = 4;
-  ThresholdCell cell = {};
-  for (unsigned i = 0; i < cell.size(); ++i) {
-    cell[i] = bayerThreshold(i / kOrder, i % kOrder, kOrder);
-  }
-  return cell;
+constexpr bool isEitherKind(const Method& method) {
+  return (method.thresholds != nullptr) != (method.diffusion != nullptr) &&
+         (method.diffusion != nullptr || !method.isVectorised);
 }
 
-static_assert(bayerCell() == ThresholdCell{0, 192, 48, 240,    //
-                                           128, 64, 176, 112,  //
-                                           32, 224, 16, 208,   //
-                                           160, 96, 144, 80});
-
-constexpr int sumOfWeights(const DiffusionKernel& kernel) {
+/// The pixel itself and those left of it in its row are already printed; the others share
+/// the whole error.
+constexpr bool hasValidWeights(const Method& method) {
+  if (method.diffusion == nullptr) return true;
   int sum = 0;
-  for (std::size_t i = 0; i < kernel.tapCount; ++i) sum += kernel.taps[i].weight;
-  return sum;
+  const DiffusionTaps taps = tapsOf(*method.diffusion);
+  for (std::size_t i = 0; i < taps.count; ++i) {
+    if (taps.tap[i].dy == 0 && taps.tap[i].dx <= 0) return false;
+    sum += taps.tap[i].weight;
+  }
+  return sum == method.diffusion->divisor;
 }
 
-static_assert(sumOfWeights(kBurkes) == kBurkes.divisor);
-static_assert(sumOfWeights(kStucki) == kStucki.divisor);
-static_assert(sumOfWeights(kJarvisJudiceNinke) == kJarvisJudiceNinke.divisor);
-static_assert(sumOfWeights(kSierra) == kSierra.divisor);
-static_assert(sumOfWeights(kStevensonArce) == kStevensonArce.divisor);
-static_assert(sumOfWeights(kFloydSteinberg) == kFloydSteinberg.divisor);
+static_assert(std::ranges::all_of(kMethods, isEitherKind));
+static_assert(std::ranges::all_of(kMethods, hasValidWeights));
 
-#endif  // WREN_BITMAP_DITHER_TABLES_H_
+}  // namespace wren::dither

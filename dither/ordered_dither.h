@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The dithers without diffusion: fixed threshold, ordered and Bayer. Each is one
-// comparison of a pixel with a threshold that repeats every four columns and
-// rows.
+// Ordered dither: compares each pixel with a threshold matrix that repeats over the page.
+// Also runs the fixed threshold, whose matrix has one value.
 
-#ifndef WREN_BITMAP_THRESHOLD_CELLS_H_
-#define WREN_BITMAP_THRESHOLD_CELLS_H_
+#pragma once
 
 #include "dither/level_rows.h"
 #include "dither/methods.h"
 
-/// Makes every pixel white whose level is above its threshold in `cell`.
-void ditherByThresholds(const ThresholdCell& cell, const LevelRows& rows);
+namespace wren::dither {
 
-/// The same, one pixel after the other: what the above is compared with.
-void ditherByThresholdsPlain(const ThresholdCell& cell, const LevelRows& rows);
+/// Makes a pixel white where its level is above its threshold, else black.
+void ditherOrdered(const ThresholdMatrix& thresholds, const LevelRows& rows);
 
-#endif  // WREN_BITMAP_THRESHOLD_CELLS_H_
+}  // namespace wren::dither

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Where the sixteen lanes of the wavefront are on the page: how far apart their
-// rows are, and which pixels of which row a chunk of steps has for each.
+// The geometry of the wavefront: how far the rows of the 16 lanes are skewed, and which
+// pixels of which row a tile of 16 steps has for each lane.
 
-#ifndef WREN_BITMAP_WAVEFRONT_LANES_H_
-#define WREN_BITMAP_WAVEFRONT_LANES_H_
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -15,114 +14,113 @@
 #include "dither/level_rows.h"
 #include "dither/methods.h"
 
-/// Rows that are worked on at once.
+namespace wren::dither {
+
+/// Rows that are processed at once, one per byte of a vector.
 inline constexpr std::size_t kLanes = 16;
 
-/// Steps that are done together: the levels and dots of sixteen rows and sixteen
-/// columns are turned into lanes and back as one square.
-inline constexpr std::size_t kChunk = 16;
+/// Steps per tile: 16 pixels of each of 16 rows are transposed at once.
+inline constexpr std::size_t kTileSteps = 16;
 
-/// `value` up to the next multiple of `step`.
+/// `value` rounded up to a multiple of `step`.
 constexpr std::size_t roundedUp(std::size_t value, std::size_t step) {
   return (value + step - 1) / step * step;
 }
 
-/// How the front leans on a page of a given width.
-struct Slant {
-  explicit Slant(std::size_t width)
+/// How the wavefront is skewed on a page of a given width.
+struct Skew {
+  explicit Skew(std::size_t width)
       : lag(std::max(kMinLag, roundedUp(width + kMaxReachColumns - 1, kLanes) / kLanes)),
         period(kLanes * lag + 1) {}
 
-  /// So far is a row behind the one above at least: what a chunk looks up was
-  /// then made in an earlier chunk.
-  static constexpr std::size_t kMinLag = kChunk + kMaxReachColumns;
+  /// With this lag a tile reads only error terms that an earlier tile has written.
+  static constexpr std::size_t kMinLag = kTileSteps + kMaxReachColumns;
 
-  /// Columns by which a row is behind the one above.
+  /// Columns by which each row is behind the row above.
   std::size_t lag;
 
-  /// Steps from the start of a row to that of the next row of the same lane:
-  /// the width and a gap, in which nothing is sent, at least as wide as a tap
-  /// reaches.
+  /// Steps from the start of a row to the start of the lane's next row, 16 rows below: the
+  /// width, and a gap without pixels that no tap reaches across.
   std::size_t period;
 };
 
-/// `count` pixels of a row, which a chunk has in its steps from `step` on: their
-/// levels, in the place of which their dots are written.
-struct Piece {
+/// The `count` pixels of a row that a tile has from step `step` on. `pixels` holds their
+/// levels, which the dots replace.
+struct Segment {
   std::uint8_t* pixels;
   std::size_t step;
   std::size_t count;
 };
 
-/// One lane: the row it is in, and the column of its next step.
+/// One lane: the row that it is in, and the column of its next step.
 class Lane {
  public:
   Lane() = default;
 
   /// A lane before the start of its first row, which is row `number`.
-  Lane(const LevelRows& rows, std::size_t number, const Slant& slant)
-      : row_(rows, number), x_(-static_cast<std::ptrdiff_t>(number * slant.lag)) {}
+  Lane(const LevelRows& rows, std::size_t number, const Skew& skew)
+      : row_(rows, number), x_(-static_cast<std::ptrdiff_t>(number * skew.lag)) {}
 
-  /// Whether all steps of the chunk are pixels of one row.
-  bool isInside() const { return static_cast<std::size_t>(x_) < row_.insideEnd; }
+  /// Whether all steps of the tile are pixels of one row.
+  bool isInsideRow() const { return static_cast<std::size_t>(x_) < row_.insideEnd; }
 
-  /// The chunk's pixels in a lane that is inside.
+  /// The tile's pixels in a lane that is inside its row.
   std::uint8_t* pixels() const { return row_.pixels + x_; }
 
-  /// On to the next chunk, in a lane that is inside.
-  void advanceInside() { x_ += kStep; }
+  /// Moves a lane that is inside its row to the next tile.
+  void advanceInsideRow() { x_ += kStep; }
 
-  /// In a lane that is not inside: makes the levels of its next row if the chunk
-  /// comes up to it. Call this before `pieces`.
-  void openNext(const LevelRows& rows, const Slant& slant) {
-    if (reachesNext(slant)) next_ = OpenRow(rows, row_.y + kLanes);
+  /// Prepares the levels of the lane's next row if the tile reaches it. For a lane that is
+  /// not inside its row; call it before `segments`.
+  void openNextRow(const LevelRows& rows, const Skew& skew) {
+    if (reachesNextRow(skew)) next_ = OpenRow(rows, row_.y + kLanes);
   }
 
-  /// The pixels of the chunk: the end of the present row, the start of the next.
-  /// One without pixels is at the start or at the end of the chunk.
-  std::array<Piece, 2> pieces(std::size_t width, const Slant& slant) const {
-    const auto nextStart = static_cast<std::ptrdiff_t>(slant.period) - x_;
-    return {{pieceOf(row_, -x_, width, 0), pieceOf(next_, nextStart, width, kChunk)}};
+  /// The tile's pixels: the end of the lane's row, and the start of its next row. A segment
+  /// without pixels is at the first step, or after the last.
+  std::array<Segment, 2> segments(std::size_t width, const Skew& skew) const {
+    const auto nextStart = static_cast<std::ptrdiff_t>(skew.period) - x_;
+    return {{segmentOf(row_, -x_, width, 0), segmentOf(next_, nextStart, width, kTileSteps)}};
   }
 
-  /// On to the next chunk, in any lane.
-  void advance(const Slant& slant) {
-    if (reachesNext(slant)) {
+  /// Moves any lane to the next tile.
+  void advance(const Skew& skew) {
+    if (reachesNextRow(skew)) {
       row_ = next_;
-      x_ -= static_cast<std::ptrdiff_t>(slant.period);
+      x_ -= static_cast<std::ptrdiff_t>(skew.period);
     }
     x_ += kStep;
   }
 
  private:
-  static constexpr auto kStep = static_cast<std::ptrdiff_t>(kChunk);
+  static constexpr auto kStep = static_cast<std::ptrdiff_t>(kTileSteps);
 
-  // A row with its levels in place; beyond the last row of the page it has none.
+  // A row with its levels in place. Beyond the last row of the page it has no pixels.
   struct OpenRow {
     OpenRow() = default;
     OpenRow(const LevelRows& rows, std::size_t number) : y(number) {
       if (y >= rows.height()) return;
       pixels = rows.levelsInPlace(y);
-      insideEnd = rows.width() < kChunk ? 0 : rows.width() - kChunk + 1;
+      insideEnd = rows.width() < kTileSteps ? 0 : rows.width() - kTileSteps + 1;
     }
 
     std::size_t y = 0;
     std::uint8_t* pixels = nullptr;
-    std::size_t insideEnd = 0;  // where a chunk may not start any more
+    std::size_t insideEnd = 0;  // first column at which a tile no longer fits
   };
 
-  // What the chunk has of a row whose first pixel is in step `start`.
-  static Piece pieceOf(const OpenRow& row, std::ptrdiff_t start, std::size_t width,
-                       std::size_t stepOfNone) {
+  // What the tile has of a row whose first pixel is at step `start`.
+  static Segment segmentOf(const OpenRow& row, std::ptrdiff_t start, std::size_t width,
+                           std::size_t stepIfEmpty) {
     const std::ptrdiff_t first = std::max<std::ptrdiff_t>(start, 0);
     const std::ptrdiff_t end = std::min(start + static_cast<std::ptrdiff_t>(width), kStep);
-    if (!row.pixels || first >= end) return {nullptr, stepOfNone, 0};
+    if (row.pixels == nullptr || first >= end) return {nullptr, stepIfEmpty, 0};
     return {row.pixels + (first - start), static_cast<std::size_t>(first),
             static_cast<std::size_t>(end - first)};
   }
 
-  bool reachesNext(const Slant& slant) const {
-    return x_ + kStep >= static_cast<std::ptrdiff_t>(slant.period);
+  bool reachesNextRow(const Skew& skew) const {
+    return x_ + kStep >= static_cast<std::ptrdiff_t>(skew.period);
   }
 
   OpenRow row_;
@@ -130,4 +128,4 @@ class Lane {
   std::ptrdiff_t x_ = 0;  // negative before the start of the row
 };
 
-#endif  // WREN_BITMAP_WAVEFRONT_LANES_H_
+}  // namespace wren::dither

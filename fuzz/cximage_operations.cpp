@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Any sequence of operations on a small bitmap, against the literal version.
+// Any sequence of operations on a small bitmap, against the reference implementation.
 // Pixels that an operation leaves undefined are written before they are read.
 
 #include <array>
@@ -21,7 +21,7 @@ tagRGBQUAD colorFrom(fuzz::Input& input) {
   return {input.byte(), input.byte(), input.byte(), input.byte()};
 }
 
-reference::tagRGBQUAD literal(const tagRGBQUAD& c) {
+reference::tagRGBQUAD referenceColor(const tagRGBQUAD& c) {
   return {c.blue, c.green, c.red, c.reserved};
 }
 
@@ -155,7 +155,7 @@ class Pair {
     slow_.Transfer(slow);
   }
 
-  // At other depths the two need not agree, because no picture would come out.
+  // At other depths the result has no meaning, and the two need not agree.
   void mirror() {
     if (slow_.IsValid() && slow_.header.bitsPerPixel != 8) return mirrorAlone();
     fast_.Mirror();
@@ -221,12 +221,13 @@ class Pair {
     }
     const tagRGBQUAD color = colorFrom(input);
     fast_.BlindSetPixelColor(x, y, color);
-    slow_.BlindSetPixelColor(x, y, literal(color));
+    slow_.BlindSetPixelColor(x, y, referenceColor(color));
   }
 
   void nearest(fuzz::Input& input) {
     const tagRGBQUAD color = colorFrom(input);
-    check(fast_.GetNearestIndex(color) == slow_.GetNearestIndex(literal(color)), "same nearest");
+    check(fast_.GetNearestIndex(color) == slow_.GetNearestIndex(referenceColor(color)),
+          "same nearest");
   }
 
   void setPaletteColor(fuzz::Input& input) {
@@ -238,14 +239,14 @@ class Pair {
 
   void setPalette(fuzz::Input& input) {
     std::array<tagRGBQUAD, 40> entries = {};
-    std::array<reference::tagRGBQUAD, 40> literals = {};
+    std::array<reference::tagRGBQUAD, 40> referenceEntries = {};
     const std::uint32_t count = input.below(41);
     for (std::uint32_t i = 0; i < count; ++i) {
       entries[i] = colorFrom(input);
-      literals[i] = literal(entries[i]);
+      referenceEntries[i] = referenceColor(entries[i]);
     }
     fast_.SetPalette(entries.data(), count);
-    slow_.SetPalette(literals.data(), count);
+    slow_.SetPalette(referenceEntries.data(), count);
   }
 
   void transfer() {

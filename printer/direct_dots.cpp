@@ -2,20 +2,20 @@
 // Copyright (c) 2026 the Wren developers
 #include "printer/direct_dots.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
-#include <numeric>
 
 #include "bitmap/cximage.h"
 #include "dither/dither_page.h"
 #include "dither/level_rows.h"
+#include "dither/tone_table.h"
 #include "stencil/stencil_page.h"
 
 namespace {
 
-using Tone = std::array<std::uint8_t, 256>;
+using wren::dither::LevelRows;
+using wren::dither::ToneTable;
+using DitherPage = wren::dither::Page;
 
 // Asks for all the memory that the bitmap would take and touches none of it, so that a
 // page too large for the bitmap meets the same end on both ways.
@@ -28,27 +28,19 @@ bool bitmapHasRoom(const GreyPage& page, bool isTurned) {
          dots.Create(page.width, page.height, 1, 0) != nullptr;
 }
 
-// What the tone options make of each of the 256 levels.
-bool fillTone(int brightness, int contrast, Tone& tone) {
-  std::iota(tone.begin(), tone.end(), static_cast<std::uint8_t>(0));
-  CxImage ramp;
-  if (!ramp.CreateFromArray(tone.data(), 256, 1, 8, 256, false)) return false;
-  ramp.Light(brightness * 5, contrast * 2);
-  std::copy_n(ramp.GetBits(), tone.size(), tone.begin());
-  return true;
-}
-
 // The options of the printer in the terms of the dither kernels. False when the page
 // has to go through the bitmap.
-bool describe(const WrenPrinter& printer, const GreyPage& page, unsigned char* out, Tone& tone,
+bool describe(const WrenPrinter& printer, const GreyPage& page, unsigned char* out, ToneTable& tone,
               DitherPage& job) {
   const bool rotated = printer.isRotate180Print();
   const bool mirrored = printer.isMirrorPrint();
   const bool toned = printer.getBrightness() != 0 || printer.getContrast() != 0;
   if (page.pixels == nullptr || page.pixels == out || page.strideBytes < page.width ||
-      !bitmapHasRoom(page, rotated || mirrored) ||
-      (toned && !fillTone(printer.getBrightness(), printer.getContrast(), tone))) {
+      !bitmapHasRoom(page, rotated || mirrored)) {
     return false;
+  }
+  if (toned) {
+    tone = wren::dither::makeToneTable(printer.getBrightness() * 5, printer.getContrast() * 2);
   }
   const auto stride = static_cast<std::ptrdiff_t>(page.strideBytes);
   // Half a turn reads the rows from the last one up, each of them from its right end.
@@ -85,13 +77,13 @@ void invert(unsigned char* dots, std::size_t count) {
 
 bool makeDotsDirectly(const WrenPrinter& printer, long method, const GreyPage& page,
                       unsigned char* out) {
-  Tone tone;
+  ToneTable tone;
   DitherPage job;
-  return describe(printer, page, out, tone, job) && ditherPage(method, job);
+  return describe(printer, page, out, tone, job) && wren::dither::ditherPage(method, job);
 }
 
 bool makeStencilDotsDirectly(const WrenPrinter& printer, const GreyPage& page, unsigned char* out) {
-  Tone tone;
+  ToneTable tone;
   DitherPage job;
   if (page.strideBytes != page.width || !describe(printer, page, out, tone, job)) return false;
   const std::uint8_t* levels = page.pixels;

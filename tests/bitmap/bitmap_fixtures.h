@@ -1,22 +1,23 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the tests of the bitmap share: an image whose protected members can be
-// seen, allocation that fails on demand, and images written out as rows.
+// For the tests of the bitmap: an image with public members, an allocator that fails on
+// demand, and images as rows of palette indexes.
+#pragma once
 
-#ifndef WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
-#define WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
-
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
 
 #include "bitmap/cximage.h"
 
+namespace wren_test {
+
 using Bytes = std::vector<std::uint8_t>;
 using Rows = std::vector<Bytes>;
 
-/// A CxImage whose header and information record a test may look at.
+/// A `CxImage` whose header, information record and block a test may read.
 class OpenImage : public CxImage {
  public:
   using CxImage::CxImage;
@@ -25,11 +26,18 @@ class OpenImage : public CxImage {
   using CxImage::info;
 };
 
-/// How many allocations allocateUntilSpent still grants.
+/// How many allocations `allocateUntilSpent` still grants.
 inline int grantedAllocations = 0;
 
 inline void* allocateUntilSpent(std::size_t bytes) {
   return grantedAllocations-- > 0 ? std::malloc(bytes) : nullptr;
+}
+
+/// The bytes of a trivially copyable object.
+template <class Object>
+Bytes bytesOf(const Object& object) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(&object);
+  return Bytes(bytes, bytes + sizeof object);
 }
 
 /// The palette indexes of an image.
@@ -64,4 +72,4 @@ inline void makeIndexed(CxImage& image, std::uint32_t depth, const Rows& rows) {
   }
 }
 
-#endif  // WREN_TESTS_BITMAP_BITMAP_FIXTURES_H_
+}  // namespace wren_test

@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace wren_test;
+
 // The pixel bytes of row 0.
 Bytes rowBytes(const CxImage& image, std::size_t count) {
   return Bytes(image.GetBits(0), image.GetBits(0) + count);

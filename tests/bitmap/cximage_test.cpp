@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace wren_test;
+
 constexpr const char* kZeroSize = "CxImage::Create : width and height must be greater than zero";
 constexpr const char* kTooLarge = "CXIMAGE_MAX_MEMORY exceeded";
 constexpr const char* kNoMemory = "CxImage::Create can't allocate memory";
@@ -23,8 +25,7 @@ TEST(CxImage, IsNotCopyable) {
 
 TEST(CxImage, StartsAllZero) {
   const OpenImage image;
-  const BitmapInfoHeader none = {};
-  EXPECT_EQ(std::memcmp(&image.header, &none, sizeof none), 0);
+  EXPECT_EQ(bytesOf(image.header), Bytes(40, 0));
   EXPECT_EQ(image.info.effectiveWidth, 0u);
   EXPECT_EQ(image.info.bits, nullptr);
   EXPECT_EQ(image.info.imageType, 0u);
@@ -71,7 +72,7 @@ TEST_P(CxImageCreate, LaysTheBlockOutAsHeaderPaletteRows) {
   const auto* block =
       static_cast<std::uint8_t*>(image.Create(made.width, made.height, made.askedDepth, 7));
   ASSERT_NE(block, nullptr);
-  EXPECT_EQ(std::memcmp(block, &image.header, 40), 0);
+  EXPECT_EQ(Bytes(block, block + 40), bytesOf(image.header));
   const Bytes blank(made.colors * 4, 0);
   EXPECT_EQ(Bytes(block + 40, block + 40 + blank.size()), blank);
   EXPECT_EQ(image.GetBits(0), block + 40 + blank.size());
@@ -116,8 +117,8 @@ TEST(CxImageCreate, RefusesAProductThatWraps32Bits) {
   }
 }
 
-// One pixel in a row of four bytes: the product fits, the block does not.
-TEST(CxImageCreate, RefusesABlockThatItsSizeCannotTell) {
+// One pixel in a row of four bytes: the product fits 32 bits, the block does not.
+TEST(CxImageCreate, RefusesABlockThatGetSizeCannotExpress) {
   OpenImage image;
   EXPECT_EQ(image.Create(1, 0x40000000, 1, 0), nullptr);
   EXPECT_FALSE(image.IsValid());
@@ -139,14 +140,14 @@ TEST(CxImageCreate, WithoutMemoryFillsTheHeaderAndStaysEmpty) {
   EXPECT_EQ(image.GetPaletteSize(), 0u);
 }
 
-TEST(CxImageCreate, DropsThePresentImageEvenWhenItFails) {
+TEST(CxImageCreate, DestroysTheCurrentImageEvenWhenItFails) {
   CxImage image;
   ASSERT_NE(image.Create(4, 4, 8, 0), nullptr);
   EXPECT_EQ(image.Create(0, 4, 8, 0), nullptr);
   EXPECT_FALSE(image.IsValid());
 }
 
-TEST(CxImageCreate, KeepsTheErrorOfBefore) {
+TEST(CxImageCreate, KeepsTheLastErrorOnSuccess) {
   CxImage image;
   image.Create(0, 4, 8, 0);
   ASSERT_NE(image.Create(4, 4, 8, 0), nullptr);
@@ -332,17 +333,17 @@ TEST(CxImageNearest, PicksTheSmallestDistanceAndTheLowestIndex) {
   EXPECT_EQ(image.GetNearestIndex({0, 0, 20, 0}), 0);
 }
 
-TEST(CxImageNearest, RemembersTheLastAnswerWhenThePaletteChanges) {
+TEST(CxImageNearest, CachesTheLastAnswerWhenThePaletteChanges) {
   CxImage image;
   image.Create(1, 1, 1, 0);
   image.SetGrayPalette();
   EXPECT_EQ(image.GetNearestIndex(grey(255)), 1);
   image.SetPaletteColor(0, 255, 255, 255, 0);
   EXPECT_EQ(image.GetNearestIndex(grey(255)), 1);
-  EXPECT_EQ(image.GetNearestIndex({255, 255, 255, 1}), 0);  // another colour to the memory
+  EXPECT_EQ(image.GetNearestIndex({255, 255, 255, 1}), 0);  // another colour for the cache
 }
 
-TEST(CxImageNearest, LooksAtTheImportantColoursOnly) {
+TEST(CxImageNearest, SearchesTheImportantColoursOnly) {
   OpenImage image;
   image.Create(1, 1, 8, 0);
   image.SetGrayPalette();
@@ -353,7 +354,7 @@ TEST(CxImageNearest, LooksAtTheImportantColoursOnly) {
 TEST(CxImageNearest, StaysInsideThePaletteWhenMoreColoursAreImportant) {
   OpenImage image;
   image.Create(1, 1, 1, 0);
-  std::memset(image.GetBits(0), 200, 4);  // what stands behind the palette
+  std::memset(image.GetBits(0), 200, 4);  // what follows the palette
   image.SetGrayPalette();
   image.header.colorsImportant = 3;
   EXPECT_EQ(image.GetNearestIndex({200, 200, 200, 200}), 1);

@@ -3,29 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <numeric>
-
 #include "tests/bitmap/bitmap_fixtures.h"
 
 namespace {
 
-// One row with every level.
-Rows everyLevel() {
-  Bytes row(256);
-  std::iota(row.begin(), row.end(), std::uint8_t{0});
-  return {row};
-}
+using namespace wren_test;
 
-// What Light makes of every level.
-Bytes lit(int brightness, int contrast) {
-  CxImage image;
-  makeGrey(image, everyLevel());
-  EXPECT_TRUE(image.Light(brightness, contrast));
-  return indexesOf(image).front();
-}
-
-TEST(CxImageRotate180, TurnsAndTurnsBack) {
+TEST(CxImageRotate180, AppliedTwiceRestoresTheImage) {
   CxImage image;
   makeGrey(image, {{1, 2}, {3, 4}});
   EXPECT_TRUE(image.Rotate180());
@@ -37,14 +21,14 @@ TEST(CxImageRotate180, TurnsAndTurnsBack) {
 TEST(CxImageRotate180, KeepsTheSourceWhenThereIsADestination) {
   CxImage image;
   makeGrey(image, {{1, 2, 3}});
-  CxImage turned;
-  turned.Create(9, 9, 1, 0);
-  EXPECT_TRUE(image.Rotate180(&turned));
+  CxImage rotated;
+  rotated.Create(9, 9, 1, 0);
+  EXPECT_TRUE(image.Rotate180(&rotated));
   EXPECT_EQ(indexesOf(image), (Rows{{1, 2, 3}}));
-  EXPECT_EQ(indexesOf(turned), (Rows{{3, 2, 1}}));
+  EXPECT_EQ(indexesOf(rotated), (Rows{{3, 2, 1}}));
 }
 
-TEST(CxImageRotate180, MakesEightBitsOfAnyDepth) {
+TEST(CxImageRotate180, GivesEightBitsAtEveryDepth) {
   for (const std::uint32_t depth : {1u, 4u}) {
     OpenImage image;
     makeIndexed(image, depth, {{1, 0, 0}, {0, 1, 0}});
@@ -63,7 +47,7 @@ TEST(CxImageRotate180, MakesEightBitsOfAnyDepth) {
   EXPECT_EQ(deep.GetPaletteColor(255), tagRGBQUAD{});
 }
 
-TEST(CxImageRotate180, WithoutMemoryEmptiesTheTargetAndSaysTrue) {
+TEST(CxImageRotate180, WithoutMemoryEmptiesTheTargetAndReturnsTrue) {
   grantedAllocations = 1;
   CxImage image(allocateUntilSpent);
   makeGrey(image, {{1, 2}});
@@ -99,7 +83,7 @@ TEST(CxImageMirror, WithoutMemoryEmptiesTheImage) {
   EXPECT_FALSE(image.IsValid());
 }
 
-TEST(CxImageMakeCenter, PutsThePictureInTheMiddle) {
+TEST(CxImageMakeCenter, CentresThePicture) {
   CxImage image;
   makeGrey(image, {{1, 2, 3, 4}, {5, 6, 7, 8}});
   image.MakeCenter(7);
@@ -146,49 +130,16 @@ TEST(CxImageNegative, SwapsTheIndexesOfOneBit) {
   EXPECT_EQ(indexesOf(image), (Rows{{0, 1, 0}}));
 }
 
-TEST(CxImageLight, ZeroChangesNothing) {
-  EXPECT_EQ(lit(0, 0), everyLevel().front());
-}
-
-TEST(CxImageLight, BrightnessIsAddedAndClamped) {
-  const Bytes brighter = lit(200, 0);
-  EXPECT_EQ(brighter[0], 200);
-  EXPECT_EQ(brighter[54], 254);
-  EXPECT_EQ(brighter[55], 255);
-  EXPECT_EQ(brighter[255], 255);
-  const Bytes darker = lit(-100, 0);
-  EXPECT_EQ(darker[0], 0);
-  EXPECT_EQ(darker[100], 0);
-  EXPECT_EQ(darker[101], 1);
-  EXPECT_EQ(darker[255], 155);
-}
-
-TEST(CxImageLight, ContrastScalesTheDistanceFromTheMiddle) {
-  const Bytes harder = lit(0, 100);
-  EXPECT_EQ(harder[0], 0);
-  EXPECT_EQ(harder[64], 0);
-  EXPECT_EQ(harder[65], 2);
-  EXPECT_EQ(harder[128], 128);
-  EXPECT_EQ(harder[200], 255);
-  EXPECT_EQ(lit(0, -100), Bytes(256, 128));
-  EXPECT_EQ(lit(7, -100), Bytes(256, 135));
-  const Bytes turned = lit(0, -200);
-  EXPECT_EQ(turned[0], 255);
-  EXPECT_EQ(turned[1], 255);
-  EXPECT_EQ(turned[2], 254);
-  EXPECT_EQ(turned[255], 1);
-}
-
-TEST(CxImageLight, SaturatesAtTheEndsOfItsArguments) {
-  EXPECT_EQ(lit(INT_MAX, 0), Bytes(256, 255));
-  EXPECT_EQ(lit(INT_MIN, 0), Bytes(256, 0));
-  const Bytes hardest = lit(0, INT_MAX);
-  EXPECT_EQ(hardest[127], 0);
-  EXPECT_EQ(hardest[128], 128);
-  EXPECT_EQ(hardest[129], 255);
-  const Bytes turned = lit(0, INT_MIN);
-  EXPECT_EQ(turned[127], 255);
-  EXPECT_EQ(turned[129], 0);
+// The whole tone curve is tested in tests/dither/tone_table_test.cpp.
+TEST(CxImageLight, MapsIndexesByBrightnessAndContrast) {
+  CxImage image;
+  makeGrey(image, {{0, 100, 128, 200}});
+  EXPECT_TRUE(image.Light(0, 0));
+  EXPECT_EQ(indexesOf(image), (Rows{{0, 100, 128, 200}}));
+  EXPECT_TRUE(image.Light(10, 100));
+  EXPECT_EQ(indexesOf(image), (Rows{{0, 82, 138, 255}}));
+  EXPECT_TRUE(image.Light(-100));
+  EXPECT_EQ(indexesOf(image), (Rows{{0, 0, 38, 155}}));
 }
 
 TEST(CxImageLut, MapsIndexesAtEveryDepth) {
@@ -233,7 +184,7 @@ TEST(CxImageIncreaseBpp, ChangesNothingAtTheSameDepth) {
   }
 }
 
-TEST(CxImageIncreaseBpp, NeverLosesDepth) {
+TEST(CxImageIncreaseBpp, RefusesALowerDepth) {
   struct Depths {
     std::uint32_t from, to;
   };
@@ -247,7 +198,7 @@ TEST(CxImageIncreaseBpp, NeverLosesDepth) {
   }
 }
 
-TEST(CxImageIncreaseBpp, KnowsFourEightAnd24Only) {
+TEST(CxImageIncreaseBpp, RefusesDepthsOtherThan4And8And24) {
   CxImage image;
   makeIndexed(image, 1, {{1}});
   for (const std::uint32_t depth : {0u, 1u, 2u, 16u, 32u}) EXPECT_FALSE(image.IncreaseBpp(depth));
@@ -281,7 +232,7 @@ TEST(CxImageIncreaseBpp, TurnsIndexesIntoColoursAt24Bits) {
   EXPECT_EQ(image.GetNumColors(), 0u);
 }
 
-TEST(CxImageIncreaseBpp, WithoutMemoryKeepsTheImageAndTellsWhy) {
+TEST(CxImageIncreaseBpp, WithoutMemoryKeepsTheImageAndItsErrorText) {
   grantedAllocations = 1;
   CxImage image(allocateUntilSpent);
   makeIndexed(image, 1, {{1, 0}});
