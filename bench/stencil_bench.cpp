@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The stages and kernels of the stencil method next to the reference implementation, on a receipt
-// and on a photo. Both run in the same loop, so the ratio of two lines is the speed-up; items are
-// pixels.
+// The kernels of the stencil halftone, and its stages beside the reference
+// implementation, on a receipt and on a photo. "items" are pixels.
 
 #include <benchmark/benchmark.h>
 
@@ -14,21 +13,24 @@
 
 #include "bench/sample_pages.h"
 #include "stencil/blur_kernel.h"
-#include "stencil/diffusion_plain.h"
 #include "stencil/diffusion_wavefront.h"
 #include "stencil/error_diffusion.h"
 #include "stencil/gaussian.h"
-#include "stencil/level_counter.h"
+#include "stencil/gaussian_kernel.h"
+#include "stencil/histogram.h"
+#include "stencil/recipe.h"
 #include "stencil/sharp_rows.h"
 #include "stencil/stencil_page.h"
 #include "stencil/tattoo_dithering.h"
 #include "stencil/tone.h"
+#include "stencil/tone_curve.h"
 #include "stencil/unsharp.h"
 #include "tests/reference/stencil.h"
 
 namespace {
 
 using benchmark::State;
+using namespace wren::stencil;
 using wren::bench::Page;
 
 constexpr int kWidth = 832;
@@ -77,22 +79,22 @@ void measure(State& state, Image source, Stage stage) {
 }
 
 template <typename ProductStage, typename ReferenceStage>
-void registerStage(const std::string& name, ProductStage product, ReferenceStage slow) {
+void registerStage(const std::string& name, ProductStage product, ReferenceStage referenceStage) {
   const auto add = [&](const std::string& suffix, const Page& page) {
     const std::string full = name + "/" + suffix;
     benchmark::RegisterBenchmark(
         full.c_str(), [=, &page](State& state) { measure(state, image(page), product); });
     benchmark::RegisterBenchmark((full + "/reference").c_str(), [=, &page](State& state) {
-      measure(state, referenceImage(page), slow);
+      measure(state, referenceImage(page), referenceStage);
     });
   };
   add("receipt", receipt());
   add("photo", photo());
 }
 
-std::array<double, stencil::kBlurTaps> stencilKernel() {
-  std::array<double, stencil::kBlurTaps> kernel{};
-  generateGaussianKernel1D(stencil::kBlurTaps, kUnsharpSigma, kernel.data());
+std::array<double, kUnsharpSize> stencilKernel() {
+  std::array<double, kUnsharpSize> kernel{};
+  generateGaussianKernel1D(kUnsharpSize, kUnsharpSigma, kernel.data());
   return kernel;
 }
 
@@ -103,37 +105,44 @@ void registerStages() {
   registerStage(
       "enh_piecewise_gamma",
       [](QVImage& page) {
-        enh_piecewise_gamma(page, kStencilKnee, kStencilGammaLow, kStencilGammaHigh);
+        enh_piecewise_gamma(page, kKnee, kGammaBelowKnee, kGammaAboveKnee);
         return page.data;
       },
       [](reference::QVImage& page) {
-        reference::enh_piecewise_gamma(page, kStencilKnee, kStencilGammaLow, kStencilGammaHigh);
+        reference::enh_piecewise_gamma(page, kKnee, kGammaBelowKnee, kGammaAboveKnee);
         return page.data;
       });
   for (const bool horizontal : {true, false}) {
     registerStage(
         horizontal ? "convolve1D/rows" : "convolve1D/columns",
-        [=](const QVImage& page) { return convolve1D(page, kernel.data(), 11, horizontal); },
+        [=](const QVImage& page) {
+          return convolve1D(page, kernel.data(), kUnsharpSize, horizontal);
+        },
         [=](const reference::QVImage& page) {
-          return reference::convolve1D(page, kernel.data(), 11, horizontal);
+          return reference::convolve1D(page, kernel.data(), kUnsharpSize, horizontal);
         });
   }
   registerStage(
-      "enh_unsharp_mask", [](const QVImage& page) { return enh_unsharp_mask(page, 300.0F, 11); },
-      [](const reference::QVImage& page) { return reference::enh_unsharp_mask(page, 300.0F, 11); });
+      "enh_unsharp_mask",
+      [](const QVImage& page) {
+        return enh_unsharp_mask(page, kUnsharpAmountPercent, kUnsharpSize);
+      },
+      [](const reference::QVImage& page) {
+        return reference::enh_unsharp_mask(page, kUnsharpAmountPercent, kUnsharpSize);
+      });
   registerStage(
       "edf_cus", [](const QVImage& page) { return edf_cus(page, kThreshold); },
       [](const reference::QVImage& page) { return reference::edf_cus(page, kThreshold); });
   registerStage("qvTattooDithering", qvTattooDithering, reference::qvTattooDithering);
 }
 
-// Always the same row: it stays in the L1 cache.
-void blurRow(State& state, decltype(&stencil::blur_taps) blur) {
-  const stencil::BlurWeights weights = stencil::blur_weights(stencilKernel().data());
-  std::vector<float> row(kWidth + stencil::kBlurTaps);
+// The same row every time, so it stays in the first-level cache.
+void blurRow(State& state) {
+  const BlurWeights weights = blurWeights(stencilKernel().data());
+  std::vector<float> row(kWidth + kUnsharpSize);
   for (std::size_t x = 0; x < row.size(); ++x) row[x] = photo().pixels[x];
   std::vector<float> out(kWidth);
-  std::array<const float*, stencil::kBlurTaps> taps{};
+  std::array<const float*, kUnsharpSize> taps{};
   for (std::size_t k = 0; k < taps.size(); ++k) taps[k] = row.data() + k;
   for (auto _ : state) {
     blur(taps.data(), weights, out.data(), 0, kWidth);
@@ -142,13 +151,12 @@ void blurRow(State& state, decltype(&stencil::blur_taps) blur) {
   state.SetItemsProcessed(state.iterations() * kWidth);
 }
 
-template <typename Diffuser>
 void diffuse(State& state, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
   for (auto _ : state) {
-    Diffuser diffuser(kWidth, kHeight, kThreshold);
-    for (int y = 0; y < kHeight; y += Diffuser::kBlockRows) {
-      const int rows = std::min(Diffuser::kBlockRows, kHeight - y);
+    WavefrontDiffuser diffuser(kWidth, kHeight, kThreshold);
+    for (int y = 0; y < kHeight; y += WavefrontDiffuser::kBlockRows) {
+      const int rows = std::min(WavefrontDiffuser::kBlockRows, kHeight - y);
       for (int r = 0; r < rows; ++r) {
         std::copy_n(page.pixels.data() + (y + r) * kWidth, kWidth, diffuser.row(r));
       }
@@ -159,11 +167,11 @@ void diffuse(State& state, const Page& page) {
   countPixels(state);
 }
 
-void countLevels(State& state, const Page& page) {
+void buildHistogram(State& state, const Page& page) {
   for (auto _ : state) {
-    stencil::LevelCounter counter;
-    for (int y = 0; y < kHeight; ++y) counter.add_row(page.pixels.data() + y * kWidth, kWidth);
-    benchmark::DoNotOptimize(counter.counts());
+    HistogramBuilder builder;
+    for (int y = 0; y < kHeight; ++y) builder.add(page.pixels.data() + y * kWidth, kWidth);
+    benchmark::DoNotOptimize(builder.histogram());
   }
   countPixels(state);
 }
@@ -171,7 +179,7 @@ void countLevels(State& state, const Page& page) {
 void sharpenRows(State& state, const Page& page) {
   std::vector<std::uint8_t> row(kWidth + 16);
   for (auto _ : state) {
-    stencil::SharpRows rows(page.pixels.data(), kWidth, kWidth, kHeight, stencil_tone_table());
+    SharpRows rows(page.pixels.data(), kWidth, kWidth, kHeight, stencilToneCurve());
     for (int y = 0; y < kHeight; ++y) {
       rows.next(row.data());
       benchmark::ClobberMemory();
@@ -183,7 +191,7 @@ void sharpenRows(State& state, const Page& page) {
 void wholePage(State& state, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
   for (auto _ : state) {
-    stencil_page(page.pixels.data(), kWidth, kWidth, kHeight, out.data(), kWidth);
+    stencilPage(page.pixels.data(), kWidth, kWidth, kHeight, out.data(), kWidth);
     benchmark::ClobberMemory();
   }
   countPixels(state);
@@ -198,15 +206,11 @@ void registerOnPages(const char* name, void (*run)(State&, const Page&)) {
 }
 
 void registerKernels() {
-  using benchmark::RegisterBenchmark;
-  RegisterBenchmark("blur_taps", [](State& state) { blurRow(state, stencil::blur_taps); });
-  RegisterBenchmark("blur_taps/scalar",
-                    [](State& state) { blurRow(state, stencil::blur_taps_plain); });
-  registerOnPages("diffusion/wavefront", diffuse<stencil::WavefrontDiffuser>);
-  registerOnPages("diffusion/scalar", diffuse<stencil::PlainDiffuser>);
-  registerOnPages("LevelCounter", countLevels);
+  benchmark::RegisterBenchmark("blur", blurRow);
+  registerOnPages("WavefrontDiffuser", diffuse);
+  registerOnPages("HistogramBuilder", buildHistogram);
   registerOnPages("SharpRows", sharpenRows);
-  registerOnPages("stencil_page", wholePage);
+  registerOnPages("stencilPage", wholePage);
 }
 
 }  // namespace

@@ -65,8 +65,8 @@ void fillLevels(const DitherPage& job) {
   }
 }
 
-bool goesOn(void* printer) {
-  return !static_cast<const WrenPrinter*>(printer)->isCancelled();
+bool isCancelled(const void* printer) {
+  return static_cast<const WrenPrinter*>(printer)->isCancelled();
 }
 
 void invert(unsigned char* dots, std::size_t count) {
@@ -92,8 +92,9 @@ bool makeStencilDotsDirectly(const WrenPrinter& printer, const GreyPage& page, u
     levels = out;
   }
   const auto stride = static_cast<std::ptrdiff_t>(page.strideBytes);
-  stencil_page(levels, stride, static_cast<int>(page.width), static_cast<int>(page.height), out,
-               stride, goesOn, const_cast<WrenPrinter*>(&printer));
+  wren::stencil::stencilPage(levels, stride, static_cast<int>(page.width),
+                             static_cast<int>(page.height), out, stride,
+                             wren::CancelCheck(isCancelled, &printer));
   if (job.inverted) invert(out, page.strideBytes * page.height);
   return true;
 }

@@ -3,71 +3,84 @@
 
 #include "stencil/blur_kernel.h"
 
+#include <cstddef>
+
 #include "stencil/fast_math.h"
 #include "stencil/simd.h"
 
-namespace stencil {
+namespace wren::stencil {
 namespace {
 
-// Added to a sum, this leaves the level and 13 binary places of it in the low bits
-// of the float: numbers from 1024 to 2048 are 2^-13 apart. The half is the one of
-// rounding; kReach moves the rounding edge up, so that sums within kReach on both
-// sides of it are the ones whose places are below 2 * kReach.
-constexpr int kPlaces = 13;
-constexpr float kPlace = 1.0F / (1 << kPlaces);
+// Adding `kShift` leaves the rounded level and `kFractionBits` bits of fraction in the
+// low bits of the float: floats from 1024 to 2048 are 2^-13 apart. `kShift` contains the
+// half for rounding. It also moves the rounding edge up by `kReach` units, so sums within
+// `kReach` units of the edge are those whose fraction is below `2 * kReach`.
+constexpr int kFractionBits = 13;
+constexpr float kUnit = 1.0F / (1 << kFractionBits);
 constexpr int kReach = 2;
 constexpr float kBase = 1536.0F;
-constexpr float kShift = kBase + 0.5F + kReach * kPlace;
-constexpr std::int32_t kPlacesMask = (1 << kPlaces) - 1;
-constexpr std::int32_t kUndecidedMask = kPlacesMask & ~(2 * kReach - 1);
+constexpr float kShift = kBase + 0.5F + kReach * kUnit;
+constexpr std::int32_t kFractionMask = (1 << kFractionBits) - 1;
+constexpr std::int32_t kUndecidedMask = kFractionMask & ~(2 * kReach - 1);
 
-// How far a fast sum can be from the defined one, before and after narrowing: six
-// taps times seven roundings of at most 2^-24 of the sum, one rounding to float
-// and one of the added half of at most 2^-17 each, and the double sum itself.
-constexpr double kSumError = 255.0 * 7.01 / (1 << 24) + 2.0 / (1 << 17) + 1e-12;
-// What is left of the reach: the shifted sum is rounded to a place.
-static_assert(kSumError < (kReach - 0.5) * static_cast<double>(kPlace));
+// The largest distance between the fast and the defined sum. Every term is rounded in its
+// weight, its product and at most `kBlurRadius` additions, by at most 2^-24 of the sum
+// each. The defined sum is rounded in every product and addition, in double. Narrowing it
+// and adding the half in float move it by at most 2^-17 each.
+constexpr double kFastRoundings = kBlurRadius + 2.01;
+constexpr double kDefinedRoundings = 2.01 * kUnsharpSize;
+constexpr double kSumError =
+    255.0 * kFastRoundings / (1 << 24) + 255.0 * kDefinedRoundings / (1LL << 53) + 2.0 / (1 << 17);
+// Adding `kShift` rounds to a unit, which takes half a unit of the reach.
+static_assert(kSumError < (kReach - 0.5) * static_cast<double>(kUnit),
+              "all sums that may round the other way are computed again");
 
-double defined_sum(const float* const* taps, const BlurWeights& weights, int x) {
+double definedSum(const float* const* rows, const BlurWeights& weights, int x) {
   double sum = 0.0;
-  for (int k = 0; k < kBlurTaps; ++k) {
-    sum = sum + static_cast<double>(taps[k][x]) * weights.exact[static_cast<std::size_t>(k)];
+  for (std::size_t k = 0; k < weights.exact.size(); ++k) {
+    sum = sum + static_cast<double>(rows[k][x]) * weights.exact[k];
   }
   return sum;
 }
 
-float defined_level(const float* const* taps, const BlurWeights& weights, int x) {
-  const int level = my_round(static_cast<float>(defined_sum(taps, weights, x)));
+float definedLevel(const float* const* rows, const BlurWeights& weights, int x) {
+  const int level = my_round(static_cast<float>(definedSum(rows, weights, x)));
   return static_cast<float>(level & 255);
 }
 
-// The pairs of taps with the same weight are added first: whole numbers, so exactly.
-inline F32x4 fast_sum(const float* const* taps, const F32x4 (&weights)[6], int x) {
-  F32x4 sum = (load<F32x4>(taps[0] + x) + load<F32x4>(taps[10] + x)) * weights[0];
-  sum = sum + (load<F32x4>(taps[1] + x) + load<F32x4>(taps[9] + x)) * weights[1];
-  sum = sum + (load<F32x4>(taps[2] + x) + load<F32x4>(taps[8] + x)) * weights[2];
-  sum = sum + (load<F32x4>(taps[3] + x) + load<F32x4>(taps[7] + x)) * weights[3];
-  sum = sum + (load<F32x4>(taps[4] + x) + load<F32x4>(taps[6] + x)) * weights[4];
-  return sum + load<F32x4>(taps[5] + x) * weights[5];
+using VectorWeights = std::array<F32x4, kBlurRadius + 1>;
+
+// Adds the two inputs with the same weight first: they are whole numbers, so that is exact.
+inline __attribute__((always_inline)) F32x4 fastSum(const float* const* rows,
+                                                    const VectorWeights& weights, int x) {
+  F32x4 sum = (load<F32x4>(rows[0] + x) + load<F32x4>(rows[kUnsharpSize - 1] + x)) * weights[0];
+  for (std::size_t k = 1; k < kBlurRadius; ++k) {
+    sum =
+        sum + (load<F32x4>(rows[k] + x) + load<F32x4>(rows[kUnsharpSize - 1 - k] + x)) * weights[k];
+  }
+  return sum + load<F32x4>(rows[kBlurRadius] + x) * weights[kBlurRadius];
 }
+static_assert(kBlurRadius > 0, "there is an outermost pair of taps");
 
 // Stores four levels and returns the mask of those that are not certain.
-inline I32x4 blur_four(const float* const* taps, const F32x4 (&weights)[6], float* out, int x) {
-  const I32x4 bits = as_ints(fast_sum(taps, weights, x) + splat(kShift));
-  store(out + x, as_floats(bits & splat(~kPlacesMask)) - splat(kBase));
+inline __attribute__((always_inline)) I32x4 blurFour(const float* const* rows,
+                                                     const VectorWeights& weights, float* out,
+                                                     int x) {
+  const I32x4 bits = asInts(fastSum(rows, weights, x) + splat(kShift));
+  store(out + x, asFloats(bits & splat(~kFractionMask)) - splat(kBase));
   return (bits & splat(kUndecidedMask)) == splat(0);
 }
 
-void redo_undecided(const float* const* taps, const BlurWeights& weights, float* out, int x,
-                    I32x4 undecided) {
+void computeUndecided(const float* const* rows, const BlurWeights& weights, float* out, int x,
+                      I32x4 undecided) {
   for (int lane = 0; lane < 4; ++lane) {
-    if (undecided[lane] != 0) out[x + lane] = defined_level(taps, weights, x + lane);
+    if (undecided[lane] != 0) out[x + lane] = definedLevel(rows, weights, x + lane);
   }
 }
 
 }  // namespace
 
-BlurWeights blur_weights(const double* kernel) {
+BlurWeights blurWeights(const double* kernel) {
   BlurWeights weights{};
   for (std::size_t k = 0; k < weights.exact.size(); ++k) weights.exact[k] = kernel[k];
   for (std::size_t k = 0; k < weights.rounded.size(); ++k) {
@@ -76,26 +89,20 @@ BlurWeights blur_weights(const double* kernel) {
   return weights;
 }
 
-void blur_taps(const float* const* taps, const BlurWeights& weights, float* out, int from, int to) {
-  const auto& w = weights.rounded;
-  const F32x4 vectors[] = {splat(w[0]), splat(w[1]), splat(w[2]),
-                           splat(w[3]), splat(w[4]), splat(w[5])};
+void blur(const float* const* rows, const BlurWeights& weights, float* out, int from, int to) {
+  VectorWeights vectors;
+  for (std::size_t k = 0; k < vectors.size(); ++k) vectors[k] = splat(weights.rounded[k]);
   for (int x = from; x < to; x += 16) {
-    const I32x4 a = blur_four(taps, vectors, out, x);
-    const I32x4 b = blur_four(taps, vectors, out, x + 4);
-    const I32x4 c = blur_four(taps, vectors, out, x + 8);
-    const I32x4 d = blur_four(taps, vectors, out, x + 12);
+    const I32x4 a = blurFour(rows, vectors, out, x);
+    const I32x4 b = blurFour(rows, vectors, out, x + 4);
+    const I32x4 c = blurFour(rows, vectors, out, x + 8);
+    const I32x4 d = blurFour(rows, vectors, out, x + 12);
     if (!any(a | b | c | d)) continue;
-    redo_undecided(taps, weights, out, x, a);
-    redo_undecided(taps, weights, out, x + 4, b);
-    redo_undecided(taps, weights, out, x + 8, c);
-    redo_undecided(taps, weights, out, x + 12, d);
+    computeUndecided(rows, weights, out, x, a);
+    computeUndecided(rows, weights, out, x + 4, b);
+    computeUndecided(rows, weights, out, x + 8, c);
+    computeUndecided(rows, weights, out, x + 12, d);
   }
 }
 
-void blur_taps_plain(const float* const* taps, const BlurWeights& weights, float* out, int from,
-                     int to) {
-  for (int x = from; x < to; ++x) out[x] = defined_level(taps, weights, x);
-}
-
-}  // namespace stencil
+}  // namespace wren::stencil

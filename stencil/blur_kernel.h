@@ -1,40 +1,35 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The one sum that the unsharp mask spends its time on: eleven taps of a
-// symmetric Gaussian, rounded to a level. The fast version works in single
-// precision, four pixels at a time, and knows how far it can be off; the few sums
-// that lie that close to a rounding edge are done again as they are defined.
+// One pass of the Gaussian blur, the most expensive sum of the unsharp mask. The
+// vector kernel works in single precision with a known error bound; the few sums
+// that lie within the bound of a rounding edge are computed again in double.
 
 #pragma once
 
 #include <array>
 
-namespace stencil {
+#include "stencil/recipe.h"
 
-inline constexpr int kBlurTaps = 11;
+namespace wren::stencil {
 
-/// The weights in double as they define the result, and the six different ones in
-/// single precision, from the outermost tap to the middle.
+/// The taps of the blur, in double as the result is defined. Because the kernel is
+/// symmetric, single precision needs only the taps from the outermost to the middle one.
 struct BlurWeights {
-  std::array<double, kBlurTaps> exact;
-  std::array<float, kBlurTaps / 2 + 1> rounded;
+  std::array<double, kUnsharpSize> exact;
+  std::array<float, kBlurRadius + 1> rounded;
 };
 
-/// `kernel` has kBlurTaps entries, is symmetric, has no negative entry and adds up
-/// to 1 within a few units in the last place.
-BlurWeights blur_weights(const double* kernel);
+/// @param kernel `kUnsharpSize` entries, symmetric, not negative, with a sum of 1
+///   within a few units in the last place.
+BlurWeights blurWeights(const double* kernel);
 
-/// One pass over columns from <= x < to: out[x] is the rounded sum of
-/// taps[k][x] * weight k, added in double in the order of the taps, narrowed to
-/// float and rounded with my_round. The taps hold whole numbers from 0 to 255.
+/// One pass over the columns from <= x < to: out[x] is the rounded sum of
+/// rows[k][x] * weight k. The sum is defined as double, in the order of the taps,
+/// narrowed to float and rounded with `my_round`. Inputs are whole numbers from 0 to 255.
 ///
-/// Precondition: to - from is a multiple of 16. The taps may overlap each other,
-/// the output overlaps none of them.
-void blur_taps(const float* const* taps, const BlurWeights& weights, float* out, int from, int to);
+/// Precondition: `to - from` is a multiple of 16. The input rows may overlap each other
+/// but not the output.
+void blur(const float* const* rows, const BlurWeights& weights, float* out, int from, int to);
 
-/// The same as it is defined, pixel by pixel, for any range.
-void blur_taps_plain(const float* const* taps, const BlurWeights& weights, float* out, int from,
-                     int to);
-
-}  // namespace stencil
+}  // namespace wren::stencil

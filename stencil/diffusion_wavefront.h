@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The error diffusion on 16 rows at once. Along a row each pixel waits for the one
-// before it, so the rows are the lanes: each runs three columns behind the one
-// above, where all that it needs from above is known. The results are those of
-// PlainDiffuser to the bit, because every pixel receives its shares in the same
-// order.
+// The error diffusion of the stencil on 16 rows at once. Pixels of one row depend on
+// each other, so each lane of the vectors is a row: it runs `kDiffusionLag` columns
+// behind the row above. Every pixel receives its error terms in raster order, so the
+// result has the same bits. Drawing: docs/KERNELS.md.
 
 #pragma once
 
@@ -13,44 +12,47 @@
 #include <cstdint>
 #include <vector>
 
-namespace stencil {
+#include "stencil/recipe.h"
 
-/// Halftones a page block by block; used like PlainDiffuser.
+namespace wren::stencil {
+
+/// Halftones a page of known size in blocks of rows, from the top. For each block the
+/// caller fills row(0), row(1), ... with grey levels and calls `run`.
 class WavefrontDiffuser {
  public:
   static constexpr int kBlockRows = 16;
 
-  /// `width` and `height` are at least 1; a pixel above `threshold` becomes white.
+  /// A pixel becomes white when its level and its error terms are above `threshold`.
+  /// `width` and `height` are at least 1.
   WavefrontDiffuser(int width, int height, int threshold);
 
-  /// Where the `width` pixels of a row of the next block go; 0 <= r < kBlockRows.
+  /// The `width` levels of a row of the next block; 0 <= r < kBlockRows.
   std::uint8_t* row(int r) {
     return rows_.data() + static_cast<std::ptrdiff_t>(r) * pitch_ + kMargin;
   }
 
   /// Writes the next `rows` rows of 0 and 255 to `out`, `stride` bytes apart. All
-  /// blocks but the last have kBlockRows rows.
+  /// blocks but the last have `kBlockRows` rows.
   void run(std::uint8_t* out, std::ptrdiff_t stride, int rows);
 
  private:
-  static constexpr int kLag = 3;
-  static constexpr int kDelay = kLag * kBlockRows;  // columns between two blocks
-  static constexpr int kMargin = kDelay + 16;       // so that slanted reads stay inside
+  static constexpr int kDelay = kDiffusionLag * kBlockRows;  // steps from block to block
+  static constexpr int kMargin = kDelay + 16;                // skewed reads stay inside
 
-  void slant();
-  void unslant();
+  void skew();
+  void unskew();
   void diffuse();
 
   int width_;
   int height_;
   float threshold_;
   int y_ = 0;
-  int steps_;             // columns of a slanted block, a multiple of 16
+  int steps_;             // of a skewed block, a multiple of 16
   std::ptrdiff_t pitch_;  // bytes from row to row
   std::vector<std::uint8_t> rows_;
-  std::vector<std::uint8_t> slanted_;  // 16 bytes per step: one pixel of each row
-  std::vector<float> sums_;            // what the row above a block leaves to its first row
-  std::vector<std::int32_t> rebates_;  // and what its black pixels take off a white below
+  std::vector<std::uint8_t> skewed_;       // 16 bytes per step: one pixel of each row
+  std::vector<float> sums_;                // error terms for the first row of the next block
+  std::vector<std::int32_t> corrections_;  // neighbour corrections for the same row
 };
 
-}  // namespace stencil
+}  // namespace wren::stencil

@@ -10,7 +10,7 @@
 #include "stencil/diffusion_wavefront.h"
 
 QVImage edf_cus(const QVImage& image, int threshold) {
-  using stencil::WavefrontDiffuser;
+  using wren::stencil::WavefrontDiffuser;
   QVImage out(image.width, image.height, QV_IMG_GRAY);
   if (image.width <= 0 || image.height <= 0) return out;
   const std::ptrdiff_t stride = image.width;

@@ -5,10 +5,13 @@
 
 namespace {
 
+// Two successive estimates closer than this end an iteration.
+constexpr float kTolerance = 1e-6F;
+
 constexpr int kTaylorTerms = 20;
 constexpr double kSmallestTerm = 1e-06;
 
-float taylor_exp(float v) {
+float taylorExp(float v) {
   float sum = 1.0F;
   float term = 1.0F;
   for (int i = 1; i <= kTaylorTerms; ++i) {
@@ -19,13 +22,13 @@ float taylor_exp(float v) {
   return sum;
 }
 
-// NaN counts as fractional; it must not reach the conversion.
-bool has_fraction(float v) {
+// NaN counts as fractional: converting it to an int is undefined.
+bool hasFraction(float v) {
   if (v != v) return true;
   return v - static_cast<float>(static_cast<int>(v)) != 0.0F;
 }
 
-float power_of_zero(float exponent) {
+float powerOfZero(float exponent) {
   if (exponent == 0.0F) return 1.0F;
   return exponent > 0.0F ? 0.0F : -1.0F;
 }
@@ -38,14 +41,14 @@ float my_sqrt(float v) {
   float g = v / 2.0F;
   for (;;) {
     const float n = 0.5F * (g + v / g);
-    if (kIterationTolerance > myabs(n - g)) return g;
+    if (kTolerance > myabs(n - g)) return g;
     g = n;
   }
 }
 
 float my_exp(float v) {
-  if (0.0F > v) return static_cast<float>(1.0 / static_cast<double>(taylor_exp(-v)));
-  return taylor_exp(v);
+  if (0.0F > v) return static_cast<float>(1.0 / static_cast<double>(taylorExp(-v)));
+  return taylorExp(v);
 }
 
 float my_ln(float v) {
@@ -53,13 +56,13 @@ float my_ln(float v) {
   float y = (v - 1.0F) / (1.0F + v);
   for (;;) {
     const float n = y - (my_exp(y) - v) / v;
-    if (kIterationTolerance > myabs(n - y)) return y;
+    if (kTolerance > myabs(n - y)) return y;
     y = n;
   }
 }
 
 float my_pow(float base, float exponent) {
-  if (base == 0.0F) return power_of_zero(exponent);
-  if (base < 0.0F && has_fraction(exponent)) return -1.0F;
+  if (base == 0.0F) return powerOfZero(exponent);
+  if (base < 0.0F && hasFraction(exponent)) return -1.0F;
   return my_exp(exponent * my_ln(base));
 }

@@ -10,8 +10,7 @@
 
 namespace {
 
-// Signs are extended first, so that a negative dimension becomes a count that no
-// allocation can serve.
+// A negative dimension gives a count above any possible allocation.
 std::uint8_t* allocate(std::uint64_t bytes) {
   if (bytes > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) {
     throw std::bad_alloc();
@@ -19,7 +18,7 @@ std::uint8_t* allocate(std::uint64_t bytes) {
   return new std::uint8_t[static_cast<std::size_t>(bytes)];
 }
 
-std::uint8_t* allocate_copy(std::uint64_t bytes, const std::uint8_t* pixels) {
+std::uint8_t* allocateCopy(std::uint64_t bytes, const std::uint8_t* pixels) {
   std::uint8_t* copy = allocate(bytes);
   if (bytes != 0) std::memcpy(copy, pixels, static_cast<std::size_t>(bytes));
   return copy;
@@ -27,19 +26,19 @@ std::uint8_t* allocate_copy(std::uint64_t bytes, const std::uint8_t* pixels) {
 
 }  // namespace
 
-int qv_channels(QV_IMG_COLOR layout) {
-  if (layout == QV_IMG_GRAY) return 1;
-  if (layout == QV_IMG_BGR || layout == QV_IMG_RGB) return 3;
-  return 4;
-}
-
 QVImage::QVImage(int imageWidth, int imageHeight, QV_IMG_COLOR layout, const std::uint8_t* pixels)
-    : width(imageWidth), height(imageHeight), channels(qv_channels(layout)), colorType(layout) {
-  data = allocate_copy(byteCount(), pixels);
+    : width(imageWidth),
+      height(imageHeight),
+      channels(wren::stencil::bytesPerPixel(layout)),
+      colorType(layout) {
+  data = allocateCopy(byteCount(), pixels);
 }
 
 QVImage::QVImage(int imageWidth, int imageHeight, QV_IMG_COLOR layout)
-    : width(imageWidth), height(imageHeight), channels(qv_channels(layout)), colorType(layout) {
+    : width(imageWidth),
+      height(imageHeight),
+      channels(wren::stencil::bytesPerPixel(layout)),
+      colorType(layout) {
   data = allocate(byteCount());
 }
 
@@ -48,13 +47,12 @@ QVImage::QVImage(const QVImage& other)
       height(other.height),
       channels(other.channels),
       colorType(other.colorType) {
-  data = allocate_copy(byteCount(), other.data);
+  data = allocateCopy(byteCount(), other.data);
 }
 
-// The new buffer is made before the old one goes, so that a failed allocation
-// leaves this image as it was.
+// Allocates first, so that a failed allocation leaves this image unchanged.
 QVImage& QVImage::operator=(const QVImage& other) {
-  std::uint8_t* copy = allocate_copy(other.byteCount(), other.data);
+  std::uint8_t* copy = allocateCopy(other.byteCount(), other.data);
   width = other.width;
   height = other.height;
   channels = other.channels;
@@ -76,3 +74,13 @@ std::uint64_t QVImage::byteCount() const {
   const auto extended = [](std::int32_t v) { return static_cast<std::uint64_t>(std::int64_t{v}); };
   return extended(width) * extended(height) * extended(channels);
 }
+
+namespace wren::stencil {
+
+int bytesPerPixel(QV_IMG_COLOR layout) {
+  if (layout == QV_IMG_GRAY) return 1;
+  if (layout == QV_IMG_BGR || layout == QV_IMG_RGB) return 3;
+  return 4;
+}
+
+}  // namespace wren::stencil

@@ -6,39 +6,29 @@
 #include <algorithm>
 
 #include "stencil/diffusion_wavefront.h"
-#include "stencil/level_counter.h"
+#include "stencil/histogram.h"
+#include "stencil/moment_threshold.h"
 #include "stencil/sharp_rows.h"
-#include "stencil/tattoo_dithering.h"
-#include "stencil/tone.h"
+#include "stencil/tone_curve.h"
 
+namespace wren::stencil {
 namespace {
 
-using stencil::LevelCounter;
-using stencil::SharpRows;
-using stencil::WavefrontDiffuser;
+constexpr int kRowsPerCheck = 256;
 
-constexpr int kRowsPerQuestion = 256;
-
-struct Question {
-  StencilGoesOn goesOn;
-  void* context;
-
-  bool yes() const { return goesOn == nullptr || goesOn(context); }
-};
-
-bool count_page(const std::uint8_t* source, std::ptrdiff_t stride, int width, int height,
-                const Question& question, LevelCounter& counter) {
+bool countPage(const std::uint8_t* source, std::ptrdiff_t stride, int width, int height,
+               const CancelCheck& cancel, HistogramBuilder& builder) {
   for (int y = 0; y < height; ++y) {
-    if (y % kRowsPerQuestion == 0 && !question.yes()) return false;
-    counter.add_row(source + y * stride, width);
+    if (y % kRowsPerCheck == 0 && cancel.isCancelled()) return false;
+    builder.add(source + y * stride, width);
   }
   return true;
 }
 
-bool diffuse_page(SharpRows& sharp, WavefrontDiffuser& diffuser, int height, std::uint8_t* result,
-                  std::ptrdiff_t stride, const Question& question) {
+bool diffusePage(SharpRows& sharp, WavefrontDiffuser& diffuser, int height, std::uint8_t* result,
+                 std::ptrdiff_t stride, const CancelCheck& cancel) {
   for (int y = 0; y < height; y += WavefrontDiffuser::kBlockRows) {
-    if (!question.yes()) return false;
+    if (cancel.isCancelled()) return false;
     const int rows = std::min(WavefrontDiffuser::kBlockRows, height - y);
     for (int r = 0; r < rows; ++r) sharp.next(diffuser.row(r));
     diffuser.run(result + y * stride, stride, rows);
@@ -48,15 +38,15 @@ bool diffuse_page(SharpRows& sharp, WavefrontDiffuser& diffuser, int height, std
 
 }  // namespace
 
-bool stencil_page(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
-                  std::uint8_t* result, std::ptrdiff_t resultStride, StencilGoesOn goesOn,
-                  void* context) {
+bool stencilPage(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
+                 std::uint8_t* result, std::ptrdiff_t resultStride, CancelCheck cancel) {
   if (width <= 0 || height <= 0) return true;
-  const Question question = {goesOn, context};
-  LevelCounter counter;
-  if (!count_page(source, sourceStride, width, height, question, counter)) return false;
-  const int threshold = threshold_of_counts(counter.counts());
-  SharpRows sharp(source, sourceStride, width, height, stencil_tone_table());
+  HistogramBuilder builder;
+  if (!countPage(source, sourceStride, width, height, cancel, builder)) return false;
+  const int threshold = momentThreshold(builder.histogram());
+  SharpRows sharp(source, sourceStride, width, height, stencilToneCurve());
   WavefrontDiffuser diffuser(width, height, threshold);
-  return diffuse_page(sharp, diffuser, height, result, resultStride, question);
+  return diffusePage(sharp, diffuser, height, result, resultStride, cancel);
 }
+
+}  // namespace wren::stencil

@@ -1,30 +1,33 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The whole stencil halftone on rows of bytes, for a caller that has its page in
-// memory already: it reads the page once for the threshold and once for the dots,
-// copies nothing, and holds some 120 bytes for each column of the page.
+// The whole stencil halftone on a page in memory, as a job runs it. It reads the page
+// once for the threshold and once for the dots, makes no copy of it, and needs about
+// 120 bytes of memory per column.
 
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-/// Asked between blocks of rows; false ends the work.
-using StencilGoesOn = bool (*)(void* context);
+#include "common/cancel_check.h"
 
-/// Halftones a grey page of `width` x `height` pixels, one byte each, the top row
-/// first and rows `sourceStride` bytes apart. Each pixel of `result` becomes 0 or
-/// 255; bytes of a row beyond `width` are not touched. The result is that of
-/// qvTattooDithering.
+namespace wren::stencil {
+
+/// Halftones a grey page of `width` x `height` pixels, one byte each, rows
+/// `sourceStride` bytes apart from the top. Each pixel of `result` becomes 0 or
+/// 255; bytes of a row beyond `width` are neither read nor written. The result is that
+/// of `qvTattooDithering`.
 ///
-/// `result` may be the page itself with the same stride; otherwise the two may not
-/// overlap. `goesOn` (may be null) is called with `context` at least once in 256
-/// rows. Returns false when it did, with the lower rows of the result unwritten;
-/// true otherwise, also for a page without pixels.
+/// `result` may be the page itself with the same stride; otherwise the two must not
+/// overlap. A page without pixels is done at once. Throws std::bad_alloc before the
+/// result is touched.
 ///
 /// Precondition: width and height are at most 2^31 - 128, so that positions beyond the
-/// page can still be counted, and width * height is at most 2^31 - 1.
-bool stencil_page(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
-                  std::uint8_t* result, std::ptrdiff_t resultStride, StencilGoesOn goesOn = nullptr,
-                  void* context = nullptr);
+/// page fit in an int, and width * height is at most 2^31 - 1.
+/// @param cancel asked at least once in 256 rows.
+/// @return false when the job was cancelled; the lower rows of `result` are unwritten then.
+bool stencilPage(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
+                 std::uint8_t* result, std::ptrdiff_t resultStride, CancelCheck cancel = {});
+
+}  // namespace wren::stencil

@@ -7,6 +7,7 @@
 
 #include "stencil/fast_math.h"
 #include "stencil/gaussian.h"
+#include "stencil/recipe.h"
 
 QVImage add_Weighted(const QVImage& image, const QVImage& blurred, float weight) {
   QVImage out(image);
@@ -22,7 +23,7 @@ QVImage add_Weighted(const QVImage& image, const QVImage& blurred, float weight)
 }
 
 QVImage enh_unsharp_mask(const QVImage& image, float amount, int size) {
-  const float weight = amount / kUnsharpDivisor;
-  const QVImage blurred = enh_gaussian_filter_fast(image, size, kUnsharpSigma);
+  const float weight = amount / wren::stencil::kPercent;
+  const QVImage blurred = enh_gaussian_filter_fast(image, size, wren::stencil::kUnsharpSigma);
   return add_Weighted(image, blurred, weight);
 }

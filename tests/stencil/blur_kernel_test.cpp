@@ -7,162 +7,144 @@
 
 #include <algorithm>
 #include <array>
-#include <random>
 #include <vector>
 
-#include "stencil/gaussian.h"
-#include "stencil/unsharp.h"
-#include "tests/reference/stencil.h"
+#include "stencil/gaussian_kernel.h"
+#include "tests/stencil/reference_image.h"
 #include "tests/stencil/test_pages.h"
 
+namespace wren::stencil {
 namespace {
 
-using stencil::blur_taps;
-using stencil::blur_taps_plain;
-using stencil::blur_weights;
-using stencil::BlurWeights;
-using stencil::kBlurTaps;
-
 BlurWeights stencilWeights() {
-  std::array<double, kBlurTaps> kernel{};
-  generateGaussianKernel1D(kBlurTaps, kUnsharpSigma, kernel.data());
-  return blur_weights(kernel.data());
+  std::array<double, kUnsharpSize> kernel{};
+  generateGaussianKernel1D(kUnsharpSize, kUnsharpSigma, kernel.data());
+  return blurWeights(kernel.data());
 }
 
-// Eleven rows of levels and both results over them.
-class Taps {
+// The input rows of one pass and its output.
+class Pass {
  public:
-  explicit Taps(int width)
-      : width_(width), rows_(kBlurTaps, std::vector<float>(static_cast<std::size_t>(width))) {
-    for (std::size_t k = 0; k < rows_.size(); ++k) pointers_[k] = rows_[k].data();
-  }
+  explicit Pass(int width)
+      : rows_(kUnsharpSize, std::vector<float>(static_cast<std::size_t>((width + 15) / 16 * 16))) {}
 
   float& at(int tap, int x) {
     return rows_[static_cast<std::size_t>(tap)][static_cast<std::size_t>(x)];
   }
 
-  std::vector<float> fast(const BlurWeights& weights) const {
-    std::vector<float> out(static_cast<std::size_t>(width_), -1.0F);
-    blur_taps(pointers_.data(), weights, out.data(), 0, width_);
-    return out;
-  }
-
-  std::vector<float> plain(const BlurWeights& weights) const {
-    std::vector<float> out(static_cast<std::size_t>(width_), -1.0F);
-    blur_taps_plain(pointers_.data(), weights, out.data(), 0, width_);
-    return out;
+  Bytes blurred(const BlurWeights& weights) const {
+    std::array<const float*, kUnsharpSize> pointers{};
+    for (std::size_t k = 0; k < rows_.size(); ++k) pointers[k] = rows_[k].data();
+    std::vector<float> out(rows_[0].size(), -1.0F);
+    blur(pointers.data(), weights, out.data(), 0, static_cast<int>(out.size()));
+    return {out.begin(), out.end()};
   }
 
  private:
-  int width_;
   std::vector<std::vector<float>> rows_;
-  std::array<const float*, kBlurTaps> pointers_{};
 };
 
-// A million random sums; about one in two thousand lies near a rounding edge.
-TEST(BlurKernel, EqualsItsPlainTwinOnNoise) {
-  const BlurWeights weights = stencilWeights();
-  std::mt19937 random(1);
-  for (int run = 0; run < 250; ++run) {
-    Taps taps(4096);
-    for (int tap = 0; tap < kBlurTaps; ++tap) {
-      for (int x = 0; x < 4096; ++x) taps.at(tap, x) = static_cast<float>(random() % 256);
-    }
-    ASSERT_EQ(taps.fast(weights), taps.plain(weights)) << run;
+// A page of `kUnsharpSize` rows is one pass: its middle row sees every row once.
+Bytes blurredMiddleRow(const QVImage& page) {
+  Pass pass(page.width);
+  for (int tap = 0; tap < kUnsharpSize; ++tap) {
+    for (int x = 0; x < page.width; ++x) pass.at(tap, x) = pixelAt(page, x, tap);
+  }
+  Bytes row = pass.blurred(stencilWeights());
+  row.resize(static_cast<std::size_t>(page.width));
+  return row;
+}
+
+Bytes referenceMiddleRow(const QVImage& page) {
+  const auto all =
+      reference::convolve1D(toReference(page), stencilWeights().exact.data(), kUnsharpSize, false);
+  const auto* row = all.data + std::ptrdiff_t{kBlurRadius} * page.width;
+  return {row, row + page.width};
+}
+
+// A million random sums; about one in two thousand is near a rounding edge.
+TEST(BlurKernel, EqualsTheReferenceOnNoise) {
+  for (unsigned seed = 0; seed < 250; ++seed) {
+    const QVImage page = noisePage(4096, kUnsharpSize, seed);
+    ASSERT_TRUE(samePixels(blurredMiddleRow(page), referenceMiddleRow(page), page.width)) << seed;
   }
 }
 
-// Steps from one level to another at every place of the kernel: all pairs of levels.
-TEST(BlurKernel, EqualsItsPlainTwinOnEverySteppedEdge) {
-  const BlurWeights weights = stencilWeights();
-  for (int edge = 0; edge < kBlurTaps; ++edge) {
-    Taps taps(256 * 256);
-    for (int tap = 0; tap < kBlurTaps; ++tap) {
-      for (int x = 0; x < 256 * 256; ++x) {
-        taps.at(tap, x) = static_cast<float>(tap < edge ? x / 256 : x % 256);
+// Steps from one level to another at every tap, for all pairs of levels.
+TEST(BlurKernel, EqualsTheReferenceOnEveryStep) {
+  for (int edge = 0; edge < kUnsharpSize; ++edge) {
+    QVImage page(256 * 256, kUnsharpSize, QV_IMG_GRAY);
+    std::uint8_t* pixel = page.data;
+    for (int y = 0; y < kUnsharpSize; ++y) {
+      for (int x = 0; x < page.width; ++x) {
+        *pixel++ = static_cast<std::uint8_t>(y < edge ? x / 256 : x % 256);
       }
     }
-    ASSERT_EQ(taps.fast(weights), taps.plain(weights)) << edge;
+    ASSERT_TRUE(samePixels(blurredMiddleRow(page), referenceMiddleRow(page), page.width)) << edge;
   }
 }
 
-// With weights of 1/2 every odd sum lies on the edge itself, and has to round up.
-TEST(BlurKernel, RedoesSumsOnTheRoundingEdge) {
-  std::array<double, kBlurTaps> halves{};
+// One row of a page of any size: neighbours along the row or down the column, and the
+// edge pixels repeated beyond the page.
+TEST(BlurKernel, EqualsTheReferenceOnEverySize) {
+  const BlurWeights weights = stencilWeights();
+  onEveryPage(1, [&](const QVImage& page, PageMaker& maker) {
+    const bool horizontal = maker.below(2) == 0;
+    const int y = maker.below(page.height);
+    Pass pass(page.width);
+    for (int tap = 0; tap < kUnsharpSize; ++tap) {
+      const int step = tap - kBlurRadius;
+      for (int x = 0; x < page.width; ++x) {
+        const int column = std::clamp(x + (horizontal ? step : 0), 0, page.width - 1);
+        const int row = std::clamp(y + (horizontal ? 0 : step), 0, page.height - 1);
+        pass.at(tap, x) = pixelAt(page, column, row);
+      }
+    }
+    Bytes actual = pass.blurred(weights);
+    actual.resize(static_cast<std::size_t>(page.width));
+    const auto all =
+        reference::convolve1D(toReference(page), weights.exact.data(), kUnsharpSize, horizontal);
+    const Bytes expected(all.data + y * page.width, all.data + (y + 1) * page.width);
+    EXPECT_TRUE(samePixels(actual, expected, page.width));
+  });
+}
+
+// With two weights of 1/2 every odd sum lies exactly on the rounding edge.
+TEST(BlurKernel, RoundsSumsOnTheEdgeUp) {
+  std::array<double, kUnsharpSize> halves{};
   halves[4] = 0.5;
   halves[6] = 0.5;
-  Taps taps(256);
+  Pass pass(256);
+  Bytes expected;
   for (int x = 0; x < 256; ++x) {
-    taps.at(4, x) = static_cast<float>(x);
-    taps.at(6, x) = static_cast<float>(x / 2);
+    pass.at(4, x) = static_cast<float>(x);
+    pass.at(6, x) = static_cast<float>(x / 2);
+    expected.push_back(static_cast<std::uint8_t>((x + x / 2 + 1) / 2));
   }
-  const std::vector<float> result = taps.fast(blur_weights(halves.data()));
+  EXPECT_TRUE(samePixels(pass.blurred(blurWeights(halves.data())), expected, 256));
+}
+
+// `SharpRows` skips pixels whose surroundings have one level.
+TEST(BlurKernel, KeepsEveryLevelOfAUniformPage) {
+  Pass pass(256);
+  Bytes expected;
   for (int x = 0; x < 256; ++x) {
-    EXPECT_EQ(result[static_cast<std::size_t>(x)], static_cast<float>((x + x / 2 + 1) / 2)) << x;
+    for (int tap = 0; tap < kUnsharpSize; ++tap) pass.at(tap, x) = static_cast<float>(x);
+    expected.push_back(static_cast<std::uint8_t>(x));
   }
-}
-
-Bytes bytesOf(const std::vector<float>& levels, int width) {
-  Bytes bytes;
-  for (int x = 0; x < width; ++x) {
-    bytes.push_back(static_cast<std::uint8_t>(levels[static_cast<std::size_t>(x)]));
-  }
-  return bytes;
-}
-
-// Fills the taps for one row of a pass: neighbours along the row or down the column,
-// and the border's own level beyond it.
-void gather(const QVImage& page, bool alongRow, int y, Taps& taps) {
-  for (int tap = 0; tap < kBlurTaps; ++tap) {
-    const int step = tap - kBlurTaps / 2;
-    for (int x = 0; x < page.width; ++x) {
-      const int column = std::clamp(x + (alongRow ? step : 0), 0, page.width - 1);
-      const int row = std::clamp(y + (alongRow ? 0 : step), 0, page.height - 1);
-      taps.at(tap, x) = static_cast<float>(pixelAt(page, column, row));
-    }
-  }
-}
-
-TEST(BlurKernel, BothEqualTheLiteralVersionOnEverySize) {
-  const BlurWeights weights = stencilWeights();
-  PageMaker maker(9);
-  for (const PageKind kind : kPageKinds) {
-    for (int width = 1; width <= 70; ++width) {
-      for (int height = 1; height <= 40; ++height) {
-        const QVImage page = maker.make(kind, width, height);
-        const bool alongRow = maker.next(2) == 0;
-        const reference::QVImage source(width, height, reference::QV_IMG_GRAY, page.data);
-        const auto literal =
-            reference::convolve1D(source, weights.exact.data(), kBlurTaps, alongRow);
-        const int y = static_cast<int>(maker.next(static_cast<unsigned>(height)));
-        Taps taps((width + 15) / 16 * 16);
-        gather(page, alongRow, y, taps);
-        const Bytes expected(literal.data + y * width, literal.data + (y + 1) * width);
-        ASSERT_EQ(bytesOf(taps.fast(weights), width), expected) << width << " x " << height;
-        ASSERT_EQ(bytesOf(taps.plain(weights), width), expected) << width << " x " << height;
-      }
-    }
-  }
-}
-
-TEST(BlurKernel, KeepsEveryLevel) {
-  Taps taps(256);
-  for (int tap = 0; tap < kBlurTaps; ++tap) {
-    for (int x = 0; x < 256; ++x) taps.at(tap, x) = static_cast<float>(x);
-  }
-  const std::vector<float> result = taps.fast(stencilWeights());
-  for (int x = 0; x < 256; ++x) EXPECT_EQ(result[static_cast<std::size_t>(x)], x);
+  EXPECT_TRUE(samePixels(pass.blurred(stencilWeights()), expected, 256));
 }
 
 TEST(BlurKernel, WritesItsRangeOnly) {
   std::vector<float> out(64, -1.0F);
   std::vector<float> row(80, 7.0F);
-  std::array<const float*, kBlurTaps> pointers{};
-  for (std::size_t k = 0; k < pointers.size(); ++k) pointers[k] = row.data() + k;
-  blur_taps(pointers.data(), stencilWeights(), out.data(), 16, 48);
+  std::array<const float*, kUnsharpSize> overlapping{};
+  for (std::size_t k = 0; k < overlapping.size(); ++k) overlapping[k] = row.data() + k;
+  blur(overlapping.data(), stencilWeights(), out.data(), 16, 48);
   for (std::size_t x = 0; x < out.size(); ++x) {
     EXPECT_EQ(out[x], x >= 16 && x < 48 ? 7.0F : -1.0F) << x;
   }
 }
 
 }  // namespace
+}  // namespace wren::stencil

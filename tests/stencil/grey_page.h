@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Small grey pages for the tests: written as rows of levels, read back as rows.
+// Small grey pages for the tests, and a comparison of pages that names the first pixel
+// that differs.
 
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +14,8 @@
 #include <vector>
 
 #include "stencil/qv_image.h"
+
+namespace wren::stencil {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -36,3 +41,20 @@ inline QVImage noisePage(int width, int height, unsigned seed) {
 inline std::uint8_t pixelAt(const QVImage& image, int x, int y) {
   return image.data[std::ptrdiff_t{y} * image.width + x];
 }
+
+/// Compares two pages with rows of `width` bytes.
+inline testing::AssertionResult samePixels(const Bytes& actual, const Bytes& expected, int width) {
+  if (actual.size() != expected.size()) {
+    return testing::AssertionFailure() << actual.size() << " bytes instead of " << expected.size();
+  }
+  for (std::size_t i = 0; i < actual.size(); ++i) {
+    if (actual[i] == expected[i]) continue;
+    const auto rowBytes = static_cast<std::size_t>(width);
+    return testing::AssertionFailure()
+           << "column " << i % rowBytes << ", row " << i / rowBytes << ": " << int{actual[i]}
+           << " instead of " << int{expected[i]};
+  }
+  return testing::AssertionSuccess();
+}
+
+}  // namespace wren::stencil

@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The product's functions under the names that StencilHasher asks for.
+// The product's functions under the names that `StencilHasher` uses.
 
 #pragma once
 
 #include "stencil/error_diffusion.h"
 #include "stencil/fast_math.h"
 #include "stencil/gaussian.h"
+#include "stencil/gaussian_kernel.h"
+#include "stencil/moment_threshold.h"
 #include "stencil/tattoo_dithering.h"
 #include "stencil/tone.h"
 #include "stencil/unsharp.h"
+
+namespace wren::stencil {
 
 struct ProductStencil {
   using Image = QVImage;
@@ -18,7 +22,7 @@ struct ProductStencil {
     return {width, height, static_cast<QV_IMG_COLOR>(layout), bytes};
   }
   static constexpr auto cvtGray = ::cvtGray;
-  static constexpr auto threshold_of_counts = ::threshold_of_counts;
+  static constexpr auto momentThreshold = ::wren::stencil::momentThreshold;
   static constexpr auto my_sqrt = ::my_sqrt;
   static constexpr auto my_exp = ::my_exp;
   static constexpr auto my_ln = ::my_ln;
@@ -33,3 +37,5 @@ struct ProductStencil {
   static constexpr auto edf_cus = ::edf_cus;
   static constexpr auto qvTattooDithering = ::qvTattooDithering;
 };
+
+}  // namespace wren::stencil

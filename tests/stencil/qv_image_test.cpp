@@ -12,6 +12,7 @@
 
 #include "tests/stencil/grey_page.h"
 
+namespace wren::stencil {
 namespace {
 
 QV_IMG_COLOR layoutOf(int value) {
@@ -41,7 +42,7 @@ TEST(QVImageLayout, EnumerationIsSignedWith32Bits) {
   EXPECT_EQ(QV_IMG_RGBA, 4);
 }
 
-TEST(QVImageLayout, FieldsComeInTheirOrder) {
+TEST(QVImageLayout, FieldsHaveTheRequiredOrder) {
   static_assert(std::is_standard_layout_v<QVImage>);
   EXPECT_EQ(offsetof(QVImage, width), 0U);
   EXPECT_EQ(offsetof(QVImage, height), 4U);
@@ -89,7 +90,8 @@ TEST(QVImage, AssignmentReplacesTheBuffer) {
   EXPECT_EQ(target.colorType, QV_IMG_GRAY);
 }
 
-TEST(QVImage, DestructionClearsAllButTheLayout) {
+// stencil_memory_test shows that the destructor frees the pixels.
+TEST(QVImage, ReleaseClearsAllButTheLayout) {
   QVImage image(3, 2, QV_IMG_BGRA);
   image.release();
   EXPECT_EQ(image.width, 0);
@@ -128,3 +130,4 @@ TEST(QVImage, IsNotMoved) {
 }
 
 }  // namespace
+}  // namespace wren::stencil

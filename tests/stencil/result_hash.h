@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// One number over everything that the stencil halftone computes: helpers, tables,
-// kernels and pages of many kinds. Two builds that agree on it agree on the bits.
+// One hash over everything that the stencil halftone computes: math functions, kernels,
+// thresholds and pages of many kinds. Builds with the same hash have the same bits.
 
 #pragma once
 
@@ -14,11 +14,13 @@
 #include <random>
 #include <vector>
 
+namespace wren::stencil {
+
 // FNV-1a with 64 bits (Fowler, Noll, Vo).
 class ResultHash {
  public:
   void add(const void* bytes, std::size_t count) {
-    const auto* p = static_cast<const unsigned char*>(bytes);
+    const auto* p = static_cast<const std::uint8_t*>(bytes);
     for (std::size_t i = 0; i < count; ++i) value_ = (value_ ^ p[i]) * 0x100000001B3U;
   }
   template <typename T>
@@ -31,12 +33,12 @@ class ResultHash {
   std::uint64_t value_ = 0xCBF29CE484222325U;
 };
 
-// `Stencil` names the functions of one implementation as static members.
+// `Stencil` has the functions of one implementation as static members.
 template <typename Stencil>
 class StencilHasher {
  public:
   std::uint64_t run() {
-    addHelpers();
+    addFunctions();
     addKernels();
     addThresholds();
     addColours();
@@ -54,7 +56,7 @@ class StencilHasher {
   static constexpr int kKinds = 4;
   static constexpr Size kSizes[] = {{1, 1}, {1, 37}, {41, 1}, {5, 3}, {67, 40}, {200, 131}};
 
-  void addHelpers() {
+  void addFunctions() {
     for (int i = 0; i < 20'000; ++i) {
       const float v =
           std::bit_cast<float>(static_cast<std::uint32_t>(random_()) % 0x7F000000U + 2U);
@@ -80,13 +82,13 @@ class StencilHasher {
     }
   }
 
-  // Pages of two levels: the last bit of every step decides.
+  // On pages of two levels the last bit of every step decides.
   void addThresholds() {
     for (int i = 0; i < 5'000; ++i) {
-      std::array<std::int32_t, 256> counts{};
-      counts[random_() % 256] += 1 + static_cast<std::int32_t>(random_() % 1'000'000);
-      counts[random_() % 256] += 1 + static_cast<std::int32_t>(random_() % 20);
-      hash_.add(Stencil::threshold_of_counts(counts));
+      std::array<std::int32_t, 256> histogram{};
+      histogram[random_() % 256] += 1 + static_cast<std::int32_t>(random_() % 1'000'000);
+      histogram[random_() % 256] += 1 + static_cast<std::int32_t>(random_() % 20);
+      hash_.add(Stencil::momentThreshold(histogram));
     }
   }
 
@@ -131,3 +133,5 @@ class StencilHasher {
   ResultHash hash_;
   std::mt19937 random_{1234567U};
 };
+
+}  // namespace wren::stencil

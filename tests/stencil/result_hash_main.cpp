@@ -2,7 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Prints the hash of all stencil results. It is built with several compilers and
-// levels of optimisation; every build has to print the same line.
+// optimisation levels; every build has to print the same line.
 
 #include <cinttypes>
 #include <cstdio>
@@ -11,6 +11,7 @@
 #include "tests/stencil/result_hash.h"
 
 int main() {
+  using namespace wren::stencil;
   std::printf("%016" PRIx64 "\n", StencilHasher<ProductStencil>().run());
   return 0;
 }

@@ -10,6 +10,7 @@
 #include "tests/reference/stencil.h"
 #include "tests/stencil/product_stencil.h"
 
+namespace wren::stencil {
 namespace {
 
 struct ReferenceStencil {
@@ -17,9 +18,9 @@ struct ReferenceStencil {
   static Image image(int width, int height, int layout, const std::uint8_t* bytes) {
     return {width, height, static_cast<reference::QV_IMG_COLOR>(layout), bytes};
   }
-  static int threshold_of_counts(const std::array<std::int32_t, 256>& counts) {
+  static int momentThreshold(const std::array<std::int32_t, 256>& histogram) {
     return reference::thresh_global_moments_from_counts(
-        counts.data(), std::accumulate(counts.begin(), counts.end(), 0));
+        histogram.data(), std::accumulate(histogram.begin(), histogram.end(), 0));
   }
   static constexpr auto cvtGray = reference::cvtGray;
   static constexpr auto my_sqrt = reference::my_sqrt;
@@ -37,7 +38,7 @@ struct ReferenceStencil {
   static constexpr auto qvTattooDithering = reference::qvTattooDithering;
 };
 
-TEST(ResultHash, EqualsThatOfTheLiteralVersion) {
+TEST(ResultHash, EqualsThatOfTheReference) {
   EXPECT_EQ(StencilHasher<ProductStencil>().run(), StencilHasher<ReferenceStencil>().run());
 }
 
@@ -50,3 +51,4 @@ TEST(ResultHash, SeesASingleBit) {
 }
 
 }  // namespace
+}  // namespace wren::stencil

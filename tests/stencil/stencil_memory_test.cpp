@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A roll of paper is a page of forty thousand rows: what the stencil halftone
-// holds besides the page may not grow with it. The program counts its own
-// allocations, so it is one of its own.
+// A roll of paper is a page of forty thousand rows: the memory of the stencil halftone
+// must not grow with the page, and images must free theirs. The program counts its
+// allocations in `operator new`, so it is separate from the other tests.
 
 #include <gtest/gtest.h>
 
@@ -21,26 +21,26 @@ namespace {
 std::size_t held = 0;
 std::size_t peak = 0;
 
-// Every block carries its size in front of it.
-constexpr std::size_t kHead = alignof(std::max_align_t);
+// Every block starts with its size.
+constexpr std::size_t kHeader = alignof(std::max_align_t);
 
 void* countedNew(std::size_t bytes) {
-  void* block = std::malloc(bytes + kHead);
+  void* block = std::malloc(bytes + kHeader);
   if (block == nullptr) throw std::bad_alloc();
   *static_cast<std::size_t*>(block) = bytes;
   held += bytes;
   peak = std::max(peak, held);
-  return static_cast<char*>(block) + kHead;
+  return static_cast<char*>(block) + kHeader;
 }
 
 void countedDelete(void* pointer) {
   if (pointer == nullptr) return;
-  void* block = static_cast<char*>(pointer) - kHead;
+  void* block = static_cast<char*>(pointer) - kHeader;
   held -= *static_cast<std::size_t*>(block);
   std::free(block);
 }
 
-// What `work` held at most, beyond what was held before it.
+// The most memory that `work` held, without what was held before it.
 template <typename Work>
 std::size_t peakOf(Work work) {
   const std::size_t before = held;
@@ -70,6 +70,7 @@ void operator delete[](void* pointer, std::size_t) noexcept {
   countedDelete(pointer);
 }
 
+namespace wren::stencil {
 namespace {
 
 constexpr std::size_t kWidth = 576;
@@ -79,7 +80,7 @@ constexpr std::size_t kFixed = 16384;
 std::size_t peakOfPage(int height) {
   std::vector<std::uint8_t> page(kWidth * static_cast<std::size_t>(height), 100);
   for (std::size_t i = 0; i < page.size(); i += 3) page[i] = static_cast<std::uint8_t>(i);
-  return peakOf([&] { stencil_page(page.data(), kWidth, kWidth, height, page.data(), kWidth); });
+  return peakOf([&] { stencilPage(page.data(), kWidth, kWidth, height, page.data(), kWidth); });
 }
 
 TEST(StencilMemory, OfAPageIsSomeRowsOfIt) {
@@ -101,3 +102,4 @@ TEST(StencilMemory, OfTheWholeImageIsTheResultAndSomeRows) {
 }
 
 }  // namespace
+}  // namespace wren::stencil

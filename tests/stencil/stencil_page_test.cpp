@@ -8,125 +8,138 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "stencil/tattoo_dithering.h"
-#include "tests/reference/stencil.h"
+#include "tests/stencil/reference_image.h"
 #include "tests/stencil/test_pages.h"
 
+namespace wren::stencil {
 namespace {
 
-Bytes literalDots(const QVImage& page) {
-  reference::QVImage source(page.width, page.height, reference::QV_IMG_GRAY, page.data);
-  const reference::QVImage result = reference::qvTattooDithering(source);
-  return {result.data, result.data + page.byteCount()};
+Bytes dotsOf(const QVImage& page) {
+  Bytes dots(page.byteCount());
+  EXPECT_TRUE(stencilPage(page.data, page.width, page.width, page.height, dots.data(), page.width));
+  return dots;
 }
 
-Bytes withStride(const QVImage& page, int stride, std::uint8_t filler) {
-  Bytes rows(static_cast<std::size_t>(stride) * static_cast<std::size_t>(page.height), filler);
-  for (int y = 0; y < page.height; ++y) {
-    std::copy_n(page.data + y * page.width, page.width, rows.data() + y * stride);
+testing::AssertionResult equalsReference(const QVImage& page) {
+  return samePixels(dotsOf(page), referenceDots(page), page.width);
+}
+
+// Rows of `page` with `stride - page.width` bytes of `filler` behind each.
+Bytes withStride(const Bytes& page, int width, int stride, std::uint8_t filler) {
+  const auto height = page.size() / static_cast<std::size_t>(width);
+  Bytes rows(static_cast<std::size_t>(stride) * height, filler);
+  for (std::size_t y = 0; y < height; ++y) {
+    std::copy_n(page.data() + y * static_cast<std::size_t>(width), width,
+                rows.data() + y * static_cast<std::size_t>(stride));
   }
   return rows;
 }
 
-TEST(StencilPage, WorksWithAnyStrides) {
-  PageMaker maker(1);
-  for (int extra = 0; extra < 5; ++extra) {
-    const QVImage page = maker.make(PageKind::kNoise, 37, 41);
-    const QVImage dots = greyPage(37, 41, literalDots(page));
-    const Bytes source = withStride(page, 37 + extra, 200);
-    Bytes result(static_cast<std::size_t>(40 * 41), 9);
-    EXPECT_TRUE(stencil_page(source.data(), 37 + extra, 37, 41, result.data(), 40));
-    EXPECT_EQ(result, withStride(dots, 40, 9)) << extra;
-  }
+TEST(StencilPage, EqualsTheReferenceOnEverySize) {
+  onEveryPage(1, [](const QVImage& page, PageMaker&) { EXPECT_TRUE(equalsReference(page)); });
 }
 
-TEST(StencilPage, MayOverwriteThePageItReads) {
-  PageMaker maker(2);
-  for (const PageKind kind : kPageKinds) {
-    for (int height = 1; height <= 60; height += 1) {
-      QVImage page = maker.make(kind, 53, height);
-      const Bytes expected = literalDots(page);
-      EXPECT_TRUE(stencil_page(page.data, 53, 53, height, page.data, 53));
-      ASSERT_EQ(bytesOf(page), expected) << height;
-    }
-  }
-}
-
-TEST(StencilPage, WidePagesWithBlankPartsEqualTheLiteralVersion) {
+TEST(StencilPage, EqualsTheReferenceOnWidePagesWithUniformParts) {
   PageMaker maker(3);
   for (const PageKind kind : kPageKinds) {
     QVImage page = maker.make(kind, 576, 120);
     for (int y = 20; y < 70; ++y) std::fill_n(page.data + y * 576 + 100, 300, 255);
     for (int y = 90; y < 112; ++y) std::fill_n(page.data + y * 576, 576, 0);
-    const Bytes expected = literalDots(page);
-    EXPECT_EQ(bytesOf(qvTattooDithering(page)), expected);
+    EXPECT_TRUE(equalsReference(page)) << kind;
   }
 }
 
-TEST(StencilPage, PageWithoutPixelsIsDone) {
-  std::uint8_t byte = 7;
-  EXPECT_TRUE(stencil_page(&byte, 1, 0, 5, &byte, 1));
-  EXPECT_TRUE(stencil_page(&byte, 1, 5, 0, &byte, 1));
-  EXPECT_EQ(byte, 7);
+TEST(StencilPage, LeavesBytesBeyondTheWidthUnread) {
+  const QVImage page = noisePage(37, 41, 1);
+  const Bytes expected = withStride(referenceDots(page), 37, 40, 9);
+  for (int stride = 37; stride < 42; ++stride) {
+    const Bytes source = withStride(bytesOf(page), 37, stride, 200);
+    Bytes result(expected.size(), 9);
+    EXPECT_TRUE(stencilPage(source.data(), stride, 37, 41, result.data(), 40));
+    EXPECT_TRUE(samePixels(result, expected, 40)) << "source stride " << stride;
+  }
 }
 
-struct Countdown {
-  int left;
-  int asked;
-};
-
-bool countsDown(void* context) {
-  auto* countdown = static_cast<Countdown*>(context);
-  ++countdown->asked;
-  return countdown->left-- > 0;
-}
-
-TEST(StencilPage, StopsWhenItIsTold) {
-  PageMaker maker(4);
-  const QVImage page = maker.make(PageKind::kNoise, 30, 600);
-  const Bytes expected = literalDots(page);
-  for (int left = 0; left < 8; ++left) {
-    Countdown countdown{left, 0};
-    Bytes result(page.byteCount(), 9);
-    EXPECT_FALSE(stencil_page(page.data, 30, 30, 600, result.data(), 30, countsDown, &countdown));
-    EXPECT_EQ(countdown.asked, left + 1);
-    EXPECT_EQ(result.back(), 9);
-    // Three questions while counting, then one for each block of 16 rows.
-    const std::size_t written = left < 3 ? 0 : static_cast<std::size_t>(left - 3) * 16 * 30;
-    for (std::size_t i = 0; i < result.size(); ++i) {
-      ASSERT_EQ(result[i], i < written ? expected[i] : 9) << left << " at " << i;
+TEST(StencilPage, RunsInPlace) {
+  PageMaker maker(2);
+  for (const int padding : {0, 1, 11}) {
+    for (const PageKind kind : kPageKinds) {
+      for (int height = 1; height <= 60; ++height) {
+        const int stride = 53 + padding;
+        const QVImage page = maker.make(kind, 53, height);
+        Bytes rows = withStride(bytesOf(page), 53, stride, 7);
+        EXPECT_TRUE(stencilPage(rows.data(), stride, 53, height, rows.data(), stride));
+        ASSERT_TRUE(samePixels(rows, withStride(referenceDots(page), 53, stride, 7), stride))
+            << kind << ", " << height << " rows, stride " << stride;
+      }
     }
   }
 }
 
-TEST(StencilPage, AsksOftenEnough) {
-  PageMaker maker(5);
-  const QVImage page = maker.make(PageKind::kReceipt, 20, 2000);
-  Countdown countdown{1'000'000, 0};
+TEST(StencilPage, PageWithoutPixelsIsDoneAtOnce) {
+  std::uint8_t byte = 7;
+  EXPECT_TRUE(stencilPage(&byte, 1, 0, 5, &byte, 1));
+  EXPECT_TRUE(stencilPage(&byte, 1, 5, 0, &byte, 1));
+  EXPECT_EQ(byte, 7);
+}
+
+// Cancels the job at the check after `left` checks.
+struct Countdown {
+  int left;
+  int asked = 0;
+
+  CancelCheck check() {
+    return {[](const void* context) {
+              auto* self = const_cast<Countdown*>(static_cast<const Countdown*>(context));
+              ++self->asked;
+              return self->left-- == 0;
+            },
+            this};
+  }
+};
+
+// 600 rows: three checks while the histogram is built, then one for each block of 16 rows.
+TEST(StencilPage, StopsWhenItIsCancelled) {
+  const QVImage page = noisePage(30, 600, 4);
+  const Bytes dots = referenceDots(page);
+  for (int left = 0; left < 8; ++left) {
+    Countdown countdown{left};
+    Bytes result(page.byteCount(), 9);
+    EXPECT_FALSE(stencilPage(page.data, 30, 30, 600, result.data(), 30, countdown.check()));
+    EXPECT_EQ(countdown.asked, left + 1);
+    Bytes expected(result.size(), 9);
+    std::copy_n(dots.begin(), std::max(left - 3, 0) * 16 * 30, expected.begin());
+    EXPECT_TRUE(samePixels(result, expected, 30)) << left;
+  }
+}
+
+TEST(StencilPage, ChecksForCancellationAtLeastOnceIn256Rows) {
+  const QVImage page = uniformPage(20, 2000, 255);
+  Countdown countdown{-1};
   Bytes result(page.byteCount());
-  EXPECT_TRUE(stencil_page(page.data, 20, 20, 2000, result.data(), 20, countsDown, &countdown));
+  EXPECT_TRUE(stencilPage(page.data, 20, 20, 2000, result.data(), 20, countdown.check()));
   EXPECT_GE(countdown.asked, 2 * 2000 / 256);
 }
 
-// WREN_RANDOM_PAGES=<count> runs that many pages; WREN_RANDOM_SEED starts elsewhere.
-long numberFrom(const char* name, long fallback) {
-  const char* text = std::getenv(name);
+long numberFrom(const char* variable, long fallback) {
+  const char* text = std::getenv(variable);
   return text == nullptr ? fallback : std::strtol(text, nullptr, 10);
 }
 
-TEST(StencilPage, RandomPagesEqualTheLiteralVersion) {
+// WREN_RANDOM_PAGES=<count> runs that many pages, WREN_RANDOM_SEED=<number> other ones.
+TEST(StencilPage, EqualsTheReferenceOnRandomPages) {
   PageMaker maker(static_cast<unsigned>(numberFrom("WREN_RANDOM_SEED", 20261120)));
   const long pages = numberFrom("WREN_RANDOM_PAGES", 1000);
   ASSERT_GT(pages, 0);
   for (long i = 0; i < pages; ++i) {
-    const PageKind kind = kPageKinds[maker.next(std::size(kPageKinds))];
-    const int width = 1 + static_cast<int>(maker.next(100));
-    const int height = 1 + static_cast<int>(maker.next(40));
-    QVImage page = maker.make(kind, width, height);
-    ASSERT_EQ(bytesOf(qvTattooDithering(page)), literalDots(page))
-        << "page " << i << ", kind " << static_cast<int>(kind) << ", " << width << " x " << height;
+    const PageKind kind = maker.anyKind();
+    const int width = 1 + maker.below(100);
+    const int height = 1 + maker.below(40);
+    ASSERT_TRUE(equalsReference(maker.make(kind, width, height)))
+        << "page " << i << ", " << kind << ", " << width << " x " << height;
   }
   RecordProperty("pages", static_cast<int>(pages));
 }
 
 }  // namespace
+}  // namespace wren::stencil

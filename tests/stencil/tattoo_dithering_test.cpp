@@ -1,55 +1,50 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+//
+// stencil_page_test compares all kinds of grey pages with the reference implementation.
 
 #include "stencil/tattoo_dithering.h"
 
 #include <gtest/gtest.h>
 
-#include "stencil/error_diffusion.h"
-#include "stencil/tone.h"
-#include "stencil/unsharp.h"
-#include "tests/stencil/grey_page.h"
+#include "tests/stencil/reference_image.h"
 
+namespace wren::stencil {
 namespace {
 
-TEST(TattooDithering, LeavesTheSourceUnchanged) {
-  QVImage page = noisePage(40, 30, 8);
-  const Bytes before = bytesOf(page);
-  const QVImage result = qvTattooDithering(page);
-  EXPECT_EQ(bytesOf(page), before);
-  EXPECT_EQ(result.width, 40);
-  EXPECT_EQ(result.height, 30);
-  EXPECT_EQ(result.colorType, QV_IMG_GRAY);
-  for (const std::uint8_t level : bytesOf(result)) EXPECT_TRUE(level == 0 || level == 255);
-}
-
-TEST(TattooDithering, KeepsBlackAndWhitePages) {
-  for (const std::uint8_t level : {std::uint8_t{0}, std::uint8_t{255}}) {
-    QVImage page = uniformPage(25, 14, level);
-    EXPECT_EQ(bytesOf(qvTattooDithering(page)), bytesOf(page)) << int{level};
+TEST(TattooDithering, EqualsTheReferenceInEveryLayout) {
+  for (int layout = -1; layout <= 5; ++layout) {
+    for (int size = 1; size <= 40; ++size) {
+      const QVImage noise = noisePage(4 * size, size, static_cast<unsigned>(size));
+      QVImage page(size, size, static_cast<QV_IMG_COLOR>(layout), noise.data);
+      const Bytes before = bytesOf(page);
+      const QVImage dots = qvTattooDithering(page);
+      ASSERT_TRUE(samePixels(bytesOf(dots), referenceDots(page), size)) << "layout " << layout;
+      ASSERT_EQ(dots.width, size);
+      ASSERT_EQ(dots.height, size);
+      ASSERT_EQ(dots.channels, 1);
+      ASSERT_EQ(dots.colorType, QV_IMG_GRAY);
+      ASSERT_TRUE(samePixels(bytesOf(page), before, size * page.channels)) << "the source changed";
+    }
   }
 }
 
-// The threshold belongs to the page before the tone curve.
-TEST(TattooDithering, RunsTheStagesInOrder) {
-  QVImage page = noisePage(40, 30, 8);
-  QVImage grey = cvtGray(page);
-  const int threshold = thresh_global_moments(grey);
-  enh_piecewise_gamma(grey, 64, 0.85F, 0.7F);
-  const QVImage expected = edf_cus(enh_unsharp_mask(grey, 300.0F, 11), threshold);
-  EXPECT_EQ(bytesOf(qvTattooDithering(page)), bytesOf(expected));
-}
-
-TEST(TattooDithering, TakesColourPages) {
-  const QVImage noise = noisePage(3 * 16, 12, 10);
-  QVImage page(16, 12, QV_IMG_RGB, noise.data);
-  QVImage grey = cvtGray(page);
-  EXPECT_EQ(bytesOf(qvTattooDithering(page)), bytesOf(qvTattooDithering(grey)));
+// `channels` and `colorType` are independent fields.
+TEST(TattooDithering, TakesGreyPagesOfFourBytesPerPixel) {
+  const QVImage noise = noisePage(4 * 20, 20, 3);
+  QVImage page(20, 20, QV_IMG_RGBA, noise.data);
+  page.colorType = QV_IMG_GRAY;
+  QVImage grey(20, 20, QV_IMG_GRAY);
+  for (int i = 0; i < 20 * 20; ++i) grey.data[i] = noise.data[std::ptrdiff_t{4} * i];
+  EXPECT_TRUE(samePixels(bytesOf(qvTattooDithering(page)), referenceDots(grey), 20));
 }
 
 TEST(TattooDithering, AcceptsAnEmptyPage) {
-  QVImage page(0, 0, QV_IMG_GRAY);
-  EXPECT_EQ(qvTattooDithering(page).byteCount(), 0U);
+  for (const QV_IMG_COLOR layout : {QV_IMG_GRAY, QV_IMG_RGB}) {
+    QVImage page(0, 0, layout);
+    EXPECT_EQ(qvTattooDithering(page).byteCount(), 0U) << "layout " << layout;
+  }
 }
 
 }  // namespace
+}  // namespace wren::stencil

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "stencil/diffusion_wavefront.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "tests/stencil/reference_image.h"
+#include "tests/stencil/test_pages.h"
+
+namespace wren::stencil {
+namespace {
+
+Bytes diffused(const QVImage& page, int threshold) {
+  constexpr int kBlockRows = WavefrontDiffuser::kBlockRows;
+  Bytes out(page.byteCount());
+  WavefrontDiffuser diffuser(page.width, page.height, threshold);
+  for (int y = 0; y < page.height; y += kBlockRows) {
+    const int rows = std::min(kBlockRows, page.height - y);
+    for (int r = 0; r < rows; ++r) {
+      std::memcpy(diffuser.row(r), page.data + (y + r) * page.width,
+                  static_cast<std::size_t>(page.width));
+    }
+    diffuser.run(out.data() + y * page.width, page.width, rows);
+  }
+  return out;
+}
+
+testing::AssertionResult equalsReference(const QVImage& page, int threshold) {
+  const Bytes expected = bytesOf(reference::edf_cus(toReference(page), threshold));
+  return samePixels(diffused(page, threshold), expected, page.width) << ", threshold " << threshold;
+}
+
+TEST(WavefrontDiffuser, EqualsTheReferenceOnEverySize) {
+  onEveryPage(1, [](const QVImage& page, PageMaker& maker) {
+    EXPECT_TRUE(equalsReference(page, maker.below(257) - 1));
+  });
+}
+
+// Wide enough that most columns are away from the edges.
+TEST(WavefrontDiffuser, EqualsTheReferenceAtEveryThreshold) {
+  PageMaker maker(6);
+  for (int threshold = -1; threshold <= 255; ++threshold) {
+    for (const PageKind kind : kPageKinds) {
+      const QVImage page = maker.make(kind, 150 + threshold % 16, 50);
+      ASSERT_TRUE(equalsReference(page, threshold)) << kind;
+    }
+  }
+}
+
+// Below the last ink the errors fade for hundreds of rows, down to denormals.
+TEST(WavefrontDiffuser, EqualsTheReferenceWhileErrorsFadeOnABlankPage) {
+  PageMaker maker(7);
+  QVImage page = uniformPage(80, 1600, 0);
+  for (int i = 0; i < 80 * 40; ++i) page.data[i] = static_cast<std::uint8_t>(maker.below(256));
+  for (const int threshold : {0, 1, 128}) EXPECT_TRUE(equalsReference(page, threshold));
+}
+
+TEST(WavefrontDiffuser, LeavesBytesBesideTheRowsUnchanged) {
+  const QVImage page = noisePage(21, 3, 8);
+  const Bytes dots = bytesOf(reference::edf_cus(toReference(page), 128));
+  Bytes out(3 * 32, 9);
+  Bytes expected = out;
+  WavefrontDiffuser diffuser(21, 3, 128);
+  for (int r = 0; r < 3; ++r) {
+    std::memcpy(diffuser.row(r), page.data + r * 21, 21);
+    std::memcpy(expected.data() + r * 32, dots.data() + r * 21, 21);
+  }
+  diffuser.run(out.data(), 32, 3);
+  EXPECT_TRUE(samePixels(out, expected, 32));
+}
+
+}  // namespace
+}  // namespace wren::stencil
