@@ -101,5 +101,61 @@ TEST(StencilMemory, OfTheWholeImageIsTheResultAndSomeRows) {
   EXPECT_LE(most, bytes + kBytesPerColumn * kWidth + kFixed);
 }
 
+// Bytes that are held after `work` and were not before.
+template <typename Work>
+std::size_t leftBy(Work work) {
+  const std::size_t before = held;
+  work();
+  return held - before;
+}
+
+constexpr std::size_t kPixels = 12;
+const std::uint8_t kLevels[kPixels] = {};
+
+TEST(QVImageMemory, IsHeldByTheImageUntilItsDestructor) {
+  EXPECT_EQ(leftBy([] {
+              const std::size_t before = held;
+              const QVImage image(4, 3, QV_IMG_GRAY);
+              EXPECT_EQ(held - before, kPixels);
+            }),
+            0U);
+}
+
+TEST(QVImageMemory, IsFreedByEveryKindOfImage) {
+  EXPECT_EQ(leftBy([] { const QVImage image(4, 3, QV_IMG_GRAY, kLevels); }), 0U) << "with pixels";
+  EXPECT_EQ(leftBy([] {
+              const QVImage image(4, 3, QV_IMG_GRAY, kLevels);
+              const QVImage copy(image);
+            }),
+            0U)
+      << "copied";
+  EXPECT_EQ(leftBy([] {
+              const QVImage image(4, 3, QV_IMG_GRAY, kLevels);
+              QVImage target(50, 60, QV_IMG_RGB);
+              target = image;
+            }),
+            0U)
+      << "assigned";
+}
+
+TEST(QVImageMemory, OfTheOldPixelsIsFreedByAnAssignment) {
+  const QVImage image(4, 3, QV_IMG_GRAY, kLevels);
+  QVImage target(50, 60, QV_IMG_RGB);
+  const std::size_t before = held;
+  target = image;
+  EXPECT_EQ(before - held, 50U * 60 * 3 - kPixels);
+}
+
+TEST(QVImageMemory, IsFreedWhenAnExceptionPasses) {
+  EXPECT_EQ(leftBy([] {
+              try {
+                const QVImage image(4, 3, QV_IMG_GRAY, kLevels);
+                const QVImage impossible(-1, 3, QV_IMG_GRAY);
+              } catch (const std::bad_alloc&) {
+              }
+            }),
+            0U);
+}
+
 }  // namespace
 }  // namespace wren::stencil
