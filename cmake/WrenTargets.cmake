@@ -1,37 +1,51 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 
-# wren_library(<folder> SOURCES <files> [LINKS <targets>])
+# wren_library(<folder> SOURCES <files> [LINKS <targets>] [EXCLUDE_HEADERS <files>])
 #
-# The one library of a folder, as target wren_<folder> with alias wren::<folder>.
-# LINKS are the arrows between folders; they are PUBLIC, so that a header may
-# include what its folder links and nothing else. Every header of the folder is
-# also compiled alone.
+# The library of a folder: target wren_<folder>, alias wren::<folder>. LINKS are the
+# folders that its headers may include; they are PUBLIC, so that a header compiles with these
+# and nothing else. Every header of the folder is also compiled alone, but for those
+# of another target of the folder.
 function(wren_library folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;EXCLUDE_HEADERS")
   add_library(wren_${folder} STATIC ${arg_SOURCES})
   add_library(wren::${folder} ALIAS wren_${folder})
   target_include_directories(wren_${folder} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(wren_${folder} PUBLIC ${arg_LINKS})
-  wren_check_headers(${folder} wren_${folder})
+  wren_check_headers(${folder} wren_${folder} ${arg_EXCLUDE_HEADERS})
 endfunction()
 
-# Compiles each header of a folder as a unit of its own.
+# wren_check_headers(<folder> <library> [<file to leave out>...])
+#
+# Compiles each header of the current folder as a unit of its own.
 function(wren_check_headers folder library)
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
+       ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  if(ARGN)
+    list(REMOVE_ITEM headers ${ARGN})
+  endif()
+  foreach(header IN LISTS headers)
+    wren_check_header(${header} ${library})
+  endforeach()
+endfunction()
+
+# wren_check_header(<file> <library>)
+#
+# Compiles one header of the current folder as a unit of its own.
+function(wren_check_header header library)
   if(NOT WREN_TESTS)
     return()
   endif()
-  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
-       ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-  set(units "")
-  foreach(header IN LISTS headers)
-    string(MAKE_C_IDENTIFIER ${header} stem)
-    set(unit ${CMAKE_CURRENT_BINARY_DIR}/header_check/${stem}.cpp)
-    file(CONFIGURE OUTPUT ${unit} CONTENT "#include \"${header}\"\n")
-    list(APPEND units ${unit})
-  endforeach()
-  if(units)
-    add_library(wren_${folder}_header_check OBJECT ${units})
-    target_link_libraries(wren_${folder}_header_check PRIVATE ${library})
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
+             OUTPUT_VARIABLE folder)
+  string(MAKE_C_IDENTIFIER ${folder}/${header} stem)
+  set(unit ${CMAKE_CURRENT_BINARY_DIR}/header_check/${stem}.cpp)
+  file(CONFIGURE OUTPUT ${unit} CONTENT "#include \"${folder}/${header}\"\n")
+  set(target ${library}_header_check)
+  if(NOT TARGET ${target})
+    add_library(${target} OBJECT)
+    target_link_libraries(${target} PRIVATE ${library})
   endif()
+  target_sources(${target} PRIVATE ${unit})
 endfunction()

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The halftone methods as the PPD and the page options name them. What a value
-// does to a page is the page pipeline's affair.
+// The halftone methods as the PPD and the page options name them. What a value does to a
+// page is decided in printer/page_dots and dither/.
+
 #pragma once
 
 #include <cstdint>
@@ -22,10 +23,10 @@ enum DitherType : std::int32_t {
 
 extern "C" {
 
-/// The name of a halftone type; "None" for a value that is none of the nine.
+/// The name of a halftone type; "None" for a value that is not one of the nine.
 const char* wrenHalftoneTypeToStr(DitherType type);
 
-/// The halftone type of a name, compared exactly; None for any other text.
+/// The halftone type with this name, compared exactly; None for any other text.
 /// @param name must not be null.
 DitherType wrenHalftoneTypeFromStr(const char* name);
 }

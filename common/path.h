@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// File names taken out of paths, for texts that users read.
+// The file name in a path, for texts that users read.
+
 #pragma once
 
 extern "C" {
 
-/// The text after the last slash or backslash, whichever comes later; the whole
-/// path when it has neither. The result points into path; null gives null.
+/// The text after the last slash or backslash, whichever comes later; the whole path if
+/// it has neither. The result points into `path`; null gives null.
 const char* wrenPathGetBasename(const char* path);
 }

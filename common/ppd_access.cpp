@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "common/ppd_access.h"
 
 #include <strings.h>
@@ -18,7 +19,7 @@ const char* wrenPpdGetChoiceAsStrDefault(ppd_file_t* ppd, const char* keyword,
   return choice == nullptr ? defaultValue : choice->choice;
 }
 
-// atoi and atof are the rule here: a text without a number counts as 0.
+// atoi and atof define the result: a text without a number counts as 0.
 // NOLINTBEGIN(cert-err34-c)
 int wrenPpdGetChoiceAsIntDefault(ppd_file_t* ppd, const char* keyword, int defaultValue) {
   const char* name = wrenPpdGetChoiceAsStrDefault(ppd, keyword, nullptr);

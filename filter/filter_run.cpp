@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "filter/filter_run.h"
 
 #include <fcntl.h>
@@ -9,46 +10,38 @@
 #include <cstdlib>
 #include <memory>
 
+#include "common/handles.h"
 #include "common/log.h"
-#include "common/own_file.h"
 #include "common/path.h"
-#include "filter/job.h"
+#include "common/private_file.h"
 #include "filter/raster_input.h"
+#include "filter/settings.h"
+#include "job/job.h"
 #include "printer/dot_matrix_ep_printer.h"
 
+namespace wren::filter {
 namespace {
 
+// The version of the byte stream, not of the package: printed by the usage text.
 constexpr char kVersion[] = "3.13.31";
 constexpr char kSideFile[] = "/opt/cupsout/cups.out";
 constexpr int kFewestArguments = 6;
 constexpr int kOptionsArgument = 5;
 constexpr int kFileArgument = 6;
 
-// Standard input, or the raster file of the arguments, which is closed at the end.
+// Standard input, or the raster file of the arguments.
 class InputFile {
  public:
-  InputFile() = default;
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
-  ~InputFile() {
-    if (fileDescriptor > 0) close(fileDescriptor);
-  }
-
-  // A pipe that nobody writes to yet keeps open waiting.
+  // Blocks on a pipe that nobody has opened for writing yet.
   bool openPath(const char* path) {
-    fileDescriptor = open(path, O_RDONLY | O_CLOEXEC);
-    return fileDescriptor >= 0;
+    file_ = FileDescriptor(open(path, O_RDONLY | O_CLOEXEC));
+    return static_cast<bool>(file_);
   }
-  int descriptor() const { return fileDescriptor; }
+  int descriptor() const { return file_ ? file_.get() : STDIN_FILENO; }
 
  private:
-  int fileDescriptor = STDIN_FILENO;
+  FileDescriptor file_;
 };
-
-struct CloseFile {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-using SideFile = std::unique_ptr<FILE, CloseFile>;
 
 void writeUsage(const char* program) {
   const char* name = program == nullptr ? "" : wrenPathGetBasename(program);
@@ -56,28 +49,32 @@ void writeUsage(const char* program) {
                    kVersion, name);
 }
 
-// The file is created or emptied and never written. The line of perror comes on every
-// run, whether the file opened or not: who watches the log expects it.
-SideFile openSideFile() {
-  const int descriptor = openOwnFile(kSideFile);
-  SideFile file(descriptor < 0 ? nullptr : fdopen(descriptor, "w"));
+// The file is created or emptied and never written. The line of perror is written on every
+// run, whether the file was opened or not: programs that read the log expect it.
+FilePtr openSideFile() {
+  FileDescriptor descriptor = openPrivateFile(kSideFile);
+  FilePtr file(descriptor ? fdopen(descriptor.get(), "w") : nullptr);
+  if (file != nullptr) descriptor.release();
   std::perror("fopen() failed.");
   wrenLogCommon(0, "outFile cups.out : %p", static_cast<void*>(file.get()));
   return file;
 }
 
-bool runJob(const Settings& settings, int inputDescriptor, const CancelSignal& cancel) {
+bool runJob(const Settings& settings, int inputDescriptor, const CancelSignal& cancel,
+            const char* imageFolder) {
   cancel.announceJob();
-  beginJob(settings);
   const auto printer = std::make_unique<DotMatrixEpPrinter>();
+  printer->setDebugImageFolder(imageFolder);
+  job::Job job(settings, *printer, stdout, cancel.check());
+  job.begin();
   RasterInput input(inputDescriptor, cancel);
-  const SideFile sideFile = openSideFile();
-  return Job(settings, *printer, cancel).printPages(input);
+  const FilePtr sideFile = openSideFile();
+  return job.printPages(input);
 }
 
 }  // namespace
 
-int runFilter(int argc, char** argv, const CancelSignal& cancel) {
+int runFilter(int argc, char** argv, const CancelSignal& cancel, const char* imageFolder) {
   if (argc < kFewestArguments) {
     writeUsage(argc > 0 ? argv[0] : nullptr);
     return EXIT_FAILURE;
@@ -89,5 +86,8 @@ int runFilter(int argc, char** argv, const CancelSignal& cancel) {
   }
   Settings settings;
   if (!initializeSettings(argv[kOptionsArgument], &settings)) return EXIT_FAILURE;
-  return runJob(settings, input.descriptor(), cancel) ? EXIT_SUCCESS : EXIT_FAILURE;
+  const bool success = runJob(settings, input.descriptor(), cancel, imageFolder);
+  return success ? EXIT_SUCCESS : EXIT_FAILURE;
 }
+
+}  // namespace wren::filter

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
-// The process: its descriptors, its way out without memory, and the signal that
-// cancels a job. Everything else is in filter_run.
+//
+// The process: its descriptors, its end if out of memory, and the signal that cancels a job.
+// Everything else is in filter_run.
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,6 +19,12 @@
 #endif
 
 #include "filter/filter_run.h"
+#include "printer/debug_image_path.h"
+
+// A second build of the filter, for tests, has another folder.
+#ifndef WREN_IMAGE_FOLDER
+#define WREN_IMAGE_FOLDER wren::printer::kSpoolFolder
+#endif
 
 namespace {
 
@@ -24,9 +32,9 @@ volatile std::sig_atomic_t cancelRequested = 0;
 volatile std::sig_atomic_t jobHasBegun = 0;
 int wakeUpPipe[2] = {-1, -1};
 
-// Only what a signal handler may do: a flag, and a byte that ends a wait for input. Before
-// the first printer byte the process may be waiting where neither is looked at: for the
-// writer of a pipe that it opens, or in the CUPS library for a PPD.
+// Does only what a signal handler may do: sets a flag, and writes a byte that ends a wait for
+// input. Before the first printer byte the process may block where neither is looked at: in an
+// open of a pipe, or in the CUPS library on a PPD.
 extern "C" void onTermination(int /*signal*/) {
   if (jobHasBegun == 0) _exit(EXIT_SUCCESS);
   const int reason = errno;
@@ -53,8 +61,8 @@ void installTermination() {
   sigaction(SIGTERM, &action, nullptr);
 }
 
-// Otherwise the next file to be opened would take the place of a closed stream, and
-// printer bytes or messages would land in it.
+// Otherwise the next file to be opened would get the descriptor of a closed stream, and printer
+// bytes or messages would be written to it.
 void openClosedDescriptors() {
   int descriptor = 0;
   do {
@@ -63,9 +71,9 @@ void openClosedDescriptors() {
   if (descriptor >= 0) close(descriptor);
 }
 
-// Left to itself the C library keeps blocks of any size it has seen once in its heap, and
-// the holes between them add up to pages of memory from the second page on.
-void giveLargeBlocksBack() {
+// By default the C library keeps large blocks in its heap once it has seen their size. The
+// fragmentation would cost the memory of several pages from the second page on.
+void returnLargeBlocks() {
 #ifdef __GLIBC__
   constexpr int kLargestHeapBlock = 4 << 20;
   constexpr int kLargestSpareHeap = 8 << 20;
@@ -74,8 +82,8 @@ void giveLargeBlocksBack() {
 #endif
 }
 
-// Complete commands that are already on their way still reach the printer.
-void endWithoutMemory() {
+// Commands that are complete in the buffer are still sent.
+void exitOutOfMemory() {
   constexpr char kMessage[] = "ERROR:Out of memory\n";
   static_cast<void>(!write(STDERR_FILENO, kMessage, sizeof kMessage - 1));
   std::exit(EXIT_FAILURE);
@@ -86,11 +94,12 @@ void endWithoutMemory() {
 int main(int argc, char** argv) {
   static char outputBuffer[1 << 16];
   installTermination();
-  std::signal(SIGXFSZ, SIG_IGN);  // an image beyond a limit is cut short, as on a full disk
+  std::signal(SIGXFSZ, SIG_IGN);  // a debug image over a size limit is cut short, as on a full disk
   openClosedDescriptors();
   openWakeUpPipe();
-  giveLargeBlocksBack();
-  std::set_new_handler(endWithoutMemory);
+  returnLargeBlocks();
+  std::set_new_handler(exitOutOfMemory);
   std::setvbuf(stdout, outputBuffer, _IOFBF, sizeof outputBuffer);
-  return runFilter(argc, argv, {&cancelRequested, wakeUpPipe[0], &jobHasBegun});
+  return wren::filter::runFilter(argc, argv, {&cancelRequested, wakeUpPipe[0], &jobHasBegun},
+                                 WREN_IMAGE_FOLDER);
 }

@@ -1,32 +1,34 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "filter/page_size_name.h"
 
 #include <cstdlib>
 
+namespace wren::filter {
 namespace {
 
 // The text of one number, at most 19 characters.
 class NumberText {
  public:
-  // Takes a digit, or D for the decimal point. False for anything else and when full.
+  // Takes a digit, or D for the decimal point. False for anything else and if full.
   bool append(char character) {
     const bool digit = character >= '0' && character <= '9';
-    if ((!digit && character != 'D') || length == kLargest) return false;
-    text[length++] = digit ? character : '.';
+    if ((!digit && character != 'D') || length_ == kLargest) return false;
+    text_[length_++] = digit ? character : '.';
     return true;
   }
   float value() const {
-    return static_cast<float>(std::atof(text));  // NOLINT(cert-err34-c): no number is 0
+    return static_cast<float>(std::atof(text_));  // NOLINT(cert-err34-c): not a number is 0
   }
 
  private:
   static constexpr unsigned kLargest = 19;
-  char text[kLargest + 1] = {};
-  unsigned length = 0;
+  char text_[kLargest + 1] = {};
+  unsigned length_ = 0;
 };
 
-// Reads up to the Y; M is skipped. Returns the place after it, null on failure.
+// Reads up to the Y; M is skipped. Returns the position after it, null on failure.
 const char* readWidth(const char* at, NumberText& width) {
   for (; *at != 'Y'; ++at) {
     if (*at != 'M' && !width.append(*at)) return nullptr;
@@ -34,7 +36,7 @@ const char* readWidth(const char* at, NumberText& width) {
   return at + 1;
 }
 
-// Reads up to the first M; what follows it does not matter.
+// Reads up to the first M; the text after it is not looked at.
 bool readHeight(const char* at, NumberText& height) {
   for (; *at != 'M'; ++at) {
     if (!height.append(*at)) return false;
@@ -52,3 +54,5 @@ PageSizeNumbers parsePageSizeName(const char* name) {
   if (rest == nullptr || !readHeight(rest, height)) return {};
   return {width.value(), height.value()};
 }
+
+}  // namespace wren::filter

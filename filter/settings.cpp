@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "filter/settings.h"
 
 #include <cups/cups.h>
@@ -13,18 +14,15 @@
 
 #include "common/log.h"
 #include "common/ppd_access.h"
-#include "filter/option_table.h"
 #include "filter/page_size_name.h"
+#include "job/option_table.h"
 
 namespace {
 
-struct ClosePpd {
-  void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
-};
-using Ppd = std::unique_ptr<ppd_file_t, ClosePpd>;
+using Ppd = std::unique_ptr<ppd_file_t, wren::ClosePpd>;
 
-// In words of our own: the CUPS library's are translated, and it needs memory to find
-// them, which may be just what is missing.
+// Not the texts of the CUPS library: these are translated, and it needs memory to load them,
+// which may be what is missing.
 const char* ppdFault(ppd_status_t status) {
   switch (status) {
     case PPD_FILE_OPEN_ERROR:
@@ -38,10 +36,9 @@ const char* ppdFault(ppd_status_t status) {
   }
 }
 
-// The CUPS library does not look whether its own allocations for a PPD succeed. It is
-// given a file only when there is room for it: too little ends the process in the way
-// that main has laid down for that.
-void assureMemoryFor(const char* path, const char* options) {
+// The CUPS library does not check its allocations while it reads a PPD. It gets a file only if
+// there is enough memory for it; else the new-handler of `main` ends the process.
+void ensureMemoryFor(const char* path, const char* options) {
   constexpr std::size_t kAnyPpd = 1 << 20;
   constexpr std::size_t kMemoryPerByte = 16;
   struct stat status = {};
@@ -53,14 +50,14 @@ void assureMemoryFor(const char* path, const char* options) {
   ::operator delete(room);
 }
 
-// Null, after one line that says why, when the file cannot be used.
+// Null, after one line that says why, if the file cannot be used.
 Ppd openPpd(const char* options) {
   const char* path = std::getenv("PPD");
   if (path == nullptr) {
     wrenLogCommon(3, "Unable to open the PPD file: the environment variable PPD is not set");
     return nullptr;
   }
-  assureMemoryFor(path, options);
+  ensureMemoryFor(path, options);
   Ppd ppd(ppdOpenFile(path));
   if (ppd == nullptr) {
     int line = 0;
@@ -78,18 +75,25 @@ void markJobOptions(ppd_file_t* ppd, const char* text) {
   cupsFreeOptions(count, list);
 }
 
+bool wantsDebugImages(ppd_file_t* ppd) {
+  const char* choice = wrenPpdGetChoiceAsStrDefault(ppd, wren::job::kDebugImagesOption, "");
+  return std::strcmp(choice, wren::job::kDebugImagesOff) != 0;
+}
+
 Settings readSettings(ppd_file_t* ppd) {
+  using namespace wren::job;
   Settings settings;
   settings.maxMediaWidth = wrenPpdGetAttrAsFloatDefault(ppd, kMaxMediaWidthAttribute, nullptr, 0.0);
   settings.modelNumber = ppd->model_number;
-  for (const OptionRow& row : kIndexedOptions) {
-    settings.*row.field = getOptionChoiceIndex(row.keyword, ppd);
+  for (const NumericOption& option : kIndexedOptions) {
+    settings.*option.field = getOptionChoiceIndex(option.keyword, ppd);
   }
   getPageWidthPageHeight(ppd, &settings);
   settings.halftoneType =
       wrenHalftoneTypeFromStr(wrenPpdGetChoiceAsStrDefault(ppd, kHalftoneTypeOption, ""));
   settings.*kBrightnessOption.field =
-      wrenPpdGetChoiceAsIntDefault(ppd, kBrightnessOption.keyword, kBrightnessOption.whenAbsent);
+      wrenPpdGetChoiceAsIntDefault(ppd, kBrightnessOption.keyword, 0);
+  settings.debugImages = wantsDebugImages(ppd);
   return settings;
 }
 
@@ -106,15 +110,15 @@ bool initializeSettings(const char* options, Settings* settings) {
 
 int getOptionChoiceIndex(const char* keyword, ppd_file_s* ppd) {
   const ppd_choice_t* choice = wrenPpdGetChoice(ppd, keyword);
-  if (choice == nullptr) return -1;
-  const int index = std::atoi(choice->choice);  // NOLINT(cert-err34-c): no number is 0
+  if (choice == nullptr) return wren::job::kAbsentOption;
+  const int index = std::atoi(choice->choice);  // NOLINT(cert-err34-c): not a number is 0
   wrenLogCommon(0, "getOptionChoiceIndex: %s = %d\n", keyword, index);
   return index;
 }
 
 void getPageWidthPageHeight(ppd_file_s* ppd, Settings* settings) {
-  const char* name = wrenPpdGetChoiceAsStrDefault(ppd, kPageSizeOption, "");
-  const PageSizeNumbers numbers = parsePageSizeName(name);
+  const char* name = wrenPpdGetChoiceAsStrDefault(ppd, wren::job::kPageSizeOption, "");
+  const auto numbers = wren::filter::parsePageSizeName(name);
   settings->pageWidth = numbers.width;
   settings->pageHeight = numbers.height;
 }

@@ -1,51 +1,24 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The settings of a job: read once from the printer's PPD and the job options, and
-// never changed afterwards.
+// Reads the settings of a job from the printer's PPD and the job options.
+
 #pragma once
 
-#include <cstdint>
-
-#include "common/halftone_type.h"
+#include "job/settings.h"
 
 struct ppd_file_s;
 
-/// A plain record, passed by value. A choice that the PPD lacks reads as -1.
-struct Settings {
-  std::int32_t modelNumber = 0;
-  float pageWidth = 0.0F;      ///< in the unit of the page size's name; 0 when it has no numbers
-  float pageHeight = 0.0F;     ///< likewise
-  double maxMediaWidth = 0.0;  ///< points of 1/72 inch; 0 means no limit
-  std::int32_t pageType = 0;   ///< 1 keeps blank edges
-  std::int32_t bidiPrinting = 0;
-  std::int32_t pageCutType = 0;
-  std::int32_t docCutType = 0;      ///< not 0 also enables the feed at the end of the job
-  std::int32_t buzzer1Setting = 0;  ///< 0 off, 1 at page start, 2 at page end
-  std::int32_t buzzer1OnTime = 0;
-  std::int32_t buzzer1Reserved = 0;
-  std::int32_t buzzer1Repeat = 0;
-  std::int32_t buzzer2Setting = 0;  ///< 0 off, 1 at job start, 2 at job end
-  std::int32_t buzzer2OnTime = 0;
-  std::int32_t buzzer2Reserved = 0;
-  std::int32_t buzzer2Repeat = 0;
-  std::int32_t cashDrawerSetting = 0;  ///< 0 off, 1 at job start, 2 at job end
-  std::int32_t cashDrawerPulseWidth = 0;
-  std::int32_t feedCutAfterJobEnd = 0;  ///< units of 16 dot rows
-  std::int32_t brightness = 0;
-  DitherType halftoneType = None;
-};
-
-/// Fills *settings from the PPD file named by the environment variable PPD, with the
-/// job options marked over the PPD's defaults.
+/// Fills `*settings` from the PPD file named by the environment variable PPD, with the job
+/// options marked over the PPD's defaults.
 /// @param options the filter's fifth argument; may be null.
-/// @return false, after one "ERROR:" line, when there is no readable PPD; *settings is
-///   then left alone.
+/// @return false, after one "ERROR:" line, if there is no readable PPD; `*settings` is then
+///   unchanged.
 bool initializeSettings(const char* options, Settings* settings);
 
-/// The leading number of the option's chosen choice (0 when its name is no number), or
-/// -1 when there is none. A choice found is logged.
+/// The leading number of the option's selected choice (0 if its name is not a number), or -1
+/// if there is none. A choice found is logged.
 int getOptionChoiceIndex(const char* keyword, ppd_file_s* ppd);
 
-/// Sets pageWidth and pageHeight from the name of the chosen page size.
+/// Sets pageWidth and pageHeight from the name of the selected page size.
 void getPageWidthPageHeight(ppd_file_s* ppd, Settings* settings);

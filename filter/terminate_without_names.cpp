@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Only for a filter with the C++ library inside. Takes the place of the library's last
-// words on an exception that nobody catches: these name its type, and the decoder of
-// type names would be half of the program and brings unchecked formatted output along.
+// Only for a filter that is linked with the C++ library inside. Replaces the library's
+// terminate handler, which prints the type of an uncaught exception: its demangler would be
+// half of the program and brings unchecked formatted output along.
 
 #include <cstdlib>
 

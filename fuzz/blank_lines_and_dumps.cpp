@@ -2,12 +2,12 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The blank-line counters and the debug images on small pages of any shape,
-// against their literal versions.
+// against their reference implementations.
 
 #include "fuzz/input.h"
 #include "fuzz/memory_file.h"
 #include "printer/blank_lines.h"
-#include "printer/image_dump.h"
+#include "printer/debug_image.h"
 #include "tests/reference/page.h"
 
 namespace {
@@ -27,24 +27,25 @@ void compareCounters(const std::vector<std::uint8_t>& page, const Shape& shape) 
                                           shape.width) ==
             reference::wrenImageCountBlankLinesFromFront(page.data(), shape.bytesPerLine,
                                                          shape.height, shape.skip, shape.width),
-        "the count from the front is that of the literal version");
+        "the count from the front is that of the reference implementation");
   check(wrenImageCountBlankLinesFromBack(page.data(), shape.bytesPerLine, shape.height, shape.skip,
                                          shape.width) ==
             reference::wrenImageCountBlankLinesFromBack(page.data(), shape.bytesPerLine,
                                                         shape.height, shape.skip, shape.width),
-        "the count from the back is that of the literal version");
+        "the count from the back is that of the reference implementation");
 }
 
-void compareDump(const std::vector<std::uint8_t>& page, const Shape& shape,
-                 unsigned short bitsPerPixel) {
+void compareImage(const std::vector<std::uint8_t>& page, const Shape& shape,
+                  unsigned short bitsPerPixel) {
   static fuzz::MemoryFile file;
   file.clear();
-  PageMemory rows;
-  writeDump(file.descriptor(), {page.data(), shape.bytesPerLine, shape.height, shape.width},
-            bitsPerPixel, rows);
+  wren::printer::PageMemory rows;
+  wren::printer::writeImage(file.descriptor(),
+                            {page.data(), shape.bytesPerLine, shape.height, shape.width},
+                            bitsPerPixel, rows);
   check(file.content() == reference::saveImage(page.data(), shape.bytesPerLine, shape.height,
                                                shape.width, bitsPerPixel),
-        "the debug image is that of the literal version");
+        "the debug image is that of the reference implementation");
 }
 
 }  // namespace
@@ -58,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // The last row of a page with padding is read beyond its width.
   std::vector<std::uint8_t> page = input.bytes(shape.bytesPerLine * shape.height);
   compareCounters(page, shape);
-  compareDump(page, shape, 8);
-  compareDump(page, shape, 1);
+  compareImage(page, shape, 8);
+  compareImage(page, shape, 1);
   return 0;
 }

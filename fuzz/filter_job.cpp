@@ -3,7 +3,7 @@
 //
 // A whole job from made-up bytes: the text of a PPD, the job options and the
 // raster stream. Whatever CUPS makes of them is then printed, and the bytes that
-// leave for the printer are compared with those of the literal version.
+// leave for the printer are compared with those of the reference implementation.
 //
 // The input is the job options, a zero byte, the PPD, a zero byte, the raster.
 
@@ -13,11 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "filter/job.h"
 #include "filter/raster_input.h"
 #include "filter/settings.h"
 #include "fuzz/input.h"
 #include "fuzz/memory_file.h"
+#include "job/job.h"
 #include "printer/dot_matrix_ep_printer.h"
 #include "tests/reference/job.h"
 
@@ -32,9 +32,9 @@ constexpr std::size_t kMostPages = 4;
 // Passes on the pages of a stream, keeps what it passed on, and ends the job at a
 // page that would only cost time. Pages that are too large to be printed at all
 // are passed on.
-class RecordedPages : public PageSource {
+class RecordedPages : public wren::job::PageSource {
  public:
-  explicit RecordedPages(PageSource& source) : source_(source) {}
+  explicit RecordedPages(wren::job::PageSource& source) : source_(source) {}
 
   bool readHeader(cups_page_header2_s& header) override {
     if (pages.size() == kMostPages || !source_.readHeader(header)) return false;
@@ -52,7 +52,7 @@ class RecordedPages : public PageSource {
     return true;
   }
 
-  bool readPixels(unsigned char* pixels, unsigned size) override {
+  bool readPixels(std::uint8_t* pixels, unsigned size) override {
     if (!source_.readPixels(pixels, size)) return false;
     pages.back().readable = true;
     pages.back().pixels.assign(pixels, pixels + size);
@@ -62,53 +62,51 @@ class RecordedPages : public PageSource {
   std::vector<reference::Page> pages;
 
  private:
-  PageSource& source_;
+  wren::job::PageSource& source_;
 };
 
-reference::JobSettings literalSettings(const Settings& s) {
-  reference::JobSettings literal;
-  literal.pageWidth = s.pageWidth;
-  literal.pageHeight = s.pageHeight;
-  literal.maxMediaWidth = s.maxMediaWidth;
-  literal.pageType = s.pageType;
-  literal.bidiPrinting = s.bidiPrinting;
-  literal.pageCutType = s.pageCutType;
-  literal.docCutType = s.docCutType;
-  literal.buzzer1Setting = s.buzzer1Setting;
-  literal.buzzer1OnTime = s.buzzer1OnTime;
-  literal.buzzer1Repeat = s.buzzer1Repeat;
-  literal.buzzer2Setting = s.buzzer2Setting;
-  literal.buzzer2OnTime = s.buzzer2OnTime;
-  literal.buzzer2Repeat = s.buzzer2Repeat;
-  literal.cashDrawerSetting = s.cashDrawerSetting;
-  literal.cashDrawerPulseWidth = s.cashDrawerPulseWidth;
-  literal.feedCutAfterJobEnd = s.feedCutAfterJobEnd;
-  literal.brightness = s.brightness;
-  literal.halftoneType = s.halftoneType;
-  return literal;
-}
-
-// Standard output for as long as the fuzzer lives: the control commands go there.
-fuzz::MemoryFile& standardOutput() {
-  static fuzz::MemoryFile file;
-  static const bool replaced = dup2(file.descriptor(), STDOUT_FILENO) == STDOUT_FILENO;
-  check(replaced, "standard output can be replaced");
-  return file;
+reference::JobSettings referenceSettings(const Settings& s) {
+  reference::JobSettings result;
+  result.pageWidth = s.pageWidth;
+  result.pageHeight = s.pageHeight;
+  result.maxMediaWidth = s.maxMediaWidth;
+  result.pageType = s.pageType;
+  result.bidiPrinting = s.bidiPrinting;
+  result.pageCutType = s.pageCutType;
+  result.docCutType = s.docCutType;
+  result.buzzer1Setting = s.buzzer1Setting;
+  result.buzzer1OnTime = s.buzzer1OnTime;
+  result.buzzer1Repeat = s.buzzer1Repeat;
+  result.buzzer2Setting = s.buzzer2Setting;
+  result.buzzer2OnTime = s.buzzer2OnTime;
+  result.buzzer2Repeat = s.buzzer2Repeat;
+  result.cashDrawerSetting = s.cashDrawerSetting;
+  result.cashDrawerPulseWidth = s.cashDrawerPulseWidth;
+  result.feedCutAfterJobEnd = s.feedCutAfterJobEnd;
+  result.brightness = s.brightness;
+  result.halftoneType = s.halftoneType;
+  return result;
 }
 
 void printJob(const Settings& settings, int descriptor) {
-  fuzz::MemoryFile& output = standardOutput();
+  static fuzz::MemoryFile output;
   output.clear();
-  beginJob(settings);
   DotMatrixEpPrinter printer;
-  RasterInput raster(descriptor, {});
+  printer.setDebugImageFolder("/nonexistent/");
+  wren::filter::RasterInput raster(descriptor, {});
   RecordedPages source(raster);
-  const bool success = Job(settings, printer, {}).printPages(source);
-  std::fflush(stdout);
+  bool success = false;
+  {
+    const wren::FilePtr out(fdopen(dup(output.descriptor()), "w"));
+    wren::job::Job job(settings, printer, out.get());
+    job.begin();
+    success = job.printPages(source);
+  }
 
-  const reference::JobResult expected = reference::runJob(literalSettings(settings), source.pages);
+  const reference::JobResult expected =
+      reference::runJob(referenceSettings(settings), source.pages);
   check(output.content() == reference::bytesOf(expected.commands),
-        "the printer bytes are those of the literal version");
+        "the printer bytes are those of the reference implementation");
   check(success == (expected.status == 0), "success means that a page was printed");
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/dot_matrix_ep_printer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "printer/dot_kernels.h"
@@ -23,10 +25,10 @@ void DotMatrixEpPrinter::doPrintImage(const unsigned char* data, unsigned long /
       static_cast<unsigned char>(count & 0xFF), static_cast<unsigned char>((count >> 8) & 0xFF)};
   printByte(kEscape);
   printByte('<');
-  std::vector<unsigned char> columns(count);
+  std::vector<std::uint8_t> columns(count);
   while (height > 0 && !isCancelled()) {
     const unsigned long rows = std::min(height, kRowsPerBand);
-    packColumns(data, static_cast<unsigned>(rows), width, columns.data(), count);
+    wren::printer::packColumns(data, static_cast<unsigned>(rows), width, columns.data(), count);
     printBytes(bandStart, sizeof bandStart);
     printBytes(columns.data(), count);
     // Printed output depends on the factor 2: the feed is in half dot rows.

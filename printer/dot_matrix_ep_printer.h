@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The printer of this system: it writes a page of dots as 8-dot bit-image bands,
-// each followed by a paper feed (ESC/POS).
+// Writes a page of dots as 8-dot bit-image bands, each followed by a paper feed (ESC/POS).
+
 #pragma once
 
 #include "printer/wren_printer.h"
@@ -11,13 +11,13 @@ class DotMatrixEpPrinter : public WrenPrinter {
  public:
   DotMatrixEpPrinter() = default;
 
-  /// Writes 1B 3C, then for every 8 rows 1B 2A m nL nH, one byte per dot column
-  /// (its top row in bit 7) and 1B 4A n with n twice the number of rows.
-  /// @param data height rows, width bytes apart; the skipped pixels on the right
-  ///   are not read. Their number has to be smaller than width.
+  /// Writes 1B 3C, then for every 8 rows 1B 2A m nL nH, one byte per dot column (its top row
+  /// in bit 7) and 1B 4A n, where n is twice the number of rows.
+  /// @param data `height` rows, `width` bytes apart; the skipped pixels on the right are not
+  ///   read. Their number has to be smaller than `width`.
   /// @param bytesPerLine not used.
-  /// Needs the page header, of which it reads the horizontal resolution. Stops
-  /// between two bands once the job is cancelled.
+  /// Needs the page header, of which it reads the horizontal resolution. Stops between two
+  /// bands once the job is cancelled. Throws std::bad_alloc between two commands.
   void doPrintImage(const unsigned char* data, unsigned long bytesPerLine, unsigned long height,
                     unsigned long width) override;
 };

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/page_geometry.h"
 
 #include <cstring>
 
+namespace wren::printer {
 namespace {
 
 constexpr std::uint64_t kLargestPageBytes = 0x7FFFFFFF;
@@ -13,7 +15,7 @@ constexpr double kTooManyPixels = 18446744073709551616.0;  // 2^64
 
 std::uint64_t printableWidthPx(double maxMediaWidthPt, std::uint32_t horizontalDpi) {
   const double pixels = maxMediaWidthPt / 72.0 * horizontalDpi;
-  // Written so that a width that is not a number fails the test too.
+  // Written so that NaN fails the test too.
   const bool counts = pixels >= 0.0 && pixels < kTooManyPixels;
   return counts ? static_cast<std::uint64_t>(pixels) : 0;
 }
@@ -32,11 +34,13 @@ const char* pageFault(const PageGeometry& page, std::uint64_t excessPx) {
   return nullptr;
 }
 
-void centrePage(unsigned char* pixels, const PageGeometry& page, std::uint64_t excessPx) {
+void centrePage(std::uint8_t* pixels, const PageGeometry& page, std::uint64_t excessPx) {
   if (excessPx == 0) return;
   const std::uint64_t shift = excessPx / 2;
   for (std::uint32_t row = 0; row < page.heightPx; ++row) {
-    unsigned char* start = pixels + static_cast<std::uint64_t>(row) * page.bytesPerLine;
+    std::uint8_t* start = pixels + static_cast<std::uint64_t>(row) * page.bytesPerLine;
     std::memmove(start, start + shift, page.bytesPerLine - excessPx);
   }
 }
+
+}  // namespace wren::printer

@@ -1,54 +1,66 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Memory for pages. All of it is from the C library, which reports a failure and asks
-// no new-handler.
+// Memory for pages. All of it comes from malloc, which reports a failure and does not call
+// the new-handler; `askForMemory` does that where a page cannot be left out.
+
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
-#include <memory>
 
-struct FreeMemory {
-  void operator()(unsigned char* memory) const { std::free(memory); }
-};
-using PageBytes = std::unique_ptr<unsigned char, FreeMemory>;
+#include "common/handles.h"
 
-/// Room for a page, with undefined values; null without memory. For a page of many
-/// megabytes the system is asked for large memory pages, which it clears and maps
-/// several times faster.
-PageBytes allocatePage(std::size_t bytes);
+namespace wren::printer {
 
-/// One page after the other in the same memory, which only grows: memory that goes
-/// back to the system comes again as memory that has to be cleared first.
+/// A block for a page, with undefined values; null if out of memory. For pages of many
+/// megabytes the kernel is asked for huge pages: fewer page faults, less to clear.
+MallocBytes allocatePage(std::size_t bytes);
+
+/// Calls the new-handler, as operator new does after a failure: it frees memory, throws, or
+/// ends the program. Without a new-handler throws std::bad_alloc.
+void askForMemory();
+
+/// Reuses one buffer for all pages of a job. It never shrinks: the kernel would have to zero
+/// the memory again. Movable; a moved-from object is empty and can be used again.
 class PageMemory {
  public:
-  /// Makes room for a page; what was in it before is lost. False without memory.
+  using Allocate = MallocBytes (*)(std::size_t bytes);
+
+  /// @param allocate where the memory comes from; null is reported as a failure.
+  explicit PageMemory(Allocate allocate = allocatePage) : allocate_(allocate) {}
+
+  /// Makes room for a page; its values are undefined. False if out of memory; the buffer
+  /// is then empty.
   bool resize(std::size_t bytes) {
-    if (pageBytes != nullptr && bytes <= capacity) return true;
-    // Released first: two pages never live side by side.
-    pageBytes.reset();
-    pageBytes = allocatePage(bytes);
-    capacity = bytes;
-    return pageBytes != nullptr;
+    if (bytes_ != nullptr && bytes <= capacity_) return true;
+    // Released first: two pages never exist at the same time.
+    bytes_.reset();
+    bytes_ = allocate_(bytes);
+    capacity_ = bytes;
+    return bytes_ != nullptr;
   }
-  unsigned char* data() { return pageBytes.get(); }
+  std::uint8_t* data() { return bytes_.get(); }
 
  private:
-  PageBytes pageBytes;
-  std::size_t capacity = 0;
+  Allocate allocate_;
+  MallocBytes bytes_;
+  std::size_t capacity_ = 0;
 };
 
-/// Room for a page that is never touched: it only tells whether there is room.
-/// Without the volatile member a compiler drops the allocation and its test.
+/// A block of page size that is never written: it only tells whether there is room.
+/// Without the volatile member a compiler may drop the allocation and its test.
 class ScratchPage {
  public:
-  explicit ScratchPage(std::size_t bytes) : memory(std::malloc(bytes == 0 ? 1 : bytes)) {}
+  explicit ScratchPage(std::size_t bytes) : memory_(std::malloc(bytes == 0 ? 1 : bytes)) {}
   ScratchPage(const ScratchPage&) = delete;
   ScratchPage& operator=(const ScratchPage&) = delete;
-  ~ScratchPage() { std::free(memory); }
-  bool isThere() const { return memory != nullptr; }
+  ~ScratchPage() { std::free(memory_); }
+  bool isThere() const { return memory_ != nullptr; }
 
  private:
-  void* volatile memory;
+  void* volatile memory_;
 };
+
+}  // namespace wren::printer

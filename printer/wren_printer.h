@@ -1,26 +1,32 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The abstract printer: the options of a page, the streams that receive every
-// printer byte, and the way of a page from grey levels to dots. How dots become
-// printer commands is left to a subclass.
+// The abstract printer: the options of a page, the streams that receive every printer byte,
+// and the pipeline of a page from grey levels to dots. A subclass turns dots into printer
+// commands.
+
 #pragma once
 
 #include <cups/raster.h>
 
-#include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <list>
+#include <string>
+#include <string_view>
 
+#include "common/cancel_check.h"
 #include "common/halftone_type.h"
 #include "printer/page_memory.h"
 
 class WrenPrinter {
  public:
-  /// The caller's own data; never looked at here.
+  /// Data of the caller; not read here.
   struct UserData;
 
-  /// A printer whose only stream is standard output.
+  /// A printer whose only stream is standard output and whose debug images go to
+  /// wren::printer::kSpoolFolder.
   WrenPrinter();
   WrenPrinter(const WrenPrinter&) = delete;
   WrenPrinter& operator=(const WrenPrinter&) = delete;
@@ -28,107 +34,114 @@ class WrenPrinter {
   virtual ~WrenPrinter();
 
   /// Writes a page of dots as printer commands.
-  /// @param data rows of bytes; 0 is no dot, everything else a dot.
+  /// @param data rows of bytes; 0 is no dot, everything else a dot. Valid during the call,
+  ///   also while another page is printed from within it.
   virtual void doPrintImage(const unsigned char* data, unsigned long bytesPerLine,
                             unsigned long height, unsigned long width) = 0;
 
-  /// Prints one page: measures its blank edges, makes dots of it, writes the two
-  /// debug images and hands the dots to doPrintImage.
-  /// @param data the page as received, height rows of bytesPerLine bytes, top row
-  ///   first, one byte a pixel, 0 = bare paper; not owned and not changed.
-  /// @param width pixels of a row, at most bytesPerLine.
-  /// A page whose scratch buffer cannot be allocated leaves no trace. Throws
-  /// std::bad_alloc when the stencil method or the encoder finds no memory.
+  /// Prints one page: measures its blank edges, turns it into dots, saves the two debug images
+  /// and passes the dots to doPrintImage.
+  /// @param data the page as received: `height` rows of `bytesPerLine` bytes, top row first,
+  ///   one byte per pixel, 0 = bare paper; not owned and not changed.
+  /// @param width pixels of a row, at most `bytesPerLine`.
+  /// A page whose scratch page or page of dots cannot be allocated is dropped: no bytes, no
+  /// message, and no debug image of its dots. Throws std::bad_alloc if the halftone method or
+  /// the encoder is out of memory.
   void printImage(const unsigned char* data, unsigned long bytesPerLine, unsigned long height,
                   unsigned long width);
 
-  /// Makes dots of a page: tone, orientation, halftone method, negative.
-  /// @param type the method number of the classic methods; whether the stencil
-  ///   method runs is decided by the object's own halftone type.
-  /// @param out bytesPerLine * height bytes; the first width bytes of each row
-  ///   are written with 0 or 255 (with any level when no method could run).
-  /// @return height * bytesPerLine.
+  /// Turns a page into dots: tone, orientation, halftone method, negative.
+  /// @param type the number of the classic method. Whether the stencil method runs is decided
+  ///   by the halftone type of the printer.
+  /// @param out `bytesPerLine * height` bytes: the first `width` bytes of each row become 0 or
+  ///   255. It may overlap `data`.
+  /// A page that is larger than a bitmap can be has no dots and costs one "CRIT:" line. With a
+  /// width or height below 1, or rows shorter than `width`, nothing is written.
+  /// @return `height * bytesPerLine`.
   long PageProcess(DitherType type, const unsigned char* data, int bytesPerLine, int width,
                    int height, unsigned char* out);
 
-  /// Packs a page of bytes into bits in place, most significant bit first; the
-  /// pixels to skip on the right are left out. Each row starts a new byte.
-  /// @return the number of bytes that the packed page takes.
+  /// Packs a page of bytes into bits in place, most significant bit first; the pixels to skip
+  /// on the right are left out. Each row starts with a new byte. No job calls it.
+  /// @return the number of bytes of the packed page.
   int GrayToMono(int bytesPerLine, int height, unsigned char* buffer);
 
-  /// Writes one debug image; see printer/image_dump.h. A file that cannot be
-  /// opened costs one line on standard error.
+  /// Saves one debug image (printer/debug_image.h) under a name made from `imageFileFormat`.
+  /// A file that cannot be opened costs one line. Does nothing while debug images are off.
   /// @param bitsPerPixel 8 for grey levels, 1 for dots.
   void saveImage(const unsigned char* data, unsigned long bytesPerLine, unsigned long height,
                  unsigned long width, unsigned short bitsPerPixel);
 
-  void SetPrintWidth(long value) { printWidth = value; }
-  long GetPrintWidth() const { return printWidth; }
+  /// The folder of the debug images, which has to exist; an empty text turns them off.
+  /// @return false, with debug images off, if the name is too long.
+  bool setDebugImageFolder(std::string_view folder);
+  bool savesDebugImages() const { return !debugImageFolder_.empty(); }
 
-  /// The header is not copied: it has to live as long as printImage runs.
-  void setPageHeader(cups_page_header2_s* header) { pageHeader = header; }
-  cups_page_header2_s* getPageHeader() const { return pageHeader; }
+  void SetPrintWidth(long value) { printWidth_ = value; }
+  long GetPrintWidth() const { return printWidth_; }
 
-  void setAntiWrinkle(bool value) { antiWrinkle = value; }
-  bool getAntiWrinkle() const { return antiWrinkle; }
+  /// The header is not copied: it has to exist as long as printImage runs.
+  void setPageHeader(cups_page_header2_s* header) { pageHeader_ = header; }
+  cups_page_header2_s* getPageHeader() const { return pageHeader_; }
 
-  void setUseQVDithering(bool value) { useQVDithering = value; }
-  bool getUseQVDithering() const { return useQVDithering; }
+  void setAntiWrinkle(bool value) { antiWrinkle_ = value; }
+  bool getAntiWrinkle() const { return antiWrinkle_; }
 
-  void setMaxMediaWidth(int value) { maxMediaWidth = value; }
-  int getMaxMediaWidth() const { return maxMediaWidth; }
+  void setUseQVDithering(bool value) { useQVDithering_ = value; }
+  bool getUseQVDithering() const { return useQVDithering_; }
 
-  void setVBarcodeOpt(int value) { vBarcodeOpt = value; }
-  int getVBarcodeOpt() const { return vBarcodeOpt; }
+  void setMaxMediaWidth(int value) { maxMediaWidth_ = value; }
+  int getMaxMediaWidth() const { return maxMediaWidth_; }
 
-  /// Clamped to -100..100. A positive brightness raises the levels, and a high
-  /// level is ink.
+  void setVBarcodeOpt(int value) { vBarcodeOpt_ = value; }
+  int getVBarcodeOpt() const { return vBarcodeOpt_; }
+
+  /// Clamped to -100..100. A positive brightness raises the levels, and a high level is ink.
   void setBrightness(int value);
-  int getBrightness() const { return brightness; }
+  int getBrightness() const { return brightness_; }
 
   /// Clamped to -100..100.
   void setContrast(int value);
-  int getContrast() const { return contrast; }
+  int getContrast() const { return contrast_; }
 
   /// Decimal text, clamped to 1..15; must not be null.
   void setPrintSpeed(const char* text);
-  int getPrintSpeed() const { return printSpeed; }
+  int getPrintSpeed() const { return printSpeed_; }
 
   /// Clamped to 0..15.
   void setPrintDensity(int value);
-  int getPrintDensity() const { return printDensity; }
+  int getPrintDensity() const { return printDensity_; }
 
-  void setHalftoneType(DitherType type) { halftoneType = type; }
-  DitherType getHalftoneType() const { return halftoneType; }
+  void setHalftoneType(DitherType type) { halftoneType_ = type; }
+  DitherType getHalftoneType() const { return halftoneType_; }
 
-  void setNegativePrint(bool value) { negativePrint = value; }
-  bool isNegativePrint() const { return negativePrint; }
+  void setNegativePrint(bool value) { negativePrint_ = value; }
+  bool isNegativePrint() const { return negativePrint_; }
 
-  void setRotate180Print(bool value) { rotate180Print = value; }
-  bool isRotate180Print() const { return rotate180Print; }
+  void setRotate180Print(bool value) { rotate180Print_ = value; }
+  bool isRotate180Print() const { return rotate180Print_; }
 
-  void setMirrorPrint(bool value) { mirrorPrint = value; }
-  bool isMirrorPrint() const { return mirrorPrint; }
+  void setMirrorPrint(bool value) { mirrorPrint_ = value; }
+  bool isMirrorPrint() const { return mirrorPrint_; }
 
-  /// Bit 2 asks for blank rows to be cut at the top, bit 8 at the bottom.
-  void setRemoveBlankEdges(unsigned char bits) { removeBlankEdges = bits; }
-  unsigned char getRemoveBlankEdges() const { return removeBlankEdges; }
+  /// The bit of value 2 asks for blank rows to be cut at the top, 8 at the bottom.
+  void setRemoveBlankEdges(unsigned char bits) { removeBlankEdges_ = bits; }
+  unsigned char getRemoveBlankEdges() const { return removeBlankEdges_; }
 
   /// Pixels at the right end of each row that are not printed.
-  void setSkipRightPixels(unsigned long pixels) { skipRightPixels = pixels; }
-  unsigned long getSkipRightPixels() const { return skipRightPixels; }
+  void setSkipRightPixels(unsigned long pixels) { skipRightPixels_ = pixels; }
+  unsigned long getSkipRightPixels() const { return skipRightPixels_; }
 
-  void setUserData(UserData* data) { userData = data; }
-  UserData* getUserData() const { return userData; }
+  void setUserData(UserData* data) { userData_ = data; }
+  UserData* getUserData() const { return userData_; }
 
-  /// A flag that somebody else sets once the job is cancelled; null for none. It
-  /// is looked at between the stages of a page and between bands. Not owned.
-  void setCancelFlag(const volatile std::sig_atomic_t* flag) { cancelFlag = flag; }
-  bool isCancelled() const { return cancelFlag != nullptr && *cancelFlag != 0; }
+  /// Asked between the stages of a page and between bands.
+  void setCancelCheck(wren::CancelCheck check) { cancelCheck_ = check; }
+  bool isCancelled() const { return cancelCheck_.isCancelled(); }
 
-  /// The streams that receive every printer byte, in this order. They are neither
-  /// owned nor flushed; a failed write shows in ferror alone.
-  std::list<FILE*>& getOutputStreams() { return outputStreams; }
+  /// The streams that receive every printer byte, in this order. They are neither owned nor
+  /// flushed; a failed write is reported by ferror alone.
+  std::list<FILE*>& getOutputStreams() { return outputStreams_; }
 
   /// The identification text of the engine, a constant of 168 characters.
   const char* getCopyRight() const;
@@ -137,7 +150,7 @@ class WrenPrinter {
   void printStr(const char* text);
   void printByte(unsigned char byte);
 
-  /// @return what vfprintf gave for the last stream, 0 without streams.
+  /// @return the result of vfprintf for the last stream, 0 without streams.
   int printFormat(const char* format, ...)
 #ifdef __GNUC__
       __attribute__((format(printf, 2, 3)))
@@ -147,33 +160,35 @@ class WrenPrinter {
  protected:
   static constexpr std::size_t kImageFileFormatSize = 1024;
 
-  /// The template of the next debug image's path.
+  /// The printf template of the next debug image's path.
   char imageFileFormat[kImageFileFormatSize] = {};
 
  private:
-  void useImageFileFormat(const char* format);
+  void savePageImage(const char* name, const unsigned char* data, unsigned long bytesPerLine,
+                     unsigned long height, unsigned long width, unsigned short bitsPerPixel);
   void printDots(const unsigned char* dots, unsigned long bytesPerLine, unsigned long height,
                  unsigned long width, unsigned long topBlanks, unsigned long bottomBlanks);
 
-  std::list<FILE*> outputStreams;
-  cups_page_header2_s* pageHeader = nullptr;
-  int maxMediaWidth = 0;
-  long printWidth = 0;
-  int brightness = 0;
-  int vBarcodeOpt = 0;
-  int contrast = 0;
-  int printSpeed = 7;
-  int printDensity = 8;
-  DitherType halftoneType = None;
-  bool negativePrint = false;
-  bool mirrorPrint = false;
-  bool rotate180Print = false;
-  bool antiWrinkle = false;
-  bool useQVDithering = false;
-  unsigned char removeBlankEdges = 0;
-  unsigned long skipRightPixels = 0;
-  UserData* userData = nullptr;
-  const volatile std::sig_atomic_t* cancelFlag = nullptr;
-  PageMemory dotsPage;
-  PageMemory dumpRows;
+  std::list<FILE*> outputStreams_;
+  cups_page_header2_s* pageHeader_ = nullptr;
+  int maxMediaWidth_ = 0;
+  long printWidth_ = 0;
+  int brightness_ = 0;
+  int vBarcodeOpt_ = 0;
+  int contrast_ = 0;
+  int printSpeed_ = 7;
+  int printDensity_ = 8;
+  DitherType halftoneType_ = None;
+  bool negativePrint_ = false;
+  bool mirrorPrint_ = false;
+  bool rotate180Print_ = false;
+  bool antiWrinkle_ = false;
+  bool useQVDithering_ = false;
+  unsigned char removeBlankEdges_ = 0;
+  unsigned long skipRightPixels_ = 0;
+  UserData* userData_ = nullptr;
+  wren::CancelCheck cancelCheck_;
+  std::string debugImageFolder_;
+  wren::printer::PageMemory dotsPage_;
+  wren::printer::PageMemory imageRows_;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "common/halftone_type.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ struct Row {
   const char* name;
 };
 
-// "JarvisJudiceNinke" is no slip: PPDs and printed output depend on it.
+// "JarvisJudiceNinke" is not a typing error: PPDs and printed output depend on it.
 constexpr Row kRows[] = {
     {None, 0, "None"},
     {FloydSteinberg, 1, "FloydSteinberg"},

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "common/log.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -64,7 +66,7 @@ TEST(Log, PlainMessagesGetNeitherKeywordNorNewline) {
   EXPECT_EQ(GetCapturedStderr(), "ERROR: x - ");
 }
 
-// Standard error as a socket that keeps the single writes apart.
+// Standard error as a socket that keeps single writes apart.
 class SeparateWrites {
  public:
   SeparateWrites() {
@@ -133,7 +135,56 @@ TEST(Log, LongMessageIsCompleteWithoutMemory) {
   GTEST_SKIP() << "a sanitizer needs all the address space";
 #endif
   const std::string text(std::size_t{1} << 26, 'x');
-  EXPECT_TRUE(loggedWithoutMemory(text) == "ERROR:" + text + "\n");
+  const std::string written = loggedWithoutMemory(text);
+  ASSERT_EQ(written.size(), text.size() + std::string("ERROR:\n").size());
+  EXPECT_EQ(written.substr(0, 10), "ERROR:xxxx");
+  EXPECT_EQ(written.find_first_not_of('x', 6), written.size() - 1);
+  EXPECT_EQ(written.back(), '\n');
+}
+
+// --- Sinks ---
+
+using Messages = std::vector<std::string>;
+
+void collect(void* messages, const char* text, std::size_t length) {
+  static_cast<Messages*>(messages)->emplace_back(text, length);
+}
+
+TEST(MessageSink, ReceivesWholeMessagesInPlaceOfStandardError) {
+  Messages messages;
+  CaptureStderr();
+  {
+    const wren::MessageSink sink(collect, &messages);
+    wrenLogCommon(3, "%s", "one");
+    wrenWriteMessage("%d\n", 2);
+    wrenLogCommon(0, "%s", std::string(3000, 'x').c_str());
+  }
+  wrenLogCommon(1, "after");
+  EXPECT_EQ(messages, (Messages{"ERROR:one\n", "2\n", "DEBUG:" + std::string(3000, 'x') + "\n"}));
+  EXPECT_EQ(GetCapturedStderr(), "DEBUG:after\n");
+}
+
+TEST(MessageSink, InnerOneIsInForceUntilItsEnd) {
+  Messages outer;
+  Messages inner;
+  const wren::MessageSink sink(collect, &outer);
+  wrenLogCommon(3, "1");
+  {
+    const wren::MessageSink nested(collect, &inner);
+    wrenLogCommon(3, "2");
+  }
+  wrenLogCommon(3, "3");
+  EXPECT_EQ(outer, (Messages{"ERROR:1\n", "ERROR:3\n"}));
+  EXPECT_EQ(inner, (Messages{"ERROR:2\n"}));
+}
+
+TEST(MessageSink, BelongsToTheThreadThatMadeIt) {
+  Messages messages;
+  const wren::MessageSink sink(collect, &messages);
+  CaptureStderr();
+  std::thread([] { wrenLogCommon(3, "other thread"); }).join();
+  EXPECT_EQ(GetCapturedStderr(), "ERROR:other thread\n");
+  EXPECT_EQ(messages, Messages{});
 }
 
 }  // namespace

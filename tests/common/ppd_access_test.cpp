@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "common/ppd_access.h"
 
 #include <cups/cups.h>
@@ -15,10 +16,6 @@ namespace {
 
 using wren_test::PpdText;
 
-struct ClosePpd {
-  void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
-};
-
 class PpdAccess : public testing::Test {
  protected:
   // Opens a PPD without marking anything.
@@ -30,7 +27,7 @@ class PpdAccess : public testing::Test {
 
  private:
   wren_test::TemporaryFolder folder;
-  std::unique_ptr<ppd_file_t, ClosePpd> opened;
+  std::unique_ptr<ppd_file_t, wren::ClosePpd> opened;
 };
 
 TEST_F(PpdAccess, MarkedChoiceComesBeforeTheDefault) {
@@ -95,8 +92,8 @@ TEST_F(PpdAccess, AttributesAreTakenByTheirOptionKeyword) {
   EXPECT_EQ(wrenPpdGetAttrAsFloatDefault(ppd, "WrenLimit", "C", 0.25), 0.25);
 }
 
-// The CUPS library hands out an empty text here, which is a value; null is what gives
-// the default.
+// The CUPS library returns an empty text here, which is a value. Only null gives the
+// default.
 TEST_F(PpdAccess, AttributeWithEmptyTextIsAValue) {
   ppd_file_t* ppd = open(PpdText().attribute("MaxMediaWidth", ""));
   EXPECT_EQ(wrenPpdGetAttrAsFloatDefault(ppd, "MaxMediaWidth", nullptr, 1.0), 0.0);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The whole program: arguments, input, messages to the letter, exit status and every
-// byte, for each way in which a job can end.
+// The whole program: arguments, input, exact messages, exit status and every byte, for each
+// way in which a job can end.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -80,12 +80,12 @@ TEST(FilterRun, TooFewArgumentsPrintTheUsage) {
 
 TEST(FilterRun, NoArgumentsAtAllPrintTheUsageToo) {
   testing::internal::CaptureStderr();
-  EXPECT_EQ(runFilter(0, nullptr, {}), 1);
+  EXPECT_EQ(wren::filter::runFilter(0, nullptr, {}, ""), 1);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             " v3.13.31\n\nUsage:\n\n     job_id user title copyies options [file]\n\n");
 }
 
-TEST(FilterRun, InputFileThatCannotBeOpenedIsOneUnfinishedLine) {
+TEST(FilterRun, InputFileThatCannotBeOpenedIsOneLineWithoutANewline) {
   FilterJob job = jobOf({});
   job.inputPath = "/missing/page.ras";
   const auto result = runFilterJob(job);
@@ -94,7 +94,7 @@ TEST(FilterRun, InputFileThatCannotBeOpenedIsOneUnfinishedLine) {
   EXPECT_EQ(result.err, "ERROR: Unable to open raster file - ");
 }
 
-TEST(FilterRun, MissingPpdIsOneErrorLineAndNotAByte) {
+TEST(FilterRun, MissingPpdIsOneErrorLineAndNoByte) {
   for (const char* path : {"-", "/missing/printer.ppd", "/"}) {
     FilterJob job = jobOf({flatPage(8, 8, 255)});
     job.ppdPath = path;  // "-": no variable PPD at all

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "filter/page_size_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using wren::filter::parsePageSizeName;
 
 struct Row {
   const char* name;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "filter/settings.h"
 
 #include <cups/ppd.h>
@@ -7,7 +8,7 @@
 
 #include <cstdlib>
 
-#include "filter/option_table.h"
+#include "job/option_table.h"
 #include "tests/support/filter_job.h"
 #include "tests/support/ppd_text.h"
 #include "tests/support/temporary_folder.h"
@@ -16,6 +17,8 @@ namespace {
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
+using wren::job::kIndexedOptions;
+using wren::job::NumericOption;
 using wren_test::fullPpd;
 using wren_test::PpdText;
 
@@ -46,7 +49,7 @@ PpdText ppdOfDistinctChoices() {
   ppd.raw("*cupsModelNumber: 77\n");
   ppd.attribute("MaxMediaWidth", "204.0");
   int value = 10;
-  for (const OptionRow& row : kIndexedOptions) {
+  for (const NumericOption& row : kIndexedOptions) {
     ppd.option(row.keyword, {"0", std::to_string(value)}, std::to_string(value));
     ++value;
   }
@@ -98,9 +101,8 @@ TEST_F(SettingsTest, EachChoiceFoundIsLoggedWithAnEmptyLineInTheOrderOfReading) 
 TEST_F(SettingsTest, PpdWithoutOptionsGivesTheDefaultsAndNoLine) {
   const Settings s = read(PpdText());
   EXPECT_EQ(messages, "");
-  for (const OptionRow& row : kIndexedOptions) {
+  for (const NumericOption& row : kIndexedOptions) {
     EXPECT_EQ(s.*row.field, -1) << row.keyword;
-    EXPECT_EQ(row.whenAbsent, -1) << row.keyword;
   }
   EXPECT_EQ(s.modelNumber, 0);
   EXPECT_EQ(s.maxMediaWidth, 0.0);
@@ -117,7 +119,7 @@ TEST_F(SettingsTest, MissingFeedOptionHasNoLine) {
   EXPECT_EQ(messages, "DEBUG:getOptionChoiceIndex: PageType = 0\n\n");
 }
 
-TEST_F(SettingsTest, JobOptionComesBeforeThePpdsDefault) {
+TEST_F(SettingsTest, JobOptionOverridesTheDefaultOfThePpd) {
   PpdText ppd;
   ppd.numbers("PageCutType", 3, 1);
   EXPECT_EQ(read(ppd).pageCutType, 1);
@@ -149,6 +151,19 @@ TEST_F(SettingsTest, HalftoneTypeIsReadByItsExactName) {
   PpdText ppd;
   ppd.option("HalftoneType", {"Bayer"}, "Bayer");
   EXPECT_EQ(read(ppd).halftoneType, None);
+}
+
+// Queues of before the option was there keep their images; nothing is logged for either.
+TEST_F(SettingsTest, DebugImagesAreOnUnlessTheirOptionSaysOff) {
+  EXPECT_TRUE(read(PpdText()).debugImages);
+  for (const auto& [choice, expected] : {std::pair{"Off", false}, {"On", true}, {"Both", true}}) {
+    PpdText ppd;
+    ppd.option("DebugImages", {"Off", "On", "Both"}, choice);
+    EXPECT_EQ(read(ppd).debugImages, expected) << choice;
+    EXPECT_EQ(messages, "");
+    EXPECT_TRUE(read(ppd, "DebugImages=On").debugImages);
+    EXPECT_FALSE(read(ppd, "DebugImages=Off").debugImages);
+  }
 }
 
 TEST_F(SettingsTest, ChoiceThatIsNoNumberReadsZero) {

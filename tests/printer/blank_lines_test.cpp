@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/blank_lines.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "tests/printer/test_pages.h"
+#include "tests/reference/page.h"
 
 namespace {
 
@@ -29,7 +33,7 @@ unsigned long back(const std::string& page, unsigned long height, unsigned long 
   return wrenImageCountBlankLinesFromBack(bytes(page), 4, height, skip, 4);
 }
 
-// Printed output depends on the first row never being tested.
+// Printed output depends on the first row not being tested.
 TEST(BlankLines, FromFrontNeverTestsRowZero) {
   const struct {
     std::vector<unsigned long> rows;
@@ -86,6 +90,27 @@ TEST(BlankLines, RowsAreStrideBytesApart) {
 TEST(BlankLines, TheRowPastThePageCountsAsBlank) {
   const std::vector<unsigned char> page(12, 0);
   EXPECT_EQ(wrenImageCountBlankLinesFromFront(page.data(), 4, 3, 0, 4), 3U);
+}
+
+TEST(BlankLines, OfRandomPagesAreThoseOfTheReference) {
+  for (unsigned seed = 1; seed <= 3000; ++seed) {
+    wren_test::Dice dice(seed);
+    wren_test::TestPage page = wren_test::randomPage(dice, dice.below(3));
+    for (auto& level : page.pixels) {
+      if (dice.below(8) != 0) level = 0;
+    }
+    const unsigned long skip = dice.below(static_cast<unsigned>(page.bytesPerLine) + 3);
+    ASSERT_EQ(wrenImageCountBlankLinesFromBack(page.pixels.data(), page.bytesPerLine, page.height,
+                                               skip, page.width),
+              reference::wrenImageCountBlankLinesFromBack(page.pixels.data(), page.bytesPerLine,
+                                                          page.height, skip, page.width))
+        << "seed " << seed;
+    ASSERT_EQ(wrenImageCountBlankLinesFromFront(page.pixels.data(), page.bytesPerLine, page.height,
+                                                skip, page.width),
+              reference::wrenImageCountBlankLinesFromFront(page.pixels.data(), page.bytesPerLine,
+                                                           page.height, skip, page.width))
+        << "seed " << seed;
+  }
 }
 
 }  // namespace

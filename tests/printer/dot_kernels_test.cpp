@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/dot_kernels.h"
 
 #include <gmock/gmock.h>
@@ -11,20 +12,24 @@
 #include <vector>
 
 #include "tests/reference/page.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using Bytes = std::vector<std::uint8_t>;
 using testing::ElementsAre;
+using wren::printer::packColumns;
+using wren::printer::packWhiteBits;
+using wren_test::sameBytes;
 
-constexpr unsigned char kUntouched = 0xA5;
+constexpr std::uint8_t kUntouched = 0xA5;
 
 // Half of the pixels are dots, of any level but 0.
 Bytes noise(std::size_t count, std::mt19937& random) {
   Bytes bytes(count);
-  for (unsigned char& byte : bytes) {
+  for (std::uint8_t& byte : bytes) {
     const auto bits = random();
-    byte = static_cast<unsigned char>((bits & 1) != 0 ? 0 : bits >> 8);
+    byte = static_cast<std::uint8_t>((bits & 1) != 0 ? 0 : bits >> 8);
   }
   return bytes;
 }
@@ -46,83 +51,74 @@ TEST(PackColumns, GivesNoDotsWithoutRows) {
   EXPECT_EQ(columns, Bytes(20, 0));
 }
 
-TEST(PackColumns, EqualsThePlainLoopAtEveryWidthHeightAndStride) {
-  std::mt19937 random(1);
-  for (std::size_t count = 0; count <= 150; ++count) {
-    for (unsigned rows = 0; rows <= 8; ++rows) {
-      const std::size_t stride = count + random() % 5;
-      const Bytes band = noise(8 * stride, random);
-      Bytes fast(count + 1, kUntouched);
-      Bytes plain(count + 1, kUntouched);
-      packColumns(band.data(), rows, stride, fast.data(), count);
-      packColumnsPlain(band.data(), rows, stride, plain.data(), count);
-      ASSERT_EQ(fast, plain) << count << " columns, " << rows << " rows";
-    }
-  }
+// One band of the reference: the command's five bytes, then the columns. Its rows are as far
+// apart as they are wide.
+Bytes referenceColumns(const Bytes& band, unsigned rows, std::size_t count) {
+  const Bytes command =
+      reference::doPrintImage(reference::PageOptions(), band.data(), rows, count).at(1).bytes;
+  return {command.begin() + 5, command.end()};
 }
 
-// One band of the literal version: the command's five bytes, then the columns.
-TEST(PackColumns, BothEqualTheLiteralVersionAtEveryWidthAndHeight) {
-  std::mt19937 random(4);
+TEST(PackColumns, GivesTheColumnsOfTheReferenceAtEveryWidthHeightAndStride) {
+  std::mt19937 random(1);
   for (std::size_t count = 1; count <= 150; ++count) {
     for (unsigned rows = 1; rows <= 8; ++rows) {
-      const Bytes band = noise(count * rows, random);
-      const Bytes command =
-          reference::doPrintImage(reference::PageOptions(), band.data(), rows, count).at(1).bytes;
-      const Bytes literal(command.begin() + 5, command.end());
-      Bytes fast(count);
-      Bytes plain(count);
-      packColumns(band.data(), rows, count, fast.data(), count);
-      packColumnsPlain(band.data(), rows, count, plain.data(), count);
-      ASSERT_EQ(fast, literal) << count << " columns, " << rows << " rows";
-      ASSERT_EQ(plain, literal) << count << " columns, " << rows << " rows";
+      const std::size_t stride = count + random() % 5;
+      const Bytes band = noise(8 * stride, random);
+      Bytes tight;
+      for (unsigned row = 0; row < rows; ++row) {
+        tight.insert(tight.end(), band.data() + row * stride, band.data() + row * stride + count);
+      }
+      Bytes expected = referenceColumns(tight, rows, count);
+      expected.push_back(kUntouched);
+      Bytes columns(count + 1, kUntouched);
+      packColumns(band.data(), rows, stride, columns.data(), count);
+      ASSERT_TRUE(sameBytes(expected, columns)) << count << " columns, " << rows << " rows";
     }
   }
 }
 
-// The literal version packs a whole page in place; a page of one row is enough here.
-TEST(PackWhiteBits, BothEqualTheLiteralVersionAtEveryWidth) {
+TEST(PackColumns, WritesNothingForNoColumns) {
+  std::uint8_t column = kUntouched;
+  packColumns(nullptr, 8, 0, &column, 0);
+  EXPECT_EQ(column, kUntouched);
+}
+
+// The reference packs a whole page in place and sets bits for ink; a page of one row will do.
+Bytes referenceWhiteBits(Bytes pixels) {
+  const std::size_t count = pixels.size();
+  for (std::uint8_t& level : pixels) level = level == 0 ? 255 : 0;
+  std::vector<std::string> log;
+  pixels.resize(static_cast<std::size_t>(
+      reference::GrayToMono(static_cast<int>(count), 1, pixels.data(), 0, log)));
+  if (count % 8 != 0) pixels.back() |= static_cast<std::uint8_t>(0xFF >> count % 8);
+  return pixels;
+}
+
+TEST(PackWhiteBits, GivesTheBitsOfTheReferenceAtEveryWidthAndAlignment) {
   std::mt19937 random(3);
   for (std::size_t count = 1; count <= 600; ++count) {
-    const Bytes pixels = noise(count, random);
-    Bytes literal = pixels;
-    for (unsigned char& level : literal) level = level == 0 ? 255 : 0;  // it sets bits for ink
-    std::vector<std::string> log;
-    literal.resize(static_cast<std::size_t>(
-        reference::GrayToMono(static_cast<int>(count), 1, literal.data(), 0, log)));
-    if (count % 8 != 0) literal.back() |= static_cast<unsigned char>(0xFF >> count % 8);
-    Bytes fast(literal.size());
-    Bytes plain(literal.size());
-    packWhiteBits(pixels.data(), count, fast.data());
-    packWhiteBitsPlain(pixels.data(), count, plain.data());
-    ASSERT_EQ(fast, literal) << count;
-    ASSERT_EQ(plain, literal) << count;
+    const std::size_t shift = count % 16;
+    const Bytes pixels = noise(shift + count, random);
+    Bytes expected =
+        referenceWhiteBits({pixels.begin() + static_cast<std::ptrdiff_t>(shift), pixels.end()});
+    expected.push_back(kUntouched);
+    Bytes bits((count + 7) / 8 + 1, kUntouched);
+    packWhiteBits(pixels.data() + shift, count, bits.data());
+    ASSERT_TRUE(sameBytes(expected, bits)) << count << " pixels";
   }
 }
 
-TEST(PackWhiteBits, SetsABitForEveryPixelWithoutADotAndForThoseThatFillTheByte) {
+TEST(PackWhiteBits, SetsABitForEveryPixelWithoutADotAndForTheUnusedBitsOfTheByte) {
   const Bytes pixels = {0, 1, 0, 255, 0, 0, 128, 0, 7, 0};
   Bytes bits(3, kUntouched);
   packWhiteBits(pixels.data(), pixels.size(), bits.data());
   EXPECT_THAT(bits, ElementsAre(0xAD, 0x7F, kUntouched));
 }
 
-TEST(PackWhiteBits, EqualsThePlainLoopAtEveryWidthAndAlignment) {
-  std::mt19937 random(2);
-  for (std::size_t count = 0; count <= 600; ++count) {
-    const std::size_t shift = count % 16;
-    const Bytes pixels = noise(shift + count, random);
-    Bytes fast((count + 7) / 8 + 1, kUntouched);
-    Bytes plain(fast);
-    packWhiteBits(pixels.data() + shift, count, fast.data());
-    packWhiteBitsPlain(pixels.data() + shift, count, plain.data());
-    ASSERT_EQ(fast, plain) << count << " pixels";
-  }
-}
-
-TEST(PackKernels, SeeEveryLevelButNoneAsADot) {
+TEST(PackKernels, TakeEveryLevelButZeroForADot) {
   for (unsigned level = 0; level <= 255; ++level) {
-    const Bytes pixels(128, static_cast<unsigned char>(level));
+    const Bytes pixels(128, static_cast<std::uint8_t>(level));
     Bytes columns(16);
     Bytes bits(16);
     packColumns(pixels.data(), 8, 16, columns.data(), 16);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/dot_matrix_ep_printer.h"
 
 #include <gtest/gtest.h>
@@ -91,7 +92,7 @@ TEST(DotMatrixEpPrinter, SkippedPixelsOnTheRightAreNotSent) {
   EXPECT_EQ(skipping.bytes().size(), 2U + 5 + 376 + 3);
 }
 
-TEST(DotMatrixEpPrinter, RowsLieWidthApartWhateverTheBytesPerLine) {
+TEST(DotMatrixEpPrinter, RowsAreWidthBytesApartWhateverTheBytesPerLine) {
   const std::string page = fromHex("00FF00 FF00FF");
   RecordingPrinter plain;
   RecordingPrinter other;
@@ -121,36 +122,42 @@ TEST(DotMatrixEpPrinter, OtherOptionsDoNotMatter) {
   EXPECT_EQ(encoded(set, page, 8, 3), encoded(plain, page, 8, 3));
 }
 
-// A stream that cancels the job while the first band is on its way.
+// A stream that cancels the job while the first band is written to it.
 class CancellingStream {
  public:
-  CancellingStream() : stream(fopencookie(this, "w", {nullptr, take, nullptr, nullptr})) {
-    std::setvbuf(stream, nullptr, _IONBF, 0);
+  CancellingStream() : stream_(fopencookie(this, "w", {nullptr, take, nullptr, nullptr})) {
+    std::setvbuf(stream(), nullptr, _IONBF, 0);
   }
   CancellingStream(const CancellingStream&) = delete;
   CancellingStream& operator=(const CancellingStream&) = delete;
-  ~CancellingStream() { std::fclose(stream); }
 
-  FILE* stream;
-  std::string bytes;
-  volatile std::sig_atomic_t cancelled = 0;
+  FILE* stream() { return stream_.get(); }
+  const std::string& bytes() const { return bytes_; }
+  wren::CancelCheck check() const {
+    return {[](const void* self) { return static_cast<const CancellingStream*>(self)->cancelled_; },
+            this};
+  }
 
  private:
   static ssize_t take(void* self, const char* text, size_t count) {
     auto& sink = *static_cast<CancellingStream*>(self);
-    sink.bytes.append(text, count);
-    if (sink.bytes.find("\x1B*") != std::string::npos) sink.cancelled = 1;
+    sink.bytes_.append(text, count);
+    if (sink.bytes_.find("\x1B*") != std::string::npos) sink.cancelled_ = true;
     return static_cast<ssize_t>(count);
   }
+
+  std::string bytes_;
+  bool cancelled_ = false;
+  wren::FilePtr stream_;
 };
 
 TEST(DotMatrixEpPrinter, FinishesTheBandInWhichTheJobIsCancelled) {
   CancellingStream sink;
   RecordingPrinter printer;
-  printer.getOutputStreams() = {sink.stream};
-  printer.setCancelFlag(&sink.cancelled);
+  printer.getOutputStreams() = {sink.stream()};
+  printer.setCancelCheck(sink.check());
   printer.doPrintImage(bytesOf(std::string(24, '\x01')), 1, 24, 1);
-  EXPECT_EQ(hexLines(sink.bytes), (Lines{"1B 3C", "1B 2A 01 01 00 FF", "1B 4A 10"}));
+  EXPECT_EQ(hexLines(sink.bytes()), (Lines{"1B 3C", "1B 2A 01 01 00 FF", "1B 4A 10"}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/page_geometry.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,12 @@
 
 namespace {
 
+using wren::printer::centrePage;
+using wren::printer::excessPx;
+using wren::printer::pageFault;
+using wren::printer::PageGeometry;
+using wren::printer::printableWidthPx;
+
 TEST(PrintableWidth, IsPointsTimesResolutionBy72RoundedDown) {
   EXPECT_EQ(printableWidthPx(204.0, 203), 575U);
   EXPECT_EQ(printableWidthPx(204.5, 203), 576U);
@@ -17,7 +24,7 @@ TEST(PrintableWidth, IsPointsTimesResolutionBy72RoundedDown) {
   EXPECT_EQ(printableWidthPx(0.1, 203), 0U);
 }
 
-TEST(PrintableWidth, OfAWidthThatIsNoneMeansNoLimit) {
+TEST(PrintableWidth, OfAWidthThatIsNotPositiveAndFiniteMeansNoLimit) {
   const double infinity = std::numeric_limits<double>::infinity();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   for (const double width : {0.0, -0.0, -1.0, -1e300, infinity, -infinity, nan, 1e300}) {
@@ -36,7 +43,7 @@ TEST(Excess, IsWhatLiesBeyondThePrintableWidth) {
   EXPECT_EQ(excessPx(600, std::numeric_limits<std::uint64_t>::max()), 0U);
 }
 
-TEST(PageFault, IsNoneForPagesThatStayInTheirBuffers) {
+TEST(PageFault, IsNullForPagesThatFitTheirBuffers) {
   EXPECT_EQ(pageFault({576, 1200, 576}, 0), nullptr);
   EXPECT_EQ(pageFault({10, 1, 12}, 0), nullptr);
   EXPECT_EQ(pageFault({10, 1, 10}, 9), nullptr);
@@ -52,14 +59,14 @@ TEST(PageFault, NamesWhatIsWrong) {
 }
 
 // 65536 rows of 65537 bytes are 65536 bytes when multiplied in 32 bits.
-TEST(PageFault, SeesThroughAProductThatWraps) {
+TEST(PageFault, SeesAProductThatWraps) {
   EXPECT_STREQ(pageFault({65537, 65536, 65537}, 0), "it has more than 2147483647 bytes");
   EXPECT_STREQ(pageFault({0xFFFFFFFFU, 0xFFFFFFFFU, 0xFFFFFFFFU}, 0),
                "it has more than 2147483647 bytes");
 }
 
 std::string centred(std::string page, const PageGeometry& geometry, std::uint64_t excess) {
-  centrePage(reinterpret_cast<unsigned char*>(page.data()), geometry, excess);
+  centrePage(reinterpret_cast<std::uint8_t*>(page.data()), geometry, excess);
   return page;
 }
 
@@ -68,7 +75,7 @@ TEST(CentrePage, MovesTheMiddleOfEachRowToItsStartAndLeavesTheRest) {
   EXPECT_EQ(centred("abcdefg", {7, 1, 7}, 0), "abcdefg");
 }
 
-TEST(CentrePage, LosesTheOddPixelOnTheRight) {
+TEST(CentrePage, CutsTheOddPixelOnTheRight) {
   EXPECT_EQ(centred("abcdef", {6, 1, 6}, 1), "abcdef");
   EXPECT_EQ(centred("abcdef", {6, 1, 6}, 3), "bcddef");
 }

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/page_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace {
+
+using wren::printer::PageMemory;
+using wren::printer::ScratchPage;
 
 constexpr std::size_t kRollBytes = std::size_t{576} * 40000 + 5;
 constexpr std::size_t kTooManyBytes = SIZE_MAX / 4;
@@ -27,7 +33,7 @@ constexpr bool kAllocatorReportsFailure = true;
 TEST(PageMemory, KeepsItsMemoryForPagesThatAreNotLarger) {
   PageMemory memory;
   ASSERT_TRUE(memory.resize(1000));
-  const unsigned char* first = memory.data();
+  const std::uint8_t* first = memory.data();
   std::memset(memory.data(), 1, 1000);
   ASSERT_TRUE(memory.resize(10));
   EXPECT_EQ(memory.data(), first);
@@ -35,7 +41,7 @@ TEST(PageMemory, KeepsItsMemoryForPagesThatAreNotLarger) {
   EXPECT_EQ(memory.data(), first);
 }
 
-TEST(PageMemory, HasAPlaceForAPageWithoutBytes) {
+TEST(PageMemory, HasAnAddressForAPageWithoutBytes) {
   PageMemory memory;
   EXPECT_TRUE(memory.resize(0));
   EXPECT_NE(memory.data(), nullptr);
@@ -50,7 +56,7 @@ TEST(PageMemory, HoldsEveryByteOfALongRoll) {
   EXPECT_EQ(memory.data()[kRollBytes - 1], 0xA5);
 }
 
-TEST(PageMemory, SaysThatThereIsNoneAndGoesOnWithASmallerPage) {
+TEST(PageMemory, ReportsAFailureAndCanTakeASmallerPageAfterIt) {
   if (!kAllocatorReportsFailure) GTEST_SKIP() << "the sanitizer's allocator reports no failure";
   PageMemory memory;
   ASSERT_TRUE(memory.resize(10));
@@ -59,6 +65,28 @@ TEST(PageMemory, SaysThatThereIsNoneAndGoesOnWithASmallerPage) {
   EXPECT_FALSE(memory.resize(kTooManyBytes));
   ASSERT_TRUE(memory.resize(10));
   memory.data()[9] = 1;
+}
+
+TEST(PageMemory, IsEmptyAndUsableAfterAMove) {
+  PageMemory memory;
+  ASSERT_TRUE(memory.resize(1000));
+  const std::uint8_t* first = memory.data();
+  PageMemory other = std::move(memory);
+  EXPECT_EQ(other.data(), first);
+  EXPECT_EQ(memory.data(), nullptr);
+  ASSERT_TRUE(memory.resize(10));
+  EXPECT_NE(memory.data(), first);
+}
+
+int handlerCalls = 0;
+
+TEST(AskForMemory, CallsTheNewHandlerAndThrowsWithoutOne) {
+  const std::new_handler before = std::set_new_handler([] { ++handlerCalls; });
+  wren::printer::askForMemory();
+  EXPECT_EQ(handlerCalls, 1);
+  std::set_new_handler(nullptr);
+  EXPECT_THROW(wren::printer::askForMemory(), std::bad_alloc);
+  std::set_new_handler(before);
 }
 
 TEST(ScratchPage, TellsWhetherThereIsRoom) {

@@ -2,14 +2,13 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Printers whose bytes a test can look at.
+
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdio>
-#include <filesystem>
 #include <string>
 
+#include "common/handles.h"
 #include "printer/dot_matrix_ep_printer.h"
 #include "tests/support/temporary_folder.h"
 
@@ -18,32 +17,30 @@ namespace wren_test {
 /// An unnamed file as an output stream.
 class CaptureFile {
  public:
-  CaptureFile() : file(std::tmpfile()) {}
-  CaptureFile(const CaptureFile&) = delete;
-  CaptureFile& operator=(const CaptureFile&) = delete;
-  ~CaptureFile() { std::fclose(file); }
-  FILE* stream() { return file; }
+  FILE* stream() { return file_.get(); }
   std::string bytes() {
-    std::fflush(file);
-    std::string result(static_cast<std::size_t>(std::ftell(file)), '\0');
-    std::rewind(file);
-    result.resize(std::fread(result.data(), 1, result.size(), file));
+    std::fflush(stream());
+    std::string result(static_cast<std::size_t>(std::ftell(stream())), '\0');
+    std::rewind(stream());
+    result.resize(std::fread(result.data(), 1, result.size(), stream()));
     return result;
   }
 
  private:
-  FILE* file;
+  wren::FilePtr file_{std::tmpfile()};
 };
 
-/// The real printer, writing into a file instead of standard output.
+/// The product's printer at 203 dpi, writing into a file instead of standard output.
 class RecordingPrinter : public DotMatrixEpPrinter {
  public:
-  RecordingPrinter() {
+  /// @param imageFolder where its debug images go; empty for none.
+  explicit RecordingPrinter(const std::string& imageFolder = {}) {
     header.HWResolution[0] = 203;
     setPageHeader(&header);
-    getOutputStreams() = {output.stream()};
+    setDebugImageFolder(imageFolder);
+    getOutputStreams() = {output_.stream()};
   }
-  std::string bytes() { return output.bytes(); }
+  std::string bytes() { return output_.bytes(); }
   std::string imageFormat() const { return imageFileFormat; }
   void setImageFormat(const std::string& format) {
     std::snprintf(imageFileFormat, sizeof imageFileFormat, "%s", format.c_str());
@@ -52,24 +49,7 @@ class RecordingPrinter : public DotMatrixEpPrinter {
   cups_page_header2_s header = {};
 
  private:
-  CaptureFile output;
-};
-
-/// A working folder with an empty spool/, where this program's debug images go.
-class SpoolWorkingFolder {
- public:
-  SpoolWorkingFolder() : before(std::filesystem::current_path()) {
-    std::filesystem::create_directory(spool());
-    std::filesystem::current_path(folder.path());
-  }
-  SpoolWorkingFolder(const SpoolWorkingFolder&) = delete;
-  SpoolWorkingFolder& operator=(const SpoolWorkingFolder&) = delete;
-  ~SpoolWorkingFolder() { std::filesystem::current_path(before); }
-  std::filesystem::path spool() const { return folder.path() / "spool"; }
-
- private:
-  TemporaryFolder folder;
-  std::filesystem::path before;
+  CaptureFile output_;
 };
 
 inline const unsigned char* bytesOf(const std::string& text) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
+
 #include "printer/wren_printer.h"
 
 #include <gtest/gtest.h>
@@ -43,9 +44,24 @@ TEST(WrenPrinter, StartsWithItsDefaults) {
   EXPECT_EQ(printer.getOutputStreams(), std::list<FILE*>{stdout});
 }
 
-TEST(WrenPrinter, NamesItsFirstDumpByTheTemplateOfTheConstructor) {
-  // This program keeps its debug images below its working folder.
-  EXPECT_EQ(PlainPrinter().imageFormat(), "spool/prnimg_%d-%d-%d_%d_%d_%d_%ld.bmp");
+TEST(WrenPrinter, SavesImagesBelowTheSpoolFolderUnlessToldOtherwise) {
+  PlainPrinter printer;
+  EXPECT_TRUE(printer.savesDebugImages());
+  EXPECT_EQ(printer.imageFormat(), "/var/spool/cups/tmp/prnimg_%d-%d-%d_%d_%d_%d_%ld.bmp");
+  EXPECT_TRUE(printer.setDebugImageFolder("elsewhere"));
+  EXPECT_EQ(printer.imageFormat(), "elsewhere/prnimg_%d-%d-%d_%d_%d_%d_%ld.bmp");
+}
+
+TEST(WrenPrinter, TurnsDebugImagesOffForNoFolderAndForANameThatIsTooLong) {
+  PlainPrinter printer;
+  EXPECT_TRUE(printer.setDebugImageFolder(""));
+  EXPECT_FALSE(printer.savesDebugImages());
+  EXPECT_TRUE(printer.setDebugImageFolder("x"));
+  EXPECT_TRUE(printer.savesDebugImages());
+  // The template holds 1023 characters: a slash and the longest name need 35 of them.
+  EXPECT_TRUE(printer.setDebugImageFolder(std::string(1023 - 35, 'x')));
+  EXPECT_FALSE(printer.setDebugImageFolder(std::string(1024 - 35, 'x')));
+  EXPECT_FALSE(printer.savesDebugImages());
 }
 
 TEST(WrenPrinter, ClampsBrightnessAndContrast) {
@@ -152,22 +168,22 @@ TEST(WrenPrinter, WritesNothingWithoutStreams) {
 }
 
 TEST(WrenPrinter, ReportsAFailedWriteOnTheStreamAlone) {
-  FILE* full = std::fopen("/dev/full", "w");
+  const wren::FilePtr full(std::fopen("/dev/full", "w"));
   ASSERT_NE(full, nullptr);
-  std::setvbuf(full, nullptr, _IONBF, 0);
+  std::setvbuf(full.get(), nullptr, _IONBF, 0);
   PlainPrinter printer;
-  printer.getOutputStreams() = {full};
+  printer.getOutputStreams() = {full.get()};
   printer.printByte(1);
-  EXPECT_NE(std::ferror(full), 0);
-  std::fclose(full);
+  EXPECT_NE(std::ferror(full.get()), 0);
 }
 
-TEST(WrenPrinter, LooksAtTheCancelFlag) {
-  volatile std::sig_atomic_t flag = 0;
+TEST(WrenPrinter, AsksTheCancelCheck) {
+  bool cancelled = false;
   PlainPrinter printer;
-  printer.setCancelFlag(&flag);
+  printer.setCancelCheck(
+      {[](const void* flag) { return *static_cast<const bool*>(flag); }, &cancelled});
   EXPECT_FALSE(printer.isCancelled());
-  flag = 1;
+  cancelled = true;
   EXPECT_TRUE(printer.isCancelled());
 }
 

@@ -104,14 +104,26 @@ TEST(PrinterBytes, ColumnsBecomeRowsOfDots) {
 }
 
 TEST(SameBytes, ShowsTheFirstDifference) {
-  EXPECT_EQ(firstDifference({1, 2}, {1, 2}), "");
-  EXPECT_EQ(firstDifference({1, 0x2A, 3}, {1, 2}),
-            "3 bytes, expected 2; from offset 1 on: 2A 03 end, expected: 02 end");
-  EXPECT_EQ(firstDifference({}, {7}),
-            "0 bytes, expected 1; from offset 0 on: end, expected: 07 end");
-  EXPECT_EQ(firstDifference({7}, std::vector<std::uint8_t>(18, 7)),
-            "1 bytes, expected 18; from offset 1 on: end, "
-            "expected: 07 07 07 07 07 07 07 07 07 07 07 07 07 07 07 07 ..");
+  using Bytes = std::vector<std::uint8_t>;
+  const struct {
+    Bytes expected;
+    Bytes got;
+    const char* message;
+  } rows[] = {
+      {{1, 2}, {1, 2}, ""},
+      {{1, 2}, {1, 0x2A, 3},
+       "first difference at byte 1 (row 0, column 1) of 2 expected and 3 got\n"
+       "expected: 01 [02]\n     got: 01 [2a] 03"},
+      {{7}, {}, "first difference at byte 0 (row 0, column 0) of 1 expected and 0 got\n"
+                "expected: [07]\n     got:"},
+      {Bytes(18, 7), {7, 7, 7, 7, 7, 7, 8},
+       "first difference at byte 6 (row 3, column 0) of 18 expected and 7 got\n"
+       "expected: 07 07 07 07 [07] 07 07 07 07 07 07 07 07 07 07 07\n"
+       "     got: 07 07 07 07 [08]"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_STREQ(sameBytes(row.expected, row.got, 2).message(), row.message);
+  }
 }
 
 TEST(SameBytes, MatchesEqualBytesOnly) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
-#include "printer/image_dump.h"
+
+#include "printer/debug_image.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,12 +17,15 @@
 #include "tests/support/bmp_file.h"
 #include "tests/support/filter_job.h"
 #include "tests/support/printer_bytes.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
+using wren::printer::PageMemory;
+using wren::printer::writeImage;
 using wren_test::BmpFile;
 using wren_test::bytesOf;
 using wren_test::fromHex;
@@ -29,23 +33,24 @@ using wren_test::hexOf;
 using wren_test::readBmp;
 using wren_test::readFile;
 using wren_test::RecordingPrinter;
-using wren_test::SpoolWorkingFolder;
+using wren_test::sameBytes;
+using wren_test::TemporaryFolder;
 
-class ImageDump : public testing::Test {
+class DebugImage : public testing::Test {
  protected:
   // The file that saveImage writes.
   std::string saved(const std::string& pixels, unsigned long bytesPerLine, unsigned long height,
                     unsigned long width, unsigned short bitsPerPixel) {
-    printer.setImageFormat("spool/one.bmp");
+    printer.setImageFormat(folder.path() / "one.bmp");
     printer.saveImage(bytesOf(pixels), bytesPerLine, height, width, bitsPerPixel);
-    return readFile(folder.spool() / "one.bmp");
+    return readFile(folder.path() / "one.bmp");
   }
 
-  SpoolWorkingFolder folder;
-  RecordingPrinter printer;
+  TemporaryFolder folder;
+  RecordingPrinter printer{folder.path()};
 };
 
-TEST_F(ImageDump, GreyImageOf384By100) {
+TEST_F(DebugImage, GreyImageOf384By100) {
   const std::string pixels(384 * 100, '\x42');
   const std::string bytes = saved(pixels, 384, 100, 384, 8);
   const BmpFile file = readBmp(bytes);
@@ -55,7 +60,7 @@ TEST_F(ImageDump, GreyImageOf384By100) {
   EXPECT_EQ(file.pixels, pixels);
 }
 
-TEST_F(ImageDump, DotImageOf384By100) {
+TEST_F(DebugImage, DotImageOf384By100) {
   const std::string bytes = saved(std::string(384 * 100, '\0'), 384, 100, 384, 1);
   const BmpFile file = readBmp(bytes);
   EXPECT_EQ(bytes.size(), 4862U);
@@ -64,7 +69,7 @@ TEST_F(ImageDump, DotImageOf384By100) {
   EXPECT_EQ(file.pixels.size(), 48U * 100);
 }
 
-TEST_F(ImageDump, HeaderAndPaletteOfAGreyImage) {
+TEST_F(DebugImage, HeaderAndPaletteOfAGreyImage) {
   const std::string bytes = saved(std::string(30, '\x05'), 10, 3, 10, 8);
   EXPECT_EQ(hexOf(bytes.substr(0, 54)),
             "42 4D 5A 04 00 00 00 00 00 00 36 04 00 00 28 00 00 00 0A 00 00 00 03 00 00 00 01 00 "
@@ -77,7 +82,7 @@ TEST_F(ImageDump, HeaderAndPaletteOfAGreyImage) {
   }
 }
 
-TEST_F(ImageDump, HeaderAndPaletteOfADotImage) {
+TEST_F(DebugImage, HeaderAndPaletteOfADotImage) {
   EXPECT_EQ(hexOf(saved(std::string(10, '\0'), 10, 1, 10, 1)),
             "42 4D 42 00 00 00 00 00 00 00 3E 00 00 00 28 00 00 00 0A 00 00 00 01 00 00 00 01 00 "
             "01 00 00 00 00 00 04 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
@@ -85,7 +90,7 @@ TEST_F(ImageDump, HeaderAndPaletteOfADotImage) {
 }
 
 // The header declares padded rows, bottom row first; the bytes are neither.
-TEST_F(ImageDump, GreyRowsStandAsInMemoryWhateverTheHeaderSays) {
+TEST_F(DebugImage, GreyRowsAreStoredAsInMemoryWhateverTheHeaderSays) {
   std::string pixels;
   for (char i = 0; i < 20; ++i) pixels += i;
   const BmpFile file = readBmp(saved(pixels, 10, 2, 10, 8));
@@ -95,7 +100,7 @@ TEST_F(ImageDump, GreyRowsStandAsInMemoryWhateverTheHeaderSays) {
   EXPECT_EQ(file.pixels, pixels);
 }
 
-TEST_F(ImageDump, DotRowsArePackedWhiteForEmptyAndStandBottomUp) {
+TEST_F(DebugImage, DotRowsArePackedWhiteForEmptyAndStoredBottomUp) {
   const std::string empty(10, '\0');
   const std::string dots(10, '\xFF');
   EXPECT_EQ(hexOf(readBmp(saved(empty, 10, 1, 10, 1)).pixels), "FF FF 00 00");
@@ -103,13 +108,13 @@ TEST_F(ImageDump, DotRowsArePackedWhiteForEmptyAndStandBottomUp) {
   EXPECT_EQ(hexOf(readBmp(saved(dots + empty, 10, 2, 10, 1)).pixels), "FF FF 00 00 00 3F 00 00");
 }
 
-TEST_F(ImageDump, AnyValueButZeroIsADot) {
+TEST_F(DebugImage, AnyValueButZeroIsADot) {
   EXPECT_EQ(hexOf(readBmp(saved(fromHex("00 01 7F 80 FF 00 00 00"), 8, 1, 8, 1)).pixels),
             "87 00 00 00");
 }
 
 // Rows are read by bytes per line and declared by the width.
-TEST_F(ImageDump, RowsLongerThanTheWidthAreCutToTheDeclaredRow) {
+TEST_F(DebugImage, RowsLongerThanTheWidthAreCutToTheDeclaredRow) {
   const std::string row = std::string(8, '\0') + std::string(32, '\x01');
   const BmpFile file = readBmp(saved(row + row, 40, 2, 8, 1));
   EXPECT_EQ(file.imageSize, 8U);
@@ -118,13 +123,13 @@ TEST_F(ImageDump, RowsLongerThanTheWidthAreCutToTheDeclaredRow) {
   EXPECT_EQ(hexOf(narrow.pixels), "0F 00 00 00 F7 00 00 00");
 }
 
-TEST_F(ImageDump, GreyImageOfLongerRowsTakesWidthTimesHeightBytesAsTheyLie) {
+TEST_F(DebugImage, GreyImageOfLongerRowsTakesTheFirstWidthTimesHeightBytes) {
   const BmpFile file = readBmp(saved("abcdefgh", 4, 2, 3, 8));
   EXPECT_EQ(file.width, 3);
   EXPECT_EQ(file.pixels, "abcdef");
 }
 
-TEST_F(ImageDump, OtherDepthsAreLikeDotsWithoutAPalette) {
+TEST_F(DebugImage, OtherDepthsAreLikeDotsWithoutAPalette) {
   for (const unsigned short depth : std::initializer_list<unsigned short>{0, 4, 24}) {
     const std::string bytes = saved(std::string(10, '\0'), 10, 1, 10, depth);
     EXPECT_EQ(bytes.size(), 54U + 4);
@@ -135,19 +140,19 @@ TEST_F(ImageDump, OtherDepthsAreLikeDotsWithoutAPalette) {
   }
 }
 
-TEST_F(ImageDump, PageWithoutRowsIsAHeader) {
+TEST_F(DebugImage, PageWithoutRowsIsAHeader) {
   EXPECT_EQ(saved("", 10, 0, 10, 1).size(), 62U);
   EXPECT_EQ(saved("", 10, 0, 10, 8).size(), 1078U);
 }
 
-TEST_F(ImageDump, IsNamedByTheMomentAndTheRunningNumber) {
+TEST_F(DebugImage, IsNamedByTheMomentAndTheRunningNumber) {
   setenv("TZ", "UTC", 1);
   tzset();
-  printer.setImageFormat("spool/n_%d-%d-%d_%d_%d_%d_%ld.bmp");
+  printer.setImageFormat(folder.path() / "n_%d-%d-%d_%d_%d_%d_%ld.bmp");
   const std::time_t before = std::time(nullptr);
   printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
   printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
-  const auto images = wren_test::savedImages(folder.spool());
+  const auto images = wren_test::savedImages(folder.path());
   ASSERT_EQ(images.size(), 2U);
   EXPECT_EQ(images[1].number, images[0].number + 1);
   bool named = false;
@@ -163,59 +168,69 @@ TEST_F(ImageDump, IsNamedByTheMomentAndTheRunningNumber) {
   EXPECT_TRUE(named) << images[0].name;
 }
 
-TEST_F(ImageDump, MissingFolderCostsOneLineAndANumber) {
-  printer.setImageFormat("spool/n_%d-%d-%d_%d_%d_%d_%ld.bmp");
+TEST_F(DebugImage, MissingFolderCostsOneLineAndANumber) {
+  const fs::path images = folder.path() / "images";
+  fs::create_directory(images);
+  printer.setImageFormat(images / "n_%d-%d-%d_%d_%d_%d_%ld.bmp");
   printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
-  fs::rename(folder.spool(), folder.spool().parent_path() / "away");
+  fs::rename(images, folder.path() / "away");
   CaptureStderr();
   printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
   const std::string message = GetCapturedStderr();
-  const std::string start = "WrenPrinter::saveImage: unable to open the file spool/n_";
+  const std::string start =
+      "WrenPrinter::saveImage: unable to open the file " + images.string() + "/n_";
   EXPECT_EQ(message.substr(0, start.size()), start);
   EXPECT_EQ(message.back(), '\n');
   EXPECT_EQ(wren_test::linesOf(message).size(), 1U);
-  fs::rename(folder.spool().parent_path() / "away", folder.spool());
+  fs::rename(folder.path() / "away", images);
   printer.saveImage(bytesOf("x"), 1, 1, 1, 8);
-  const auto images = wren_test::savedImages(folder.spool());
-  ASSERT_EQ(images.size(), 2U);
-  EXPECT_EQ(images[1].number, images[0].number + 2);
+  const auto saved = wren_test::savedImages(images);
+  ASSERT_EQ(saved.size(), 2U);
+  EXPECT_EQ(saved[1].number, saved[0].number + 2);
 }
 
-TEST_F(ImageDump, IsForItsOwnerAloneAndReplacesAnOlderOne) {
+TEST_F(DebugImage, IsNotSavedWhileImagesAreOff) {
+  printer.setDebugImageFolder({});
+  EXPECT_EQ(saved("x", 1, 1, 1, 8), "");
+  EXPECT_FALSE(fs::exists(folder.path() / "one.bmp"));
+}
+
+TEST_F(DebugImage, IsForItsOwnerAloneAndReplacesAnOlderOne) {
   saved(std::string(100, 'x'), 10, 10, 10, 8);
   const std::string bytes = saved("y", 1, 1, 1, 8);
   EXPECT_EQ(bytes.size(), 1079U);
   struct stat status = {};
-  ASSERT_EQ(stat((folder.spool() / "one.bmp").c_str(), &status), 0);
+  ASSERT_EQ(stat((folder.path() / "one.bmp").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
 }
 
-TEST_F(ImageDump, FollowsNoSymbolicLink) {
-  fs::create_symlink(folder.spool() / "target", folder.spool() / "one.bmp");
+TEST_F(DebugImage, FollowsNoSymbolicLink) {
+  fs::create_symlink(folder.path() / "target", folder.path() / "one.bmp");
   CaptureStderr();
   EXPECT_EQ(saved("x", 1, 1, 1, 8), "");
-  EXPECT_EQ(GetCapturedStderr(), "WrenPrinter::saveImage: unable to open the file spool/one.bmp\n");
-  EXPECT_FALSE(fs::exists(folder.spool() / "target"));
+  EXPECT_EQ(GetCapturedStderr(), "WrenPrinter::saveImage: unable to open the file " +
+                                     (folder.path() / "one.bmp").string() + "\n");
+  EXPECT_FALSE(fs::exists(folder.path() / "target"));
 }
 
-TEST(ImageDumpWriting, AFullDiskEndsTheWritingQuietly) {
+TEST(DebugImageWriting, AFullDiskEndsTheWritingQuietly) {
   const int full = open("/dev/full", O_RDWR | O_CLOEXEC);
   ASSERT_GE(full, 0);
   const std::string pixels(100, 'x');
   CaptureStderr();
   PageMemory rows;
-  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 8, rows);
-  writeDump(full, {bytesOf(pixels), 10, 10, 10}, 1, rows);
+  writeImage(full, {bytesOf(pixels), 10, 10, 10}, 8, rows);
+  writeImage(full, {bytesOf(pixels), 10, 10, 10}, 1, rows);
   EXPECT_EQ(GetCapturedStderr(), "");
   close(full);
 }
 
 // A pipe that does not wait takes a large image only in part.
-TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
+TEST(DebugImageWriting, ContinuesAfterAShortWrite) {
   const std::string pixels(300000, 'x');
   wren_test::CaptureFile whole;
   PageMemory rows;
-  writeDump(fileno(whole.stream()), {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
+  writeImage(fileno(whole.stream()), {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
   std::fseek(whole.stream(), 0, SEEK_END);
   const std::string expected = whole.bytes();
   int ends[2];
@@ -227,7 +242,7 @@ TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
     sigaction(SIGALRM, &action, nullptr);
     const itimerval often = {{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &often, nullptr);
-    writeDump(ends[1], {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
+    writeImage(ends[1], {bytesOf(pixels), 1000, 300, 1000}, 8, rows);
     _exit(0);
   }
   close(ends[1]);
@@ -239,8 +254,28 @@ TEST(ImageDumpWriting, GoesOnAfterAShortWrite) {
   }
   close(ends[0]);
   waitpid(child, nullptr, 0);
-  EXPECT_EQ(got.size(), 1078U + 300000);
-  EXPECT_EQ(got, expected);
+  EXPECT_TRUE(sameBytes(expected, got));
+}
+
+// The rows of a page that is wider than one piece of a row, and of one with padded rows.
+TEST(DebugImageWriting, NeedsNoMemoryForItsRows) {
+  const struct {
+    unsigned long bytesPerLine;
+    unsigned long width;
+  } rows[] = {{10, 10}, {17, 10}, {5, 40}, {32768, 32768}, {70001, 70001}};
+  for (const auto& row : rows) {
+    std::string pixels(row.bytesPerLine * 3, '\0');
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = i % 7 < 3 ? '\xFF' : '\0';
+    const auto written = [&](PageMemory memory) {
+      wren_test::CaptureFile file;
+      writeImage(fileno(file.stream()), {bytesOf(pixels), row.bytesPerLine, 3, row.width}, 1,
+                 memory);
+      std::fseek(file.stream(), 0, SEEK_END);
+      return file.bytes();
+    };
+    const auto noMemory = [](std::size_t) { return wren::MallocBytes(); };
+    EXPECT_TRUE(sameBytes(written(PageMemory()), written(PageMemory(noMemory)))) << row.width;
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
-#include "common/own_file.h"
+
+#include "common/private_file.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -26,46 +27,43 @@ unsigned modeOf(const fs::path& path) {
 
 int refused(const fs::path& path) {
   errno = 0;
-  EXPECT_EQ(openOwnFile(path.c_str()), -1);
+  EXPECT_FALSE(wren::openPrivateFile(path.c_str()));
   return errno;
 }
 
-TEST(OwnFile, IsCreatedForItsOwnerAlone) {
+TEST(PrivateFile, IsCreatedForItsOwnerAlone) {
   const TemporaryFolder folder;
   const mode_t mask = umask(0);
-  const int descriptor = openOwnFile((folder.path() / "new").c_str());
+  const wren::FileDescriptor file = wren::openPrivateFile((folder.path() / "new").c_str());
   umask(mask);
-  ASSERT_GE(descriptor, 0);
+  ASSERT_TRUE(file);
   EXPECT_EQ(modeOf(folder.path() / "new"), 0600U);
-  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
-  EXPECT_EQ(write(descriptor, "x", 1), 1);
-  close(descriptor);
+  EXPECT_NE(fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
+  EXPECT_EQ(write(file.get(), "x", 1), 1);
   EXPECT_EQ(readFile(folder.path() / "new"), "x");
 }
 
-TEST(OwnFile, EmptiesAnExistingFileAndTakesItFromOthers) {
+TEST(PrivateFile, EmptiesAnExistingFileAndRemovesTheAccessOfOthers) {
   const TemporaryFolder folder;
   const auto path = folder.write("old", "old text");
   chmod(path.c_str(), 0666);
-  const int descriptor = openOwnFile(path.c_str());
-  ASSERT_GE(descriptor, 0);
-  close(descriptor);
+  ASSERT_TRUE(wren::openPrivateFile(path.c_str()));
   EXPECT_EQ(readFile(path), "");
   EXPECT_EQ(modeOf(path), 0600U);
 }
 
-TEST(OwnFile, IsEmptiedWhicheverDescriptorItGets) {
+TEST(PrivateFile, IsEmptiedWhicheverDescriptorItGets) {
   const TemporaryFolder folder;
   const auto path = folder.write("old", "old text");
   const int savedInput = dup(STDIN_FILENO);
   close(STDIN_FILENO);
-  EXPECT_EQ(openOwnFile(path.c_str()), STDIN_FILENO);
+  EXPECT_EQ(wren::openPrivateFile(path.c_str()).release(), STDIN_FILENO);
   dup2(savedInput, STDIN_FILENO);
   close(savedInput);
   EXPECT_EQ(readFile(path), "");
 }
 
-TEST(OwnFile, LeavesAFileOfAnotherUserAlone) {
+TEST(PrivateFile, LeavesAFileOfAnotherUserAlone) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can make a file of another user";
   const TemporaryFolder folder;
   const auto path = folder.write("theirs", "keep");
@@ -74,7 +72,7 @@ TEST(OwnFile, LeavesAFileOfAnotherUserAlone) {
   EXPECT_EQ(readFile(path), "keep");
 }
 
-TEST(OwnFile, FollowsNoSymbolicLink) {
+TEST(PrivateFile, FollowsNoSymbolicLink) {
   const TemporaryFolder folder;
   const auto target = folder.write("target", "keep");
   fs::create_symlink(target, folder.path() / "link");
@@ -85,8 +83,8 @@ TEST(OwnFile, FollowsNoSymbolicLink) {
   EXPECT_FALSE(fs::exists(folder.path() / "missing"));
 }
 
-// Somebody else's file may have been given the name that comes next.
-TEST(OwnFile, LeavesAFileWithASecondNameAlone) {
+// Another user may have linked a file of theirs to the name that is used next.
+TEST(PrivateFile, LeavesAFileWithAHardLinkAlone) {
   const TemporaryFolder folder;
   const auto target = folder.write("target", "keep");
   chmod(target.c_str(), 0644);
@@ -96,7 +94,7 @@ TEST(OwnFile, LeavesAFileWithASecondNameAlone) {
   EXPECT_EQ(modeOf(target), 0644U);
 }
 
-TEST(OwnFile, RefusesWhatIsNoPlainFileAndDoesNotWait) {
+TEST(PrivateFile, RefusesEverythingButARegularFileWithoutBlocking) {
   const TemporaryFolder folder;
   ASSERT_EQ(mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
   EXPECT_EQ(refused(folder.path() / "pipe"), EINVAL);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
-#include "common/own_file.h"
+
+#include "common/private_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,14 +9,14 @@
 
 #include <cerrno>
 
+namespace wren {
 namespace {
 
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
-// Emptied only once it is known to be a plain file of this user that has no second name:
-// others may have made this one to read it later, or as a hard link to a file that is not
-// theirs to overwrite.
-bool makeOwn(int descriptor) {
+// Others may have created the file to read it later, or as a hard link to a file that this
+// user must not overwrite. It is emptied only after these checks.
+bool makePrivate(int descriptor) {
   struct stat status = {};
   if (fstat(descriptor, &status) != 0) return false;
   if (!S_ISREG(status.st_mode) || status.st_nlink > 1 || status.st_uid != geteuid()) {
@@ -27,12 +28,15 @@ bool makeOwn(int descriptor) {
 
 }  // namespace
 
-int openOwnFile(const char* path) {
+FileDescriptor openPrivateFile(const char* path) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const int descriptor = open(path, kFlags, kOwnerOnly);
-  if (descriptor < 0 || makeOwn(descriptor)) return descriptor;
-  const int reason = errno;
-  close(descriptor);
-  errno = reason;
-  return -1;
+  FileDescriptor file(open(path, kFlags, kOwnerOnly));
+  if (file && !makePrivate(file.get())) {
+    const int reason = errno;
+    file.reset();
+    errno = reason;
+  }
+  return file;
 }
+
+}  // namespace wren

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// From grey levels to dots: tone, orientation, halftone method and negative. This is the only
+// place that turns the options of a page into dots.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "common/cancel_check.h"
+
+namespace wren::printer {
+
+/// A page of grey levels, not owned: `height` rows of `width` bytes, `strideBytes` apart.
+struct GreyPage {
+  const std::uint8_t* levels = nullptr;
+  std::size_t strideBytes = 0;
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+};
+
+/// What is done to a page, in this order: tone, rotation, mirroring, halftone, negative.
+struct DotOptions {
+  int brightness = 0;  ///< -100 to 100; positive values raise the levels
+  int contrast = 0;    ///< -100 to 100
+  bool rotate180 = false;
+  bool mirror = false;
+  bool stencil = false;     ///< the stencil method in place of a classic one
+  std::int64_t method = 0;  ///< number of the classic method (dither/dither_page.h)
+  bool negative = false;
+};
+
+/// Whether a page has a size that can be printed: at least one pixel, and at most as many as
+/// a bitmap of 8 bits per pixel may have (2^32 - 1 bits).
+constexpr bool hasPrintableSize(std::uint32_t width, std::uint32_t height) {
+  constexpr std::uint64_t kMaxPixels = 0xFFFFFFFF / 8;
+  return width > 0 && height > 0 && std::uint64_t{width} * height <= kMaxPixels;
+}
+
+/// Makes the dots of a page. A page without levels (null) or without a printable size gets no
+/// dots, whatever the tone; `negative` applies to it as well.
+/// @param out `height` rows, `page.strideBytes` apart: `width` bytes of each row become 0 or
+///   255, the bytes beyond keep their values. May overlap the page. Nothing is written if
+///   rows are shorter than `width`.
+/// @param cancel asked at least once per 256 rows by the stencil method; the lower rows are
+///   undefined once it is cancelled.
+/// @return false for a page without levels or without a printable size.
+/// Out of memory: calls the new-handler, or throws std::bad_alloc.
+bool makePageDots(const DotOptions& options, const GreyPage& page, std::uint8_t* out,
+                  CancelCheck cancel);
+
+}  // namespace wren::printer
