@@ -19,6 +19,7 @@ print_command() {
 
   mkdir -p "$WREN_ROOT/build/print"
   check_job_options "$ppd"
+  want_debug_images
   local arguments=(--filter "$WREN_ROOT/build/release/filter/rastertowren" --ppd "$ppd"
     --type "$(document_type "$file")" --copies "$copies"
     --out "$out" --images "$stem.images")
@@ -26,6 +27,11 @@ print_command() {
   for option in "${job_options[@]}"; do arguments+=(-o "$option"); done
   "$WREN_ROOT/tools/chain" "${arguments[@]}" -- "$file"
   draw_paper "$out"
+}
+
+# The PPDs leave the debug images off; a trial print shows them unless told otherwise.
+want_debug_images() {
+  printf '%s\n' "${job_options[@]%%=*}" | grep -qix DebugImages || job_options+=(DebugImages=On)
 }
 
 # keep_document DOCUMENT PATH...: none of what is written may take its place.

@@ -108,6 +108,31 @@ TEST(FilterRun, MissingPpdIsOneErrorLineAndNoByte) {
   }
 }
 
+TEST(FilterRun, DebugImagesAreSavedUnlessThePpdOrTheJobSaysOff) {
+  const struct {
+    const char* inPpd;  // null: the PPD does not have the option
+    const char* inJob;
+    std::size_t images;
+  } rows[] = {{nullptr, "", 2},
+              {"On", "", 2},
+              {"Off", "", 0},
+              {"On", "DebugImages=Off", 0},
+              {"Off", "DebugImages=On", 2}};
+  const auto expected = runFilterJob(jobOf({noisePage(40, 30, 1)}));
+  for (const auto& row : rows) {
+    FilterJob job = jobOf({noisePage(40, 30, 1)});
+    if (row.inPpd != nullptr) {
+      job.ppd = fullPpd().option("DebugImages", {"Off", "On"}, row.inPpd).text();
+    }
+    job.options = row.inJob;
+    const auto result = runFilterJob(job);
+    EXPECT_TRUE(result.exited(0));
+    EXPECT_EQ(result.images.size(), row.images) << row.inJob;
+    EXPECT_EQ(hexOf(result.out), hexOf(expected.out));
+    EXPECT_EQ(lines(result), lines(expected));
+  }
+}
+
 TEST(FilterRun, EmptyInputIsAJobWithoutPages) {
   for (const auto via : {RasterVia::kFile, RasterVia::kStandardInput, RasterVia::kPipe}) {
     FilterJob job = jobOf({});

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Holds the compiled PPDs to what the filter reads: every option, its range of
-// numbers, its default, and the sizes by their names.
+// The compiled PPDs against what the filter reads: every option, its range of numbers, its
+// default, and the sizes by their names.
+
 #include <cups/ppd.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,10 +15,12 @@
 #include <string>
 #include <vector>
 
-#include "filter/option_table.h"
 #include "filter/page_size_name.h"
+#include "job/option_table.h"
 
 namespace {
+
+using namespace wren::job;
 
 struct Printer {
   int paperMm;
@@ -85,7 +88,7 @@ const std::map<std::string, Expected> kExpected = {
     {"FeedCutAfterJobEnd", {15, "12", "Cutter"}},
 };
 
-TEST_P(Ppd, OffersEveryNumberThatTheFilterHasAMeaningFor) {
+TEST_P(Ppd, OffersEveryNumberThatTheFilterUnderstands) {
   ASSERT_EQ(kExpected.size(), kIndexedOptions.size());
   for (const auto& row : kIndexedOptions) {
     SCOPED_TRACE(row.keyword);
@@ -97,8 +100,8 @@ TEST_P(Ppd, OffersEveryNumberThatTheFilterHasAMeaningFor) {
 }
 
 TEST_P(Ppd, OffersNothingThatTheFilterDoesNotRead) {
-  std::set<std::string> keywords = {"PageSize",   "PageRegion", "ColorModel",
-                                    "Resolution", "Brightness", "HalftoneType"};
+  std::set<std::string> keywords = {"PageSize",   "PageRegion",   "ColorModel", "Resolution",
+                                    "Brightness", "HalftoneType", "DebugImages"};
   for (const auto& [keyword, expected] : kExpected) keywords.insert(keyword);
   std::set<std::string> offered;
   for (const ppd_option_t* option = ppdFirstOption(ppd_); option != nullptr;
@@ -121,9 +124,10 @@ TEST_P(Ppd, SortsTheOptionsIntoGroups) {
   }
   EXPECT_TRUE(groups["Quality"].contains(kHalftoneTypeOption));
   EXPECT_TRUE(groups["Quality"].contains(kBrightnessOption.keyword));
+  EXPECT_TRUE(groups["Diagnosis"].contains(kDebugImagesOption));
 }
 
-// From 26 on bare paper passes the threshold and the whole page is black.
+// From 26 on bare paper exceeds the threshold and the whole page is black.
 TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
   EXPECT_EQ(choicesOf("Brightness"), numbers(-25, 25, 5));
   EXPECT_STREQ(ppdFindMarkedChoice(ppd_, "Brightness")->choice, "0");
@@ -131,8 +135,14 @@ TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
   EXPECT_EQ(textOf("Brightness", "-20"), "20 lighter");
 }
 
+// Debug images show private receipts: nobody gets them unasked.
+TEST_P(Ppd, LeavesDebugImagesOff) {
+  EXPECT_EQ(choicesOf(kDebugImagesOption), (std::vector<std::string>{kDebugImagesOff, "On"}));
+  EXPECT_STREQ(ppdFindMarkedChoice(ppd_, kDebugImagesOption)->choice, kDebugImagesOff);
+}
+
 // The names are one step off from the methods; the texts name what prints.
-TEST_P(Ppd, NamesTheMethodThatReallyPrints) {
+TEST_P(Ppd, NamesTheMethodThatPrints) {
   const std::vector<std::pair<std::string, std::string>> expected = {
       {"None", "Threshold"},   {"FloydSteinberg", "Ordered"}, {"Ordered", "Burkes"},
       {"Burkes", "Stucki"},    {"Stucki", "Jarvis"},          {"JarvisJudiceNinke", "Sierra"},
@@ -146,7 +156,7 @@ TEST_P(Ppd, NamesTheMethodThatReallyPrints) {
   }
 }
 
-TEST_P(Ppd, SaysTheRightWayRoundWhatIsEasilyGotBackwards) {
+TEST_P(Ppd, DescribesEachNumberByWhatItDoes) {
   EXPECT_THAT(textOf("BidiPrinting", "0"), testing::HasSubstr("Both directions"));
   EXPECT_THAT(textOf("BidiPrinting", "1"), testing::HasSubstr("One direction"));
   EXPECT_EQ(textOf("DocCutType", "1"), "Full cut");
@@ -174,7 +184,7 @@ TEST_P(Ppd, NamesEverySizeByItsMillimetres) {
     const ppd_size_t& size = ppd_->sizes[i];
     if (std::string(size.name) == "Custom") continue;
     ++sizes;
-    const auto millimetres = parsePageSizeName(size.name);
+    const auto millimetres = wren::filter::parsePageSizeName(size.name);
     EXPECT_GT(millimetres.width, 0.0F) << size.name;
     EXPECT_NEAR(size.width, millimetres.width * 72 / 25.4F, 0.05) << size.name;
     EXPECT_NEAR(size.length, millimetres.height * 72 / 25.4F, 0.05) << size.name;
@@ -196,8 +206,8 @@ TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
 
 constexpr const char* kLanguages[] = {"de", "es", "fr", "ja", "zh_CN"};
 
-// The texts of a PPD by what stands before them, such as "de.DocCutType 1". CUPS keeps
-// those of one language only, so they are read from the file.
+// The texts of a PPD by the words before them, such as "de.DocCutType 1". CUPS keeps those of
+// one language only, so they are read from the file.
 std::map<std::string, std::string> textsOf(const std::string& path) {
   std::map<std::string, std::string> texts;
   std::ifstream file(path);
@@ -248,7 +258,7 @@ TEST_P(PpdTexts, HasEveryGroupOptionAndChoiceInEveryLanguage) {
 }
 
 // The same step from name to method as in English, and the same numbers.
-TEST_P(PpdTexts, SaysTheSameInEveryLanguage) {
+TEST_P(PpdTexts, HasTheSameMethodsAndNumbersInEveryLanguage) {
   const std::vector<std::pair<const char*, const char*>> methods = {
       {"FloydSteinberg", "4 x 4"}, {"Ordered", "Burkes"},           {"Burkes", "Stucki"},
       {"Stucki", "Jarvis"},        {"JarvisJudiceNinke", "Sierra"}, {"Sierra", "Stevenson"},

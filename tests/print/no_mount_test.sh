@@ -17,7 +17,7 @@ chmod +x "$work/bin/unshare"
 
 print_to() {
   "$source_dir/tools/chain" --quiet --filter "$filter" --ppd "$ppd" --type text/plain \
-    --out "$1" --images "$2" -- "$source_dir/examples/order.txt"
+    --out "$1" --images "$2" -o DebugImages=On -- "$source_dir/examples/order.txt"
 }
 
 print_to "$work/mounted.prn" "$work/mounted"
