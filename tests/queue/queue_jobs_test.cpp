@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -102,6 +103,21 @@ TEST_P(QueueJob, ArrivesAsFromADirectRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Jobs, QueueJob, testing::ValuesIn(kCases));
+
+std::ptrdiff_t debugImages() {
+  const auto folder = std::filesystem::path(bench->scheduler.work()) / "spool/cups/tmp";
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+// Debug images show private receipts.
+TEST(Queue, DebugImagesAreSavedOnRequestOnly) {
+  const auto before = debugImages();
+  expectDelivered(bench->print("wren80", "", "receipt.pdf"), 1);
+  EXPECT_EQ(debugImages(), before);
+  const auto job = bench->print("wren80", "-o DebugImages=On", "receipt.pdf");
+  expectDelivered(job, 1);
+  EXPECT_EQ(debugImages(), before + 4);  // two of the queue, two of the direct run
+}
 
 // A banner page is cut and opens the drawer like any other document.
 TEST(Queue, ABannerIsASeparateDocument) {
