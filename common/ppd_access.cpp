@@ -47,3 +47,11 @@ const char* wrenPpdGetAttrAsStrDefault(ppd_file_t* ppd, const char* name, const 
   const ppd_attr_t* attribute = ppdFindAttr(ppd, name, spec);
   return attribute == nullptr || attribute->value == nullptr ? defaultValue : attribute->value;
 }
+
+namespace wren {
+
+void ClosePpd::operator()(ppd_file_t* ppd) const {
+  ppdClose(ppd);
+}
+
+}  // namespace wren

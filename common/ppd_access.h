@@ -44,7 +44,7 @@ namespace wren {
 
 /// Deleter for an open PPD file.
 struct ClosePpd {
-  void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
+  void operator()(ppd_file_t* ppd) const;
 };
 
 }  // namespace wren
