@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The error diffusion of the stencil on 16 rows at once. Pixels of one row depend on
-// each other, so each lane of the vectors is a row: it runs `kDiffusionLag` columns
-// behind the row above. Every pixel receives its error terms in raster order, so the
-// result has the same bits. Drawing: docs/KERNELS.md.
+// The error diffusion of the stencil on 16 rows at once. Each lane is a row and runs
+// `kDiffusionLag` columns behind the row above. Every pixel receives its error terms in
+// raster order, so the result has the same bits. Drawing: docs/KERNELS.md.
 
 #pragma once
 

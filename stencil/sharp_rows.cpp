@@ -134,7 +134,8 @@ void SharpRows::blurColumns() {
 // A uniform chunk keeps its level: the two gains differ by 1.
 void SharpRows::sharpenRow(const float* tone, std::uint8_t* out) const {
   for (int chunk = 0; chunk < chunks_; ++chunk) {
-    if (isUniform(chunk)) std::memset(out + chunk * kChunk, runs_[at(chunk)].level, kChunk);
+    if (!isUniform(chunk)) continue;
+    std::memset(out + std::ptrdiff_t{chunk} * kChunk, runs_[at(chunk)].level, kChunk);
   }
   forEachMixedRun(
       chunks_, kChunk, [this](int chunk) { return isUniform(chunk); },
