@@ -66,7 +66,8 @@ wren::escpos::Paper Guide::paperOf(const Printed& printed) {
   return std::move(reading.paper);
 }
 
-wren::escpos::Paper Guide::paperOf(const std::string& document, const Options& jobOptions, int copies) {
+wren::escpos::Paper Guide::paperOf(const std::string& document, const Options& jobOptions,
+                                   int copies) {
   return paperOf(print(document, 80, jobOptions, copies));
 }
 

@@ -49,7 +49,8 @@ class Guide : public PrintChain {
   wren::escpos::Paper paperOf(const Printed& printed);
 
   /// Prints and gives the paper.
-  wren::escpos::Paper paperOf(const std::string& document, const Options& jobOptions, int copies = 1);
+  wren::escpos::Paper paperOf(const std::string& document, const Options& jobOptions,
+                              int copies = 1);
 
   /// How much of the page is dots, from 0 to 1, the feeds at its end left out.
   double shareOfDots(const Printed& printed);

@@ -12,10 +12,10 @@
 
 namespace {
 
-using wren::escpos::MarkKind;
 using print_chain::millimetres;
 using print_chain::Options;
 using testing::ElementsAre;
+using wren::escpos::MarkKind;
 
 constexpr auto kPage = MarkKind::kPage;
 constexpr auto kFull = MarkKind::kFullCut;
