@@ -17,7 +17,7 @@ bool ditherPage(std::int64_t method, const Page& page, Allocator allocator) {
   const std::size_t index = methodIndex(method);
   const Method& row = kMethods[index];
   const LevelRows rows(page);
-  if (row.thresholds != nullptr) {
+  if (row.kind == MethodKind::kOrderedDither) {
     ditherOrdered(*row.thresholds, rows);
     return true;
   }

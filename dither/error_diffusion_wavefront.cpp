@@ -82,8 +82,11 @@ class Wavefront {
   static ByteVector addTermFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
                                      std::size_t lineStrideBytes);
   template <std::size_t... Taps>
-  static ByteVector addTermsFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
-                                      std::size_t lineStrideBytes, std::index_sequence<Taps...>);
+  [[gnu::always_inline]] static inline ByteVector addTermsFromAbove(ByteVector level,
+                                                                    const TermsAbove& above,
+                                                                    std::size_t at,
+                                                                    std::size_t lineStrideBytes,
+                                                                    std::index_sequence<Taps...>);
   template <std::size_t... Factors>
   static void storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
                          std::size_t lineStrideBytes, LeftTerms& left,

@@ -20,8 +20,8 @@ namespace wren::dither {
 /// for its error buffer: 8 to 30 bytes, depending on the kernel, per pixel of a row of 576.
 using DiffuseFunction = bool (*)(const LevelRows& rows, Allocator allocator);
 
-/// The vector kernel of row `method` of `kMethods`. Null if the row says that it has none,
-/// or if the processor has no byte vectors (dither/byte_vector.h).
+/// The vector kernel of row `method` of `kMethods`. Null if the row is not vectorised, and
+/// for processors without byte vectors (dither/byte_vector.h).
 DiffuseFunction wavefrontKernel(std::size_t method);
 
 }  // namespace wren::dither

@@ -56,7 +56,7 @@ constexpr ErrorFactors errorFactorsOf(const DiffusionKernel& kernel) {
 /// Whether the fixed-point products of a method equal the truncated quotients for every
 /// error that can occur.
 constexpr bool hasExactErrorTerms(const Method& method) {
-  if (method.diffusion == nullptr) return true;
+  if (method.kind != MethodKind::kErrorDiffusion) return true;
   const int divisor = method.diffusion->divisor;
   const DiffusionTaps taps = tapsOf(*method.diffusion);
   for (std::size_t tap = 0; tap < taps.count; ++tap) {

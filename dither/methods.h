@@ -2,8 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The halftone methods and their tables: one row of `kMethods` says what a method number
-// is. To add a method, add its table and a row here; both kernels and the tests follow
-// the rows.
+// is. To add a method, add its table and its row here, and the method to tests/reference/;
+// the kernels and their tests follow the rows.
 
 #pragma once
 
@@ -162,47 +162,53 @@ inline constexpr ThresholdMatrix kBayerThresholds = {
 
 // The methods.
 
-/// What a method number stands for: a threshold matrix or an error diffusion kernel. The
-/// other one is null.
+enum class MethodKind : std::uint8_t { kOrderedDither, kErrorDiffusion };
+
+/// What a method number stands for.
 struct Method {
   std::string_view name;
-  const ThresholdMatrix* thresholds = nullptr;
-  const DiffusionKernel* diffusion = nullptr;
-
-  /// Whether error diffusion has a vector kernel for it.
-  bool isVectorised = false;
+  MethodKind kind;
+  const ThresholdMatrix* thresholds;  ///< Null for error diffusion.
+  const DiffusionKernel* diffusion;   ///< Null for ordered dither.
+  bool isVectorised;                  ///< Whether error diffusion has a vector kernel for it.
 };
 
-/// The methods by number. The numbers are part of `CxImage::Dither`: append only before the
-/// last row, which stands for all other numbers. It is scalar because no job selects it.
-inline constexpr std::array<Method, 9> kMethods = {{
-    {.name = "threshold", .thresholds = &kFixedThreshold},
-    {.name = "ordered", .thresholds = &kOrderedThresholds},
-    {.name = "Burkes", .diffusion = &kBurkes, .isVectorised = true},
-    {.name = "Stucki", .diffusion = &kStucki, .isVectorised = true},
-    {.name = "Jarvis-Judice-Ninke", .diffusion = &kJarvisJudiceNinke, .isVectorised = true},
-    {.name = "Sierra", .diffusion = &kSierra, .isVectorised = true},
-    {.name = "Stevenson-Arce", .diffusion = &kStevensonArce, .isVectorised = true},
-    {.name = "Bayer", .thresholds = &kBayerThresholds},
-    {.name = "Floyd-Steinberg", .diffusion = &kFloydSteinberg},
-}};
+constexpr Method orderedDither(std::string_view name, const ThresholdMatrix& thresholds) {
+  return {name, MethodKind::kOrderedDither, &thresholds, nullptr, false};
+}
 
-/// Row of `kMethods` for any number: 0 to 7 are rows of their own, every other number is
-/// Floyd-Steinberg, the last row.
+constexpr Method errorDiffusion(std::string_view name, const DiffusionKernel& kernel) {
+  return {name, MethodKind::kErrorDiffusion, nullptr, &kernel, true};
+}
+
+constexpr Method scalarErrorDiffusion(std::string_view name, const DiffusionKernel& kernel) {
+  return {name, MethodKind::kErrorDiffusion, nullptr, &kernel, false};
+}
+
+/// The methods by number. The numbers are part of `CxImage::Dither`: a new method goes before
+/// the last row, which stands for all other numbers. That row is scalar because no job
+/// selects it.
+inline constexpr std::array kMethods = {
+    orderedDither("threshold", kFixedThreshold),
+    orderedDither("ordered", kOrderedThresholds),
+    errorDiffusion("Burkes", kBurkes),
+    errorDiffusion("Stucki", kStucki),
+    errorDiffusion("Jarvis-Judice-Ninke", kJarvisJudiceNinke),
+    errorDiffusion("Sierra", kSierra),
+    errorDiffusion("Stevenson-Arce", kStevensonArce),
+    orderedDither("Bayer", kBayerThresholds),
+    scalarErrorDiffusion("Floyd-Steinberg", kFloydSteinberg),
+};
+
+/// Row of `kMethods` for any number; the last row for a number that has none of its own.
 constexpr std::size_t methodIndex(std::int64_t number) {
   constexpr std::size_t kLast = kMethods.size() - 1;
   return number >= 0 && number < std::int64_t{kLast} ? static_cast<std::size_t>(number) : kLast;
 }
 
-constexpr bool isEitherKind(const Method& method) {
-  return (method.thresholds != nullptr) != (method.diffusion != nullptr) &&
-         (method.diffusion != nullptr || !method.isVectorised);
-}
-
-/// The pixel itself and those left of it in its row are already printed; the others share
-/// the whole error.
+/// Whether the whole error is spread, and only to pixels that come later in scan order.
 constexpr bool hasValidWeights(const Method& method) {
-  if (method.diffusion == nullptr) return true;
+  if (method.kind != MethodKind::kErrorDiffusion) return true;
   int sum = 0;
   const DiffusionTaps taps = tapsOf(*method.diffusion);
   for (std::size_t i = 0; i < taps.count; ++i) {
@@ -212,7 +218,6 @@ constexpr bool hasValidWeights(const Method& method) {
   return sum == method.diffusion->divisor;
 }
 
-static_assert(std::ranges::all_of(kMethods, isEitherKind));
 static_assert(std::ranges::all_of(kMethods, hasValidWeights));
 
 }  // namespace wren::dither

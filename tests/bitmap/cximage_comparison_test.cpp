@@ -10,6 +10,7 @@
 #include <random>
 #include <string>
 
+#include "dither/methods.h"
 #include "tests/bitmap/bitmap_fixtures.h"
 #include "tests/reference/cximage.h"
 #include "tests/support/first_difference.h"
@@ -214,6 +215,7 @@ TEST_P(CxImageDitherComparison, NoiseAtEveryDepth) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, CxImageDitherComparison, testing::Range(0, 9));
+INSTANTIATE_TEST_SUITE_P(Methods, CxImageDitherComparison,
+                         testing::Range(0, static_cast<int>(wren::dither::kMethods.size())));
 
 }  // namespace

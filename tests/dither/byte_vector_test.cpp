@@ -57,7 +57,7 @@ TEST(ByteVector, AddsAndSubtractsEveryPairOfUnsignedBytesSaturated) {
 
 TEST(ByteVector, MultipliesEveryErrorByEveryWeightOfTheMethods) {
   for (const Method& method : kMethods) {
-    if (method.diffusion == nullptr || !method.isVectorised) continue;
+    if (!method.isVectorised) continue;
     const int divisor = method.diffusion->divisor;
     const DiffusionTaps taps = tapsOf(*method.diffusion);
     for (std::size_t tap = 0; tap < taps.count; ++tap) {

@@ -29,6 +29,7 @@ using namespace wren_test;
 
 using wren::dither::ditherPage;
 using wren::dither::kMethods;
+using wren::dither::MethodKind;
 
 // How a caller may lay out its page and ask for its dots.
 struct Layout {
@@ -146,7 +147,8 @@ TEST(DitherPage, WithoutMemoryFailsAndWritesNothing) {
   Random random(5);
   const Sample sample = makeSample(random, Content::kNoise, 20, 20);
   for (int method = 0; method < methodCount(); ++method) {
-    const bool needsMemory = kMethods[static_cast<std::size_t>(method)].diffusion != nullptr;
+    const bool needsMemory =
+        kMethods[static_cast<std::size_t>(method)].kind == MethodKind::kErrorDiffusion;
     const SampleBuffers buffers(sample);
     EXPECT_EQ(ditherPage(method, buffers.page(), noMemory), !needsMemory) << method;
     if (!needsMemory) continue;
