@@ -15,7 +15,7 @@ namespace {
 // Packs up to eight dots of 0 or 255 into one byte, the first in the highest bit.
 std::uint8_t packedByte(const std::uint8_t* dots, std::size_t count) {
   unsigned bits = 0;
-  for (std::size_t i = 0; i < count; ++i) bits |= (dots[i] & 0x80u) >> i;
+  for (std::size_t i = 0; i < count; ++i) bits |= (dots[i] & 0x80U) >> i;
   return static_cast<std::uint8_t>(bits);
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Error diffusion in portable C++, for every kernel. It runs Floyd-Steinberg, and all
-// methods on processors without vectors.
+// Error diffusion in portable C++, for every kernel. Jobs reach it only on processors
+// without vectors; elsewhere it runs Floyd-Steinberg, which no job selects.
 //
 // A pixel does not spread its error; each pixel collects its neighbours' error terms in
 // scan order. Those from the rows above are added row by row, those from the left pixel

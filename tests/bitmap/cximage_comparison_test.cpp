@@ -178,7 +178,7 @@ TEST(CxImageComparison, Lut) {
 
 TEST(CxImageComparison, IncreaseBpp) {
   compareOverSources(8, [](Pair& pair) {
-    for (const std::uint32_t depth : {4u, 8u, 16u, 24u}) {
+    for (const std::uint32_t depth : {4U, 8U, 16U, 24U}) {
       ASSERT_EQ(pair.image.IncreaseBpp(depth), pair.expected.IncreaseBpp(depth)) << depth;
       ASSERT_NO_FATAL_FAILURE(expectSame(pair));
     }

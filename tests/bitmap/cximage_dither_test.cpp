@@ -20,7 +20,7 @@ TEST(CxImageDither, GivesABlackAndWhiteBitmap) {
   }
   ASSERT_TRUE(image.Dither(0));
   EXPECT_EQ(image.header.bitsPerPixel, 1);
-  EXPECT_EQ(image.info.imageType, 42u);
+  EXPECT_EQ(image.info.imageType, 42U);
   EXPECT_EQ(image.GetPaletteColor(0), (tagRGBQUAD{0, 0, 0, 0}));
   EXPECT_EQ(image.GetPaletteColor(1), (tagRGBQUAD{255, 255, 255, 0}));
   EXPECT_EQ(indexesOf(image), Rows(2, Bytes(9, 1)));

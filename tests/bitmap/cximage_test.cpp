@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ostream>
 #include <type_traits>
 
 #include "tests/bitmap/bitmap_fixtures.h"
@@ -26,9 +27,9 @@ TEST(CxImage, IsNotCopyable) {
 TEST(CxImage, StartsAllZero) {
   const OpenImage image;
   EXPECT_EQ(bytesOf(image.header), Bytes(40, 0));
-  EXPECT_EQ(image.info.effectiveWidth, 0u);
+  EXPECT_EQ(image.info.effectiveWidth, 0U);
   EXPECT_EQ(image.info.bits, nullptr);
-  EXPECT_EQ(image.info.imageType, 0u);
+  EXPECT_EQ(image.info.imageType, 0U);
   EXPECT_EQ(image.info.lastError, (std::array<char, 256>{}));
   EXPECT_FALSE(image.info.nearestCacheValid);
   EXPECT_FALSE(image.IsValid());
@@ -42,6 +43,10 @@ struct Made {
   std::uint32_t depth, colors, stride, imageSize, blockSize;
 };
 
+void PrintTo(const Made& made, std::ostream* out) {
+  *out << made.width << " x " << made.height << ", depth " << made.askedDepth;
+}
+
 class CxImageCreate : public testing::TestWithParam<Made> {};
 
 TEST_P(CxImageCreate, FillsTheHeaderAndTheSizes) {
@@ -49,20 +54,20 @@ TEST_P(CxImageCreate, FillsTheHeaderAndTheSizes) {
   OpenImage image;
   ASSERT_NE(image.Create(made.width, made.height, made.askedDepth, 7), nullptr);
   EXPECT_TRUE(image.IsValid());
-  EXPECT_EQ(image.header.size, 40u);
+  EXPECT_EQ(image.header.size, 40U);
   EXPECT_EQ(image.GetWidth(), static_cast<std::int32_t>(made.width));
   EXPECT_EQ(image.GetHeight(), static_cast<std::int32_t>(made.height));
   EXPECT_EQ(image.header.planes, 1);
   EXPECT_EQ(image.header.bitsPerPixel, made.depth);
-  EXPECT_EQ(image.header.compression, 0u);
+  EXPECT_EQ(image.header.compression, 0U);
   EXPECT_EQ(image.header.imageSize, made.imageSize);
   EXPECT_EQ(image.header.horizontalResolution, 0);
   EXPECT_EQ(image.header.verticalResolution, 0);
   EXPECT_EQ(image.GetNumColors(), made.colors);
   EXPECT_EQ(image.GetPaletteSize(), made.colors * 4);
-  EXPECT_EQ(image.header.colorsImportant, 0u);
+  EXPECT_EQ(image.header.colorsImportant, 0U);
   EXPECT_EQ(image.info.effectiveWidth, made.stride);
-  EXPECT_EQ(image.info.imageType, 7u);
+  EXPECT_EQ(image.info.imageType, 7U);
   EXPECT_EQ(image.GetSize(), made.blockSize);
 }
 
@@ -91,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Made{33, 1, 1, 1, 2, 8, 8, 56}));
 
 TEST(CxImageCreate, RefusesAnEmptyPicture) {
-  for (const auto& [width, height] : {std::pair{0u, 5u}, {5u, 0u}, {0u, 0u}}) {
+  for (const auto& [width, height] : {std::pair{0U, 5U}, {5U, 0U}, {0U, 0U}}) {
     CxImage image;
     EXPECT_EQ(image.Create(width, height, 8, 0), nullptr);
     EXPECT_FALSE(image.IsValid());
@@ -133,11 +138,11 @@ TEST(CxImageCreate, WithoutMemoryFillsTheHeaderAndStaysEmpty) {
   EXPECT_STREQ(image.GetLastError(), kNoMemory);
   EXPECT_EQ(image.GetWidth(), 10);
   EXPECT_EQ(image.GetHeight(), 3);
-  EXPECT_EQ(image.info.effectiveWidth, 12u);
+  EXPECT_EQ(image.info.effectiveWidth, 12U);
   EXPECT_EQ(image.GetBits(0), nullptr);
   EXPECT_EQ(image.GetPixelIndex(0, 0), 0);
-  EXPECT_EQ(image.GetNumColors(), 0u);
-  EXPECT_EQ(image.GetPaletteSize(), 0u);
+  EXPECT_EQ(image.GetNumColors(), 0U);
+  EXPECT_EQ(image.GetPaletteSize(), 0U);
 }
 
 TEST(CxImageCreate, DestroysTheCurrentImageEvenWhenItFails) {
@@ -212,7 +217,7 @@ TEST(CxImageFromArray, RefusesNoSourceAndOtherDepths) {
   const Bytes source(64, 0);
   CxImage image;
   EXPECT_FALSE(image.CreateFromArray(nullptr, 2, 2, 8, 2, false));
-  for (const std::uint32_t depth : {0u, 2u, 3u, 5u, 16u, 33u}) {
+  for (const std::uint32_t depth : {0U, 2U, 3U, 5U, 16U, 33U}) {
     EXPECT_FALSE(image.CreateFromArray(source.data(), 2, 2, depth, 8, false)) << depth;
   }
   EXPECT_FALSE(image.CreateFromArray(source.data(), 0, 2, 8, 8, false));
@@ -226,11 +231,11 @@ TEST(CxImageStorage, DestroyLeavesTheHeader) {
   EXPECT_TRUE(image.Destroy());
   EXPECT_FALSE(image.IsValid());
   EXPECT_EQ(image.GetWidth(), 4);
-  EXPECT_EQ(image.info.imageType, 9u);
+  EXPECT_EQ(image.info.imageType, 9U);
   EXPECT_EQ(image.GetBits(0), nullptr);
-  EXPECT_EQ(image.header.colorsUsed, 256u);
-  EXPECT_EQ(image.GetNumColors(), 0u);
-  EXPECT_EQ(image.GetPaletteSize(), 0u);
+  EXPECT_EQ(image.header.colorsUsed, 256U);
+  EXPECT_EQ(image.GetNumColors(), 0U);
+  EXPECT_EQ(image.GetPaletteSize(), 0U);
 }
 
 TEST(CxImageStorage, TransferMovesTheBlockAndEmptiesTheSource) {
@@ -243,9 +248,9 @@ TEST(CxImageStorage, TransferMovesTheBlockAndEmptiesTheSource) {
   EXPECT_EQ(to.dib, block);
   EXPECT_EQ(indexesOf(to), (Rows{{1, 2}, {3, 4}}));
   EXPECT_FALSE(from.IsValid());
-  EXPECT_EQ(from.header.size, 0u);
+  EXPECT_EQ(from.header.size, 0U);
   EXPECT_EQ(from.info.bits, nullptr);
-  EXPECT_EQ(from.info.effectiveWidth, 0u);
+  EXPECT_EQ(from.info.effectiveWidth, 0U);
 }
 
 TEST(CxImageStorage, CopyInfoIsOnlyForAnImageWithoutABlock) {
@@ -254,13 +259,13 @@ TEST(CxImageStorage, CopyInfoIsOnlyForAnImageWithoutABlock) {
   from.Create(5, 1, 8, 77);
   OpenImage fresh;
   fresh.CopyInfo(from);
-  EXPECT_EQ(fresh.info.imageType, 77u);
-  EXPECT_EQ(fresh.info.effectiveWidth, 8u);
+  EXPECT_EQ(fresh.info.imageType, 77U);
+  EXPECT_EQ(fresh.info.effectiveWidth, 8U);
   EXPECT_STREQ(fresh.GetLastError(), kZeroSize);
   OpenImage made;
   made.Create(1, 1, 8, 1);
   made.CopyInfo(from);
-  EXPECT_EQ(made.info.imageType, 1u);
+  EXPECT_EQ(made.info.imageType, 1U);
 }
 
 TEST(CxImagePalette, GreyStepsDivideEvenly) {

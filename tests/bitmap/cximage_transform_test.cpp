@@ -29,7 +29,7 @@ TEST(CxImageRotate180, KeepsTheSourceWhenThereIsADestination) {
 }
 
 TEST(CxImageRotate180, GivesEightBitsAtEveryDepth) {
-  for (const std::uint32_t depth : {1u, 4u}) {
+  for (const std::uint32_t depth : {1U, 4U}) {
     OpenImage image;
     makeIndexed(image, depth, {{1, 0, 0}, {0, 1, 0}});
     EXPECT_TRUE(image.Rotate180());
@@ -63,7 +63,7 @@ TEST(CxImageMirror, ReversesEveryRow) {
 }
 
 TEST(CxImageMirror, StaysInsideItsBuffersAtEveryDepth) {
-  for (const std::uint32_t depth : {1u, 4u, 24u}) {
+  for (const std::uint32_t depth : {1U, 4U, 24U}) {
     for (std::uint32_t width = 1; width < 40; ++width) {
       OpenImage image;
       const Bytes pixels(width * 3 * 2, 0x5A);
@@ -175,7 +175,7 @@ TEST(CxImageLut, RefusesNoTable) {
 }
 
 TEST(CxImageIncreaseBpp, ChangesNothingAtTheSameDepth) {
-  for (const std::uint32_t depth : {4u, 8u, 24u}) {
+  for (const std::uint32_t depth : {4U, 8U, 24U}) {
     OpenImage image;
     image.Create(3, 2, depth, 0);
     const void* block = image.dib;
@@ -201,12 +201,12 @@ TEST(CxImageIncreaseBpp, RefusesALowerDepth) {
 TEST(CxImageIncreaseBpp, RefusesDepthsOtherThan4And8And24) {
   CxImage image;
   makeIndexed(image, 1, {{1}});
-  for (const std::uint32_t depth : {0u, 1u, 2u, 16u, 32u}) EXPECT_FALSE(image.IncreaseBpp(depth));
+  for (const std::uint32_t depth : {0U, 1U, 2U, 16U, 32U}) EXPECT_FALSE(image.IncreaseBpp(depth));
 }
 
 TEST(CxImageIncreaseBpp, KeepsIndexesAndPalette) {
   const Rows picture = {{1, 0, 1, 1, 0}, {0, 1, 1, 0, 1}};
-  for (const std::uint32_t depth : {4u, 8u}) {
+  for (const std::uint32_t depth : {4U, 8U}) {
     OpenImage image;
     makeIndexed(image, 1, picture);
     image.SetPaletteColor(0, 1, 2, 3, 4);
@@ -229,7 +229,7 @@ TEST(CxImageIncreaseBpp, TurnsIndexesIntoColoursAt24Bits) {
   image.SetPaletteColor(0, 1, 2, 3, 4);
   EXPECT_TRUE(image.IncreaseBpp(24));
   EXPECT_EQ(Bytes(image.GetBits(0), image.GetBits(0) + 6), (Bytes{3, 2, 1, 255, 255, 255}));
-  EXPECT_EQ(image.GetNumColors(), 0u);
+  EXPECT_EQ(image.GetNumColors(), 0U);
 }
 
 TEST(CxImageIncreaseBpp, WithoutMemoryKeepsTheImageAndItsErrorText) {

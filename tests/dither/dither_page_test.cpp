@@ -126,7 +126,7 @@ TEST(DitherPage, DISABLED_ManyRandomPagesHaveTheReferenceDots) {
 }
 
 TEST(DitherPage, WithoutPixelsSucceeds) {
-  for (const auto& [width, height] : {std::pair{0u, 5u}, {5u, 0u}, {0u, 0u}}) {
+  for (const auto& [width, height] : {std::pair{0U, 5U}, {5U, 0U}, {0U, 0U}}) {
     Sample sample;
     sample.width = width;
     sample.height = height;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 
 #include "tests/dither/dither_fixtures.h"
 #include "tests/support/first_difference.h"
@@ -35,6 +36,10 @@ struct WhiteFrom {
   int method;
   std::array<int, 16> level;
 };
+
+void PrintTo(const WhiteFrom& row, std::ostream* out) {
+  *out << "method " << row.method;
+}
 
 class OrderedMethods : public testing::TestWithParam<WhiteFrom> {};
 
@@ -73,6 +78,11 @@ struct Receiver {
   std::size_t dx, dy;
   int term;
 };
+
+void PrintTo(const Receiver& receiver, std::ostream* out) {
+  *out << "method " << receiver.method << ", neighbour " << receiver.dx << ',' << receiver.dy
+       << ", error term " << receiver.term;
+}
 
 class DiffusionMethods : public testing::TestWithParam<Receiver> {};
 
