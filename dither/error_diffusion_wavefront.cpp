@@ -75,7 +75,7 @@ class Wavefront {
   ByteVector gatherAcrossRows(std::size_t lane);
   void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
   void diffuse(ByteTile& tile);
-  void scatter(const ByteTile& dots);
+  void scatter(ByteTile& dots);
   void scatterAcrossRows(std::size_t lane, ByteVector dots);
 
   template <std::size_t Tap>
@@ -135,12 +135,13 @@ ByteVector Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
   return loadBytes(bytes.data());
 }
 
-// The levels of the tile, one lane per row.
+// Loads the levels of the tile, one lane per row, and transposes them to one step per row.
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::gather(ByteTile& levels) {
   for (std::size_t i = 0; i < kLanes; ++i) {
     levels[i] = lanes_[i].isInsideRow() ? loadBytes(lanes_[i].pixels()) : gatherAcrossRows(i);
   }
+  transpose(levels);
 }
 
 template <const DiffusionKernel& Kernel>
@@ -220,9 +221,11 @@ void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane, ByteVector dots) {
   maskGaps(lane, segments, 255);
 }
 
-// Writes the dots of the tile, one lane per row, and moves all lanes to the next tile.
+// Transposes the dots back to one lane per row, writes them, and moves all lanes to the next
+// tile.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatter(const ByteTile& dots) {
+void Wavefront<Kernel>::scatter(ByteTile& dots) {
+  transpose(dots);
   const ByteVector flip = splat(rows_.flip());
   for (std::size_t i = 0; i < kLanes; ++i) {
     Lane& lane = lanes_[i];
@@ -244,9 +247,7 @@ void Wavefront<Kernel>::run() {
   for (std::size_t i = 0; i < tiles; ++i) {
     ByteTile tile;
     gather(tile);
-    transpose(tile);
     diffuse(tile);
-    transpose(tile);
     scatter(tile);
   }
 }
