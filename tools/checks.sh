@@ -7,12 +7,12 @@
 lint_command() {
   (($# == 0)) || fail_usage "lint has no argument '$1'"
   need build lint
-  "$WREN_ROOT/tools/lint"
+  "$WREN_ROOT/dev/lint"
 }
 
 mutate_command() {
   need build chain test
-  "$WREN_ROOT/tools/mutate" "$@"
+  "$WREN_ROOT/dev/mutate" "$@"
 }
 
 # What a fuzzer finds beyond the corpus stays below build/; only a named finding

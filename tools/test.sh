@@ -17,7 +17,7 @@ test_command() {
 test_dev() {
   need build chain test lint
   test_preset dev
-  "$WREN_ROOT/tools/lint"
+  "$WREN_ROOT/dev/lint"
 }
 
 test_all() {
@@ -28,7 +28,7 @@ test_all() {
     test_preset "$preset"
   done
   coverage_report
-  "$WREN_ROOT/tools/lint"
+  "$WREN_ROOT/dev/lint"
 }
 
 # Prints ctest's own closing lines; its whole output only when a test failed.
