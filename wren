@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# The one front door. Each command sets up what it needs and is missing, builds
-# below build/ and does its work; "./wren help" lists them.
+# The entry point for everything in this repository. Each command installs the
+# packages that it lacks, builds below build/ and then does its work. The list of
+# commands: ./wren help.
 #
 # A new command is a function in a file of tools/, a row in the case table
 # below, and a line in usage().
@@ -70,10 +71,10 @@ Usage: ./wren COMMAND [ARGUMENTS]
         clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
         of these tools than Debian 12's are advice and do not fail.
   fuzz [TARGET] [SECONDS]
-        Feeds made-up input to one target of fuzz/, or to each of them.
+        Runs one fuzz target of fuzz/, or each of them, for so many seconds.
   mutate [--list] [--count N] [FOLDER...]
-        Makes small changes in the product code, one at a time, and shows which
-        of them the tests do not notice. Takes most of an hour.
+        Mutation test: makes small changes in the product code, one at a time, and
+        lists those that no test detects. Takes most of an hour.
   package
         Builds the Debian package below build/package and runs lintian on it.
   add-queue NAME URI [58|80|112]
@@ -83,7 +84,7 @@ Usage: ./wren COMMAND [ARGUMENTS]
         Removes such a queue.
   doctor [QUEUE]
         Checks everything between a document and the printer, and names for each
-        finding the command that mends it.
+        finding the command that fixes it.
   help
         This list.
 

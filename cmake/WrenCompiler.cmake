@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# Flags that every target shares.
+# Compiler flags of every target.
 
-# Printed bytes depend on the last bit of single-precision results. Compilers
-# fuse multiply and add on arm64 unless told otherwise, and then pages change.
+# Printed bytes depend on the last bit of single-precision results. By default
+# compilers fuse multiply and add on arm64, which changes pages.
 add_compile_options(-ffp-contract=off)
 
-# clang takes the double{x} that spells a widening out for one that happens by itself.
+# Not -Wdouble-promotion with clang: it also warns about an explicit double{x}.
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
   $<$<CXX_COMPILER_ID:GNU>:-Wdouble-promotion> -Wformat=2 -Wnon-virtual-dtor)

@@ -3,7 +3,8 @@
 #
 # Finds CUPS and defines the target wren::cups (libcups and libcupsimage) and
 # WREN_CUPS_SERVERBIN, the folder below which CUPS looks for filter/.
-# Debian 12 ships no cups.pc and newer CUPS drops cups-config, so both are asked.
+# Debian 12 has no cups.pc and newer versions of CUPS have no cups-config, so both
+# are tried.
 
 find_path(WREN_CUPS_INCLUDE_DIR cups/raster.h REQUIRED)
 find_library(WREN_CUPS_LIBRARY cups REQUIRED)

@@ -3,8 +3,8 @@
 # Copyright (c) 2026 the Wren developers
 """Makes the documents in examples/ anew.
 
-make_examples.py FOLDER; needs ghostscript and qrencode. The pictures come out
-the same on every run; the PDFs differ in their dates only.
+make_examples.py FOLDER; needs ghostscript and qrencode. The pictures are
+the same on every run; the PDFs differ only in their dates.
 """
 
 import math
@@ -14,7 +14,7 @@ import subprocess
 import sys
 import zlib
 
-DOT = 72 / 203  # points; codes are drawn in whole dots, so that every module is as wide as its twin
+DOT = 72 / 203  # points; codes are drawn in whole dots, so that all modules have the same width
 MM = 72 / 25.4
 RECEIPT_NUMBER = "WREN-000042"
 RECEIPT_LINK = "https://example.org/r/000042"
@@ -64,7 +64,7 @@ def mask(rows, x, y, module_dots, row_dots):
     """PostScript that paints rows of modules with the lower left corner at (x, y) points.
 
     A mask and not rectangles: renderers that paint every touched pixel would
-    make a rectangle one dot wider than its twin.
+    make some rectangles one dot wider than others of the same size.
     """
     width = len(rows[0])
     data = ""
@@ -245,7 +245,7 @@ def landscape(width, height):
     return grey
 
 
-# A feather and two roses of lines, drawn by hand in curves.
+# A feather and two flowers, drawn with Bezier curves.
 DRAWING = """
 <</PageSize [204.3 204.3]>> setpagedevice 0.3547 dup scale 1 setlinecap 1 setlinejoin
 /feather { 2.2 setlinewidth newpath 90 60 moveto 200 210 300 350 470 520 curveto stroke
@@ -269,7 +269,7 @@ showpage
 
 
 def pencil_drawing():
-    """The drawing as if scanned: uneven paper, strokes of uneven strength."""
+    """The drawing as a scanner sees it: uneven background, strokes of uneven strength."""
     pgm = subprocess.run(
         ["gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pgmraw", "-r203", "-dGraphicsAlphaBits=4",
          "-sOutputFile=%stdout", "-"], check=True, input=DRAWING.encode(), capture_output=True).stdout

@@ -23,13 +23,13 @@ need_arm64() {
     note "letting dpkg install arm64 packages beside those of this machine"
     as_root dpkg --add-architecture arm64
   fi
-  # Both architectures have to hold the same version of a library, so old package lists will not do.
+  # A library must have the same version for both architectures, so the package lists must be current.
   apt_get update >/dev/null || fail "$STATUS_SETUP" "the package lists cannot be fetched"
   install_debian "${missing[@]}"
 }
 
-# Prints those of the packages that are not installed. A package without an
-# architecture in its name counts in any.
+# Prints the packages that are not installed. A name without an architecture is
+# satisfied by any architecture.
 missing_arm64() {
   local package
   for package in $ARM64_PACKAGES; do

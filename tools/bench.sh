@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren bench: the measurements that docs/PERFORMANCE.md explains.
+# ./wren bench: the comparison described in docs/PERFORMANCE.md.
 
 bench_command() {
   if [[ ${1:-} == --kernels ]]; then
@@ -28,7 +28,8 @@ check_program() {
   [[ -f $1 && -x $1 ]] || fail_usage "--against: '$1' is not an executable program"
 }
 
-# Time and memory of the whole filter, with the variables of bench_command.
+# Times the whole filter, relative to a program that reads the raster and computes nothing; with
+# the variables of bench_command.
 bench_filter() {
   local bin=$WREN_ROOT/build/bench data=$WREN_ROOT/build/bench/data
   need build chain bench

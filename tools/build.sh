@@ -4,7 +4,7 @@
 #
 # Builds a preset of CMakePresets.json below build/.
 
-# build PRESET [TARGET...]: quiet when all goes well. Needs the packages "build".
+# build PRESET [TARGET...]: prints nothing unless it fails. The packages "build" must be installed.
 build() {
   local preset=$1 log
   shift

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren lint, fuzz and mutate: what looks for faults that no test names yet.
+# ./wren lint, fuzz and mutate: searches for defects that no test covers yet.
 
 lint_command() {
   (($# == 0)) || fail_usage "lint has no argument '$1'"
@@ -15,8 +15,8 @@ mutate_command() {
   "$WREN_ROOT/dev/mutate" "$@"
 }
 
-# What a fuzzer finds beyond the corpus stays below build/; only a named finding
-# goes into fuzz/corpus.
+# Inputs that a fuzzer adds to the corpus stay below build/. Only the input of a
+# reported defect is added to fuzz/corpus, under a name of its own.
 fuzz_command() {
   local target=${1:-all} seconds=${2:-60} targets=()
   [[ $seconds =~ ^[1-9][0-9]*$ ]] || fail_usage "fuzz wants a number of seconds, not '$seconds'"
@@ -40,8 +40,8 @@ fuzz_one() {
   log=$WREN_ROOT/build/fuzz/$target.log
   mkdir -p "$found"
   say "== $target, $seconds s"
-  # The inputs that reach new code are kept for the next run; a crash is kept beside the log.
-  # A raster that announces gigabytes gets none: CUPS then has no page to hand over.
+  # Inputs that reach new code are kept for the next run; a crash is kept next to the log.
+  # A page header may ask for gigabytes: the allocation then fails, and CUPS returns no page.
   if ! time (cd "$WREN_ROOT/build/fuzz" && ASAN_OPTIONS=max_allocation_size_mb=64:allocator_may_return_null=1 \
     "fuzz/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 \
     -timeout=20 -rss_limit_mb=2048 -close_fd_mask=3 -artifact_prefix="$target-" \

@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren doctor [QUEUE]: looks at everything between a document and the printer
-# and names, for each finding, the command that mends it. Changes nothing.
+# ./wren doctor [QUEUE]: checks everything between a document and the printer and
+# names, for each finding, the command that fixes it. Changes nothing.
 
-# Also where an older package is there and files of it are not; no archive has it.
+# --reinstall also restores missing files of an installed package. The package is
+# built here because no archive has it.
 readonly REINSTALL="./wren package && sudo apt install --reinstall ./build/package/printer-driver-wren_*.deb"
 
 doctor_command() {
@@ -40,7 +41,7 @@ check_filter() {
   fi
   check_owner_and_mode "$filter"
   check_owner_and_mode "$(dirname "$filter")"
-  # What others could have changed is not run here, least of all as root.
+  # A file that others can write to is not executed, least of all as root.
   ((findings == before)) || return 0
   "$filter" >/dev/null 2>&1 || status=$?
   if ((status == 1)); then
@@ -50,7 +51,7 @@ check_filter() {
   fi
 }
 
-# CUPS refuses a filter that others than root could have changed.
+# CUPS refuses a filter that is not owned by root or that others can write to.
 check_owner_and_mode() {
   local owner mode
   read -r owner mode < <(stat -L -c '%u %a' "$1")
@@ -84,7 +85,7 @@ check_scheduler() {
   fi
 }
 
-# Debug images are for diagnosis only: a page prints without them.
+# Only debug images need this folder: a page prints without them.
 check_spool_folder() {
   local spool=$SYSTEM_ROOT/var/spool/cups kilobytes
   local folder=$spool/tmp
@@ -122,8 +123,8 @@ check_queue() {
   check_device "$name"
 }
 
-# A queue keeps a copy of the PPD of its first day. Only root may compare them;
-# the choices of the queue's own defaults may differ.
+# A queue keeps a copy of the PPD it was created with. Only root can read the copy.
+# The lines *Default... hold the queue's own defaults and may differ.
 check_queue_ppd() {
   local copy=$SYSTEM_ROOT/etc/cups/ppd/$1.ppd paper
   [[ -r $copy ]] || return 0
@@ -196,7 +197,7 @@ host_and_port() {
     https) port=443 ;;
     *) port=631 ;;
   esac
-  # An IPv6 address stands in brackets, for its own colons.
+  # An IPv6 address is written in brackets because it contains colons.
   [[ $rest =~ ^(\[([^]]*)\]|[^:]*)(:([0-9]+))?$ ]] || return 0
   echo "${BASH_REMATCH[2]:-${BASH_REMATCH[1]}} ${BASH_REMATCH[4]:-$port}"
 }

@@ -3,13 +3,13 @@
 # Copyright (c) 2026 the Wren developers
 #
 # ./wren halftones: prints one document with every halftone type and several
-# brightness values, and lays the papers out as one sheet to choose from. The
-# pictures are drawn from the printer bytes, dot by dot.
+# brightness values, and arranges the results on one contact sheet. The pictures
+# are drawn from the printer bytes, one pixel per dot.
 
-readonly LABEL_WIDTH=240 # pixels, beside the papers
+readonly LABEL_WIDTH=240 # pixels, left of the pictures
 
 halftones_command() {
-  # shellcheck disable=SC2034 # filled by read_print_arguments, of no use here
+  # shellcheck disable=SC2034 # read_print_arguments sets them; not used here
   local verb=halftones file="" paper=80 out="" crop="" raster="" copies=1 job_options=()
   local brightness=(-20 -10 0 10 20)
   read_halftones_arguments "$@"
@@ -33,7 +33,7 @@ halftones_command() {
   say "sheet: $out"
 }
 
-# Takes its own options and leaves the others to those of print.
+# Reads its own options and passes all others to read_print_arguments.
 read_halftones_arguments() {
   local others=()
   while (($#)); do
@@ -56,7 +56,7 @@ check_brightness() {
   for value in "${brightness[@]}"; do check_choice "$1" Brightness "$value"; done
 }
 
-# CUPS makes the pages once; only the filter sees the halftone type.
+# CUPS renders the pages once: the halftone type concerns the filter alone.
 make_pages() {
   local arguments=(--filter "$WREN_ROOT/build/release/filter/rastertowren" --ppd "$ppd" --quiet
     --type "$(document_type "$file")" --out "$work/chain.prn" --raster "$1") option
@@ -64,8 +64,8 @@ make_pages() {
   "$WREN_ROOT/tools/chain" "${arguments[@]}" -- "$file"
 }
 
-# The names of all types, as the printer description has them, and what each one
-# prints: the text beside the name, since the names do not tell.
+# The names of all types in the PPD, and the text of a type, which says what it
+# prints. The names do not tell.
 halftone_types() { sed -n 's/^\*HalftoneType \([A-Za-z]*\)\/.*/\1/p' "$ppd"; }
 halftone_text() { sed -n "s/^\*HalftoneType $1\/\([^:]*\):.*/\1/p" "$ppd"; }
 
@@ -112,7 +112,7 @@ lay_out_sheet() {
 
 cell_size() { identify -format "$1" "$work/$2_$3.png"; }
 
-# label TEXT WIDTH HEIGHT FILE: TEXT in the middle of the left edge, wrapped.
+# label TEXT WIDTH HEIGHT FILE: wrapped text, left-aligned and vertically centred.
 label() {
   convert -size "$(($2 - 12))x$3" -background white -fill '#20242c' -font DejaVu-Sans -pointsize 14 \
     -gravity West "caption:${1:- }" -splice 12x0 "$4"

@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# A Mac's own bash is 3.2, which has neither mapfile nor arrays by name and takes
-# an empty array for an unset one. There ./wren goes on in Homebrew's bash. This
-# file is read by the old bash, so it keeps to what that one knows.
+# macOS ships bash 3.2, which has neither mapfile nor associative arrays and
+# treats an empty array as unset. There ./wren restarts in Homebrew's bash. This
+# file is read by the old bash, so it uses only what bash 3.2 has.
 
 # is_too_old MAJOR MINOR
 is_too_old() { (($1 < 4 || ($1 == 4 && $2 < 4))); }
 
-# go_on_in_newer_bash SCRIPT [ARGUMENT...]: does not come back.
-go_on_in_newer_bash() {
+# restart_in_newer_bash SCRIPT [ARGUMENT...]: does not return.
+restart_in_newer_bash() {
   local bin
   if ! command -v brew >/dev/null; then
     printf 'wren: this is bash %s, and ./wren needs 4.4 or newer; on a Mac install Homebrew first\n' "$BASH_VERSION" >&2
@@ -24,12 +24,12 @@ go_on_in_newer_bash() {
       exit 4
     fi
   fi
-  # The tools call bash by its name, too.
+  # Scripts that start with "env bash" must find the newer one as well.
   PATH=$bin:$PATH
   export PATH
   exec "$bin/bash" "$@"
 }
 
 if is_too_old "${BASH_VERSINFO[0]}" "${BASH_VERSINFO[1]}"; then
-  go_on_in_newer_bash "$0" ${1+"$@"}
+  restart_in_newer_bash "$0" ${1+"$@"}
 fi

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren package: the Debian package, built from a copy of the tree so that
-# nothing is left in it.
+# ./wren package: builds the Debian package from a copy of the tree, so that
+# dpkg-buildpackage leaves no files in the tree itself.
 
 package_command() {
   (($# == 0)) || fail_usage "package has no argument '$1'"

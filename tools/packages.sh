@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# What each job needs from the system, and the one place that installs it.
+# The packages that each command needs, and the only place that installs them.
 
-# Debian packages by purpose; need() takes the names of these lists.
+# Debian packages by purpose. The keys are the arguments of need().
 declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
            libpng-dev libcli11-dev"
@@ -19,7 +19,7 @@ declare -rA DEBIAN_PACKAGES=(
   [package]="build-essential debhelper lintian git"
 )
 
-# Homebrew's names for the same; the system brings CUPS itself.
+# The same by Homebrew's names. macOS already has CUPS.
 declare -rA BREW_PACKAGES=(
   [build]="cmake ninja libpng cli11 pkg-config"
   [chain]="ghostscript poppler"
@@ -33,15 +33,15 @@ declare -rA BREW_PACKAGES=(
   [package]=""
 )
 
-# need PURPOSE...: makes sure that the packages for these purposes are there.
-# When nothing is missing this costs one query.
+# need PURPOSE...: installs the packages for these purposes that are missing.
+# Costs one query when none is.
 need() {
   if command -v dpkg-query >/dev/null; then
     need_debian "$@"
   elif [[ $(uname) == Darwin ]]; then
     need_brew "$@"
   else
-    note "this is neither Debian nor a Mac: install by hand what $* needs (tools/packages.sh)"
+    note "this is neither Debian nor macOS: install what $* needs yourself (tools/packages.sh)"
   fi
 }
 
@@ -54,7 +54,7 @@ need_debian() {
   ((${#missing[@]} == 0)) || install_debian "${missing[@]}"
 }
 
-# Prints those of the named packages that are not installed.
+# Prints the named packages that are not installed.
 missing_debian() {
   local installed
   installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "$@" 2>/dev/null |
@@ -81,7 +81,7 @@ fail_install() {
 
 have_package_lists() { compgen -G '/var/lib/apt/lists/*Packages*' >/dev/null; }
 
-# apt_get VERB [PACKAGE...]: as root, asking nothing.
+# apt_get VERB [PACKAGE...]: runs as root, without questions.
 apt_get() {
   local verb=$1
   shift

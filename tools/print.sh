@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# ./wren print: reads the arguments, checks what can be checked before anything
-# is installed or built, and hands over to tools/chain.
+# ./wren print: reads the arguments, checks them before anything is installed or
+# built, and calls tools/chain.
 
 print_command() {
   local verb=print file="" copies=1 paper=80 out="" raster="" job_options=()
@@ -34,7 +34,7 @@ want_debug_images() {
   printf '%s\n' "${job_options[@]%%=*}" | grep -qix DebugImages || job_options+=(DebugImages=On)
 }
 
-# keep_document DOCUMENT PATH...: none of what is written may take its place.
+# keep_document DOCUMENT PATH...: refuses an output path that is the document itself.
 keep_document() {
   local document=$1 path
   shift
@@ -43,14 +43,15 @@ keep_document() {
   done
 }
 
-# The filter with its PPDs and the preview; the filter's twin where tools/spool.sh needs it.
+# Builds the filter, its PPDs and the preview; where nothing can be mounted also the
+# filter with a relocated spool folder (tools/spool.sh).
 build_for_printing() {
-  local twin=()
-  can_mount || twin=(rastertowren_relocated)
-  build release rastertowren wren_ppds wren-preview "${twin[@]}"
+  local relocated=()
+  can_mount || relocated=(rastertowren_relocated)
+  build release rastertowren wren_ppds wren-preview "${relocated[@]}"
 }
 
-# Shows the paper that the printer bytes give, as a picture beside them.
+# Draws the printed paper from the printer bytes, as a picture next to them.
 draw_paper() {
   local picture
   picture=$(picture_of "$1")
@@ -61,7 +62,7 @@ draw_paper() {
 
 picture_of() { printf '%s' "${1%.prn}.png"; }
 
-# Fills the variables of print_command, and of others that take the same arguments.
+# Sets the local variables of its caller: file, copies, paper, out, raster, job_options.
 read_print_arguments() {
   while (($#)); do
     case $1 in
@@ -97,7 +98,7 @@ check_document() {
     fail "$STATUS_DOCUMENT" "'$1' is neither PDF, PNG, JPEG nor text"
 }
 
-# The MIME type by the first bytes; whatever has no control bytes is text.
+# The MIME type, from the first bytes. A file without control characters is text.
 document_type() {
   local head
   head=$(od -An -tx1 -N8 -v -- "$1" | tr -d ' \n')
@@ -112,8 +113,8 @@ document_type() {
   esac
 }
 
-# CUPS drops an option it does not know and takes the default for a choice the
-# PPD lacks, both without a word; a mistyped name would print as if not given.
+# CUPS silently ignores an unknown option and silently replaces an unknown choice
+# by the default, so a typing error would go unnoticed.
 check_job_options() {
   local ppd=$1 option name value keyword
   for option in "${job_options[@]}"; do

@@ -4,12 +4,12 @@
 #
 # ./wren add-queue and remove-queue: queues on the system's own scheduler.
 
-# As for cmake --install, DESTDIR puts another folder in the place of /.
+# DESTDIR replaces the root folder, as for cmake --install.
 readonly SYSTEM_ROOT=${DESTDIR:-}
 readonly INSTALLED_PPDS=$SYSTEM_ROOT/usr/share/ppd/wren
 
-# What keeps a receipt upright and at the top, as lpadmin and lpoptions write
-# it. CUPS centres a short page and turns a wide one otherwise.
+# Keep a receipt upright and at the top of the page; without them CUPS centres a
+# short page and rotates a wide one. Spelt as lpadmin and lpoptions print them.
 # shellcheck disable=SC2034 # doctor reads it too
 readonly QUEUE_DEFAULTS=(position=top pdfAutoRotate=no orientation-requested=3)
 
@@ -46,7 +46,7 @@ installed_filter() { echo "$SYSTEM_ROOT$(cups_serverbin)/filter/rastertowren"; }
 
 is_installed() { [[ -x $(installed_filter) && -r $INSTALLED_PPDS/wren80.ppd ]]; }
 
-# For a lasting installation the package is better: it can be removed again.
+# No package manager knows these files: to be able to remove them again, install the package.
 install_here() {
   need build
   build release

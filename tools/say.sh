@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# What the front door says, and the statuses it ends with.
+# Messages and exit statuses of ./wren.
 
 # shellcheck disable=SC2034 # used by those who source this
 readonly STATUS_FAILED=1 STATUS_USAGE=2 STATUS_DOCUMENT=3 STATUS_SETUP=4
@@ -11,7 +11,7 @@ say() { printf '%s\n' "$*"; }
 
 note() { printf 'wren: %s\n' "$*" >&2; }
 
-# fail STATUS TEXT: one line, then the end.
+# fail STATUS TEXT: prints one line and exits.
 fail() {
   local status=$1
   shift

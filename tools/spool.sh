@@ -2,18 +2,18 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# A spool folder of its own for a run of the filter, so that its debug images
-# never reach the system's and two runs never meet there.
+# A private spool folder for a run of the filter: its debug images stay out of the
+# system's spool folder, and parallel runs do not mix theirs.
 
-# May this user put a folder in the place of another for one command alone? (The
-# whole of /var/spool is replaced: a plain user may not look into /var/spool/cups.)
+# Whether this user can mount a folder over another one in a mount namespace. All of
+# /var/spool is covered, because a plain user has no access to /var/spool/cups.
 can_mount() { unshare "$(mount_flags)" mount --bind /tmp /var/spool 2>/dev/null; }
 
 mount_flags() { if ((EUID == 0)); then echo -m; else echo -rm; fi; }
 
 # spool_command FILTER FOLDER: prints the command that runs FILTER with its debug
-# images in FOLDER/cups/tmp. Where nothing may be mounted that is the twin of the
-# filter, FILTER_relocated, which writes them to "spool" below its working folder.
+# images in FOLDER/cups/tmp. Where mounting is not permitted, this is a second build of
+# the filter, FILTER_relocated, which writes them to "spool" below its working folder.
 spool_command() {
   # shellcheck disable=SC2016
   if can_mount; then

@@ -4,8 +4,8 @@
 #
 # build_package.sh: builds an installer package for the Mac below build/macos.
 #
-# Nobody has run this yet. It follows the documented places: CUPS's own folder
-# is sealed on a Mac, so the filter goes below /Library/Printers and the PPDs
+# Not yet tried on a Mac. It follows the documented folders: CUPS's own folder is
+# read-only on macOS, so the filter is installed below /Library/Printers and the PPDs
 # name it by its absolute path.
 #
 # Set WREN_SIGN_APPLICATION and WREN_SIGN_INSTALLER to the names of the two
@@ -21,7 +21,7 @@ version=$(sed -n 's/^project(wren VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.
 
 [[ $(uname) == Darwin ]] || { echo "this builds on a Mac only" >&2; exit 1; }
 
-# One program for both kinds of Mac.
+# A universal binary.
 cmake -S "$root" -B "$build/tree" -G Ninja -DCMAKE_BUILD_TYPE=Release -DWREN_TESTS=OFF \
   "-DCMAKE_OSX_ARCHITECTURES=arm64;x86_64" -DCMAKE_OSX_DEPLOYMENT_TARGET=11.0
 cmake --build "$build/tree" --target rastertowren wren_ppds

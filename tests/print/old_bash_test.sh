@@ -30,7 +30,7 @@ done
 
 # Without Homebrew: one line of error message.
 status=0
-(PATH=$work go_on_in_newer_bash wren help) 2>said || status=$?
+(PATH=$work restart_in_newer_bash wren help) 2>said || status=$?
 ((status == 4)) || die "status $status without Homebrew"
 grep -q 'needs 4.4 or newer; on a Mac install Homebrew first' said || die "said: $(cat said)"
 
@@ -48,7 +48,7 @@ esac
 SCRIPT
 chmod +x bin/brew
 for _ in first second; do
-  (PATH=$work/bin:$PATH go_on_in_newer_bash ./wren print "a b.pdf" -n 2) 2>>said
+  (PATH=$work/bin:$PATH restart_in_newer_bash ./wren print "a b.pdf" -n 2) 2>>said
   printf '%s\n' ./wren print "a b.pdf" -n 2 | cmp - went-on
 done
 [[ $(grep -c '^install -q bash$' asked) -eq 1 ]] || die "asked Homebrew: $(cat asked)"
