@@ -53,8 +53,8 @@ struct Peer {
 struct Setup {
   std::string filter;
   std::string floor;
-  std::string filterTwin;
-  std::string floorTwin;
+  std::string relocatedFilter;
+  std::string relocatedFloor;
   std::string against;  // another build of the filter, or empty
   std::string ppd;
   std::string data;
@@ -305,7 +305,7 @@ bool Comparison::run() {
 }
 
 // Without a mount namespace: the same programs, built with another folder for their images.
-bool runTwins(Setup setup, const std::string& problem) {
+bool runRelocated(Setup setup, const std::string& problem) {
   if (!setup.against.empty()) {
     std::fprintf(stderr,
                  "--against is not possible here: nothing may be mounted (%s), and %s would write "
@@ -314,15 +314,15 @@ bool runTwins(Setup setup, const std::string& problem) {
                  problem.c_str(), setup.against.c_str());
     return false;
   }
-  if (setup.filterTwin.empty() || setup.floorTwin.empty()) {
+  if (setup.relocatedFilter.empty() || setup.relocatedFloor.empty()) {
     std::fprintf(stderr, "no private spool folder: %s\n", problem.c_str());
     return false;
   }
   const wren::bench::SpoolBelow spool;
   std::fprintf(stderr, "Nothing may be mounted here (%s): images go to %s.\n", problem.c_str(),
                spool.folder().c_str());
-  setup.filter = setup.filterTwin;
-  setup.floor = setup.floorTwin;
+  setup.filter = setup.relocatedFilter;
+  setup.floor = setup.relocatedFloor;
   return Comparison(std::move(setup)).run();
 }
 
@@ -341,8 +341,8 @@ int compare(int argc, char** argv) {
   CLI::App app("Compares the filter with the floor program and with other builds and filters.");
   app.add_option("--filter", setup.filter, "the filter to measure")->required();
   app.add_option("--floor", setup.floor, "the floor program")->required();
-  app.add_option("--filter-twin", setup.filterTwin, "the filter that writes images to spool/");
-  app.add_option("--floor-twin", setup.floorTwin, "the floor program that does the same");
+  app.add_option("--relocated-filter", setup.relocatedFilter, "the filter that writes images to spool/");
+  app.add_option("--relocated-floor", setup.relocatedFloor, "the floor program that does the same");
   app.add_option("--against", setup.against, "another build of the filter, run in the same turns")
       ->check(whyNotProgram);
   app.add_option("--ppd", setup.ppd, "the PPD for all of them")->required();
@@ -362,7 +362,7 @@ int compare(int argc, char** argv) {
   }
   const std::string problem = wren::bench::enterPrivateSpool();
   if (problem.empty()) return Comparison(std::move(setup)).run() ? 0 : 1;
-  return runTwins(std::move(setup), problem) ? 0 : 1;
+  return runRelocated(std::move(setup), problem) ? 0 : 1;
 }
 
 }  // namespace

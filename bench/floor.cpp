@@ -25,11 +25,11 @@ constexpr std::size_t kPrologueBytes = 64 + 2 + 8 + 3;
 constexpr std::size_t kEpilogueBytes = 8 + 2;
 constexpr std::size_t kGreyHeaderBytes = 54 + 1024;
 constexpr std::size_t kDotHeaderBytes = 54 + 8;
-// The folder of the filter's debug images; its twin uses another one.
-#ifndef WREN_SPOOL_FOLDER
-#define WREN_SPOOL_FOLDER "/var/spool/cups/tmp/"
+// The folder of the filter's debug images; the relocated build uses another one.
+#ifndef WREN_IMAGE_FOLDER
+#define WREN_IMAGE_FOLDER "/var/spool/cups/tmp/"
 #endif
-constexpr const char* kFolder = WREN_SPOOL_FOLDER;
+constexpr const char* kFolder = WREN_IMAGE_FOLDER;
 
 // Never shrinks: after the first page there are no page faults.
 struct Buffer {

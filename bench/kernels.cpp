@@ -105,29 +105,43 @@ void stencilReference(benchmark::State& state, const Page& page) {
   countPixels(state);
 }
 
-using PackColumns = void (*)(const std::uint8_t*, unsigned, std::size_t, std::uint8_t*,
-                             std::size_t);
-
-void columns(benchmark::State& state, PackColumns pack) {
+void columns(benchmark::State& state) {
   std::vector<std::uint8_t> band(kWidth);
   for (auto _ : state) {
     for (int y = 0; y < kHeight; y += 8) {
-      pack(dots().pixels.data() + y * kWidth, 8, kWidth, band.data(), kWidth);
+      const std::uint8_t* rows = dots().pixels.data() + y * kWidth;
+      wren::printer::packColumns(rows, 8, kWidth, band.data(), kWidth);
       benchmark::ClobberMemory();
     }
   }
   countPixels(state);
 }
 
-using PackBits = void (*)(const std::uint8_t*, std::size_t, std::uint8_t*);
+void columnsReference(benchmark::State& state) {
+  const reference::PageOptions options;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        reference::doPrintImage(options, dots().pixels.data(), kHeight, kWidth));
+  }
+  countPixels(state);
+}
 
-void whiteBits(benchmark::State& state, PackBits pack) {
+void whiteBits(benchmark::State& state) {
   std::vector<std::uint8_t> row(kWidth / 8);
   for (auto _ : state) {
     for (int y = 0; y < kHeight; ++y) {
-      pack(dots().pixels.data() + y * kWidth, kWidth, row.data());
+      wren::printer::packWhiteBits(dots().pixels.data() + y * kWidth, kWidth, row.data());
       benchmark::ClobberMemory();
     }
+  }
+  countPixels(state);
+}
+
+// With the header of the image.
+void whiteBitsReference(benchmark::State& state) {
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        reference::saveImage(dots().pixels.data(), kWidth, kHeight, kWidth, 1));
   }
   countPixels(state);
 }
@@ -163,11 +177,10 @@ void registerOthers() {
   RegisterBenchmark("stencil/receipt", [](State& state) { stencil(state, receipt()); });
   RegisterBenchmark("stencil/photo/reference",
                     [](State& state) { stencilReference(state, photo()); });
-  RegisterBenchmark("columns", [](State& state) { columns(state, packColumns); });
-  RegisterBenchmark("columns/scalar", [](State& state) { columns(state, packColumnsPlain); });
-  RegisterBenchmark("white-bits", [](State& state) { whiteBits(state, packWhiteBits); });
-  RegisterBenchmark("white-bits/scalar",
-                    [](State& state) { whiteBits(state, packWhiteBitsPlain); });
+  RegisterBenchmark("columns", columns);
+  RegisterBenchmark("columns/reference", columnsReference);
+  RegisterBenchmark("white-bits", whiteBits);
+  RegisterBenchmark("white-bits/reference", whiteBitsReference);
   RegisterBenchmark("blank-lines",
                     [](State& state) { blankLines(state, wrenImageCountBlankLinesFromBack); });
   RegisterBenchmark("blank-lines/reference", [](State& state) {

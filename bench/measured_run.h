@@ -3,7 +3,7 @@
 //
 // Runs one program at a time and measures its CPU time and memory. All runs share a private mount
 // namespace with an empty tmpfs on /var/spool: debug images cost every program the same and leave
-// nothing behind. Where mounts are refused, twins of the programs write to a temporary folder.
+// nothing behind. Where mounts are refused, other builds of the programs write to a temporary folder.
 // Linux only.
 
 #pragma once
@@ -35,7 +35,7 @@ struct Command {
 /// @return an empty text, or what went wrong.
 std::string enterPrivateSpool();
 
-/// The fallback: a new working folder with a folder `spool` for the images of the twins, in
+/// The fallback: a new working folder with a folder `spool` for the images of these builds, in
 /// /dev/shm if possible. Removed by the destructor. The constructor throws std::runtime_error when
 /// the folder cannot be created.
 class SpoolBelow {

@@ -4,8 +4,7 @@
 // What the fuzz targets share: taking made-up values out of the input, and
 // stopping when a promise does not hold.
 
-#ifndef WREN_FUZZ_INPUT_H_
-#define WREN_FUZZ_INPUT_H_
+#pragma once
 
 #include <algorithm>
 #include <cstddef>
@@ -90,5 +89,3 @@ inline void check(bool holds, const char* promise) {
 }
 
 }  // namespace fuzz
-
-#endif  // WREN_FUZZ_INPUT_H_

@@ -3,8 +3,7 @@
 //
 // A file that lives in memory, for code that insists on descriptors and names.
 
-#ifndef WREN_FUZZ_MEMORY_FILE_H_
-#define WREN_FUZZ_MEMORY_FILE_H_
+#pragma once
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -53,5 +52,3 @@ class MemoryFile {
 };
 
 }  // namespace fuzz
-
-#endif  // WREN_FUZZ_MEMORY_FILE_H_

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 namespace wren::job {
 namespace {
@@ -62,9 +63,8 @@ constexpr std::array<command, 4> docCutTypeCommand = {
     {{}, commandOf(kFullCut), commandOf(kPartialCut), {}}};
 
 // An index outside the table writes nothing.
-template <std::size_t N>
-void writeFrom(FILE* out, const std::array<command, N>& table, std::int32_t index) {
-  if (index >= 0 && static_cast<std::size_t>(index) < N) {
+void writeFrom(FILE* out, std::span<const command> table, std::int32_t index) {
+  if (index >= 0 && static_cast<std::size_t>(index) < table.size()) {
     writeCommand(out, table[static_cast<std::size_t>(index)]);
   }
 }

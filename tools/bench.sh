@@ -40,8 +40,8 @@ bench_filter() {
   add_peer rastertoepson 1 epson9.ppd /usr/share/cups/drv/sample.drv
   add_peer rastertoescpx 8 escpx.ppd "$WREN_ROOT/bench/peer.drv"
   "$bin/bench/wren-bench-compare" --filter "$bin/filter/rastertowren" \
-    --floor "$bin/bench/wren-bench-floor" --filter-twin "$bin/bench/wren-bench-filter-twin" \
-    --floor-twin "$bin/bench/wren-bench-floor-twin" --ppd "$bin/ppd/wren112.ppd" --data "$data" \
+    --floor "$bin/bench/wren-bench-floor" --relocated-filter "$bin/bench/wren-bench-relocated-filter" \
+    --relocated-floor "$bin/bench/wren-bench-relocated-floor" --ppd "$bin/ppd/wren112.ppd" --data "$data" \
     --pairs "$pairs" "${against[@]}" "${peers[@]}" || fail "$STATUS_FAILED" "the comparison failed"
 }
 

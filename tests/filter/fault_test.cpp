@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool kSanitized = true;  // books of its own on memory, and a start that takes long
+constexpr bool kSanitized = true;  // its own accounting of memory, and a slow start
 #else
 constexpr bool kSanitized = false;
 #endif
@@ -182,7 +182,7 @@ TEST(Fault, FullSpoolFolderCostsNoPage) {
 TEST(Fault, LimitOnTheSizeOfFilesCostsNoPage) {
   FilterJob job = jobOf({flatPage(576, 100, 255), flatPage(576, 100, 255)});
   job.beforeExec = [] {
-    const rlimit limit = {32768, 32768};  // half of an image of a page as it came
+    const rlimit limit = {32768, 32768};  // half of an image of the page as received
     setrlimit(RLIMIT_FSIZE, &limit);
   };
   const auto result = runFilterJob(job);

@@ -4,8 +4,7 @@
 // What the tests of docs/PRINTING.md share: documents made for a purpose, and
 // what can be seen on paper.
 
-#ifndef WREN_TESTS_PRINT_GUIDE_DOCUMENT_H_
-#define WREN_TESTS_PRINT_GUIDE_DOCUMENT_H_
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -61,5 +60,3 @@ class Guide : public PrintChain {
 };
 
 }  // namespace print_chain
-
-#endif  // WREN_TESTS_PRINT_GUIDE_DOCUMENT_H_

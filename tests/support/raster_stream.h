@@ -35,7 +35,7 @@ RasterPage greyPage(const std::vector<std::string>& rows, unsigned dpi = 203);
 /// A page of a single level.
 RasterPage flatPage(unsigned width, unsigned height, std::uint8_t level, unsigned dpi = 203);
 
-/// A page of noise that depends on the seed only.
+/// A page of noise, the same for the same `seed`.
 RasterPage noisePage(unsigned width, unsigned height, unsigned seed, unsigned dpi = 203);
 
 /// The synchronization word at the start of a stream: 4 bytes.
