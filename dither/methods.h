@@ -185,9 +185,9 @@ constexpr Method scalarErrorDiffusion(std::string_view name, const DiffusionKern
   return {name, MethodKind::kErrorDiffusion, nullptr, &kernel, false};
 }
 
-/// The methods by number. The numbers are part of `CxImage::Dither`: a new method goes before
-/// the last row, which stands for all other numbers. That row is scalar because no job
-/// selects it.
+/// The methods by number. The numbers are those of `CxImage::Dither` and of `DitherType`, whose
+/// 8 is the stencil method: a new method goes to the end. Row 8 stands for all numbers without
+/// a row; it is scalar because no job selects it.
 inline constexpr std::array kMethods = {
     orderedDither("threshold", kFixedThreshold),
     orderedDither("ordered", kOrderedThresholds),
@@ -200,10 +200,11 @@ inline constexpr std::array kMethods = {
     scalarErrorDiffusion("Floyd-Steinberg", kFloydSteinberg),
 };
 
-/// Row of `kMethods` for any number; the last row for a number that has none of its own.
+/// Row of `kMethods` for any number.
 constexpr std::size_t methodIndex(std::int64_t number) {
-  constexpr std::size_t kLast = kMethods.size() - 1;
-  return number >= 0 && number < std::int64_t{kLast} ? static_cast<std::size_t>(number) : kLast;
+  constexpr std::size_t kFloydSteinbergRow = 8;
+  const bool hasRow = number >= 0 && number < std::int64_t{kMethods.size()};
+  return hasRow ? static_cast<std::size_t>(number) : kFloydSteinbergRow;
 }
 
 /// Whether the whole error is spread, and only to pixels that come later in scan order.

@@ -8,12 +8,13 @@
 
 #include <functional>
 #include <random>
+#include <span>
 #include <string>
 
 #include "dither/methods.h"
 #include "tests/bitmap/bitmap_fixtures.h"
 #include "tests/reference/cximage.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -77,7 +78,7 @@ void expectSameFrame(Pair& pair) {
   if (!pair.image.IsValid()) return;
   const std::size_t bytes = 40 + pair.image.GetPaletteSize();
   const auto* block = static_cast<const std::uint8_t*>(pair.image.dib);
-  ASSERT_TRUE(samePage({block, bytes}, {pair.expected.dib, bytes}, bytes));
+  ASSERT_TRUE(sameBytes(std::span{pair.expected.dib, bytes}, std::span{block, bytes}, bytes));
 }
 
 void expectSame(Pair& pair) {

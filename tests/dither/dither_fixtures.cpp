@@ -11,7 +11,7 @@
 #include "dither/error_diffusion_wavefront.h"
 #include "dither/methods.h"
 #include "tests/reference/cximage.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace wren_test {
 
@@ -115,9 +115,8 @@ void expectReferenceDots(const Sample& sample, int method) {
     const SampleBuffers buffers(sample);
     ASSERT_TRUE(kernel.run(buffers.page())) << nameOf(sample, method) << ", " << kernel.name;
     const std::size_t stride = buffers.dotStrideBytes();
-    ASSERT_TRUE(samePage(buffers.dots(),
-                         padded(expected, sample.width, sample.height, stride - sample.width),
-                         stride))
+    ASSERT_TRUE(sameBytes(padded(expected, sample.width, sample.height, stride - sample.width),
+                          buffers.dots(), stride))
         << nameOf(sample, method) << ", " << kernel.name;
   }
 }

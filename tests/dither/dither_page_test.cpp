@@ -21,7 +21,7 @@
 #include "dither/error_diffusion_wavefront.h"
 #include "dither/methods.h"
 #include "tests/dither/dither_fixtures.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -152,7 +152,7 @@ TEST(DitherPage, WithoutMemoryFailsAndWritesNothing) {
     const SampleBuffers buffers(sample);
     EXPECT_EQ(ditherPage(method, buffers.page(), noMemory), !needsMemory) << method;
     if (!needsMemory) continue;
-    EXPECT_TRUE(samePage(buffers.dots(), Bytes(400, kUntouched), 20)) << method;
+    EXPECT_TRUE(sameBytes(Bytes(400, kUntouched), buffers.dots(), 20)) << method;
   }
 }
 

@@ -6,9 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <span>
 
 #include "tests/dither/dither_fixtures.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -58,8 +59,8 @@ void expectRows(const Sample& sample) {
     const LevelRows rows(buffers.page());
     for (std::size_t y = 0; y < sample.height; ++y) {
       const std::uint8_t* levels = copied ? rows.levelsInPlace(y) : rows.levels(y);
-      ASSERT_TRUE(samePage({levels, sample.width}, expectedRow(sample, y),
-                           std::max<std::size_t>(sample.width, 1)))
+      ASSERT_TRUE(sameBytes(expectedRow(sample, y), std::span{levels, sample.width},
+                            std::max<std::size_t>(sample.width, 1)))
           << "row " << y;
     }
   }
@@ -87,7 +88,7 @@ TEST(LevelRows, ReadRowsThatNeedNoChangeWhereTheyAre) {
   Random random(2);
   const SampleBuffers buffers(makeSample(random, Content::kNoise, 20, 2));
   EXPECT_EQ(LevelRows(buffers.page()).levels(0), buffers.page().levels);
-  EXPECT_TRUE(samePage(buffers.dots(), Bytes(40, kUntouched), 20));
+  EXPECT_TRUE(sameBytes(Bytes(40, kUntouched), buffers.dots(), 20));
 }
 
 TEST(LevelRows, AreCopiedToTheDotsOnRequest) {

@@ -11,7 +11,7 @@
 #include <ostream>
 
 #include "tests/dither/dither_fixtures.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ TEST_P(OrderedMethods, TurnWhiteAboveTheirThresholds) {
     Bytes expected;
     for (const int from : whiteFrom) expected.push_back(level >= from ? 1 : 0);
     EXPECT_TRUE(
-        samePage(dithered(method, 4, Bytes(16, static_cast<std::uint8_t>(level))), expected, 4))
+        sameBytes(expected, dithered(method, 4, Bytes(16, static_cast<std::uint8_t>(level))), 4))
         << "level " << level;
   }
 }
@@ -139,7 +139,7 @@ void expectNoTermAcross(int method, int level, std::size_t fromX, std::size_t to
   Bytes expected(kWidth * 6, 0);
   expected[fromX] = isWhite;
   expected[kWidth * toY + toX] = isWhite;
-  EXPECT_TRUE(samePage(dithered(method, kWidth, levels), expected, kWidth))
+  EXPECT_TRUE(sameBytes(expected, dithered(method, kWidth, levels), kWidth))
       << method << ": from " << fromX << ",0 to " << toX << ',' << toY;
 }
 

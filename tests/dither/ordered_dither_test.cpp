@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/dither/dither_fixtures.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST(OrderedDither, ComparesEveryLevelWithEveryThreshold) {
     thresholds.fill(static_cast<std::uint8_t>(threshold));
     Bytes expected;
     for (const std::uint8_t level : levels) expected.push_back(level > threshold ? 255 : 0);
-    ASSERT_TRUE(samePage(orderedDots(thresholds, levels.size(), levels), expected, levels.size()))
+    ASSERT_TRUE(sameBytes(expected, orderedDots(thresholds, levels.size(), levels), levels.size()))
         << "threshold " << threshold;
   }
 }
@@ -51,7 +51,7 @@ TEST(OrderedDither, RepeatsItsMatrixAfterFourColumnsAndRows) {
       const int threshold = thresholds[4 * (i / kWidth % 4) + i % kWidth % 4];
       expected.push_back(level > threshold ? 255 : 0);
     }
-    EXPECT_TRUE(samePage(orderedDots(thresholds, kWidth, levels), expected, kWidth)) << level;
+    EXPECT_TRUE(sameBytes(expected, orderedDots(thresholds, kWidth, levels), kWidth)) << level;
   }
 }
 

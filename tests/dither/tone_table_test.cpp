@@ -7,10 +7,11 @@
 
 #include <climits>
 #include <numeric>
+#include <span>
 
 #include "tests/dither/dither_fixtures.h"
 #include "tests/reference/cximage.h"
-#include "tests/support/first_difference.h"
+#include "tests/support/same_bytes.h"
 
 namespace {
 
@@ -64,7 +65,8 @@ TEST(ToneTable, IsThatOfTheReferenceForEverySetting) {
       reference::CxImage image;
       image.CreateFromArray(ramp.data(), 256, 1, 8, 256, false);
       image.Light(brightness, contrast);
-      ASSERT_TRUE(samePage(makeToneTable(brightness, contrast), {image.GetBits(0), 256}, 256))
+      ASSERT_TRUE(
+          sameBytes(std::span{image.GetBits(0), 256}, makeToneTable(brightness, contrast), 256))
           << "brightness " << brightness << ", contrast " << contrast;
     }
   }

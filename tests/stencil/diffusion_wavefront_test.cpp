@@ -31,7 +31,7 @@ Bytes diffused(const QVImage& page, int threshold) {
 
 testing::AssertionResult equalsReference(const QVImage& page, int threshold) {
   const Bytes expected = bytesOf(reference::edf_cus(toReference(page), threshold));
-  return samePixels(diffused(page, threshold), expected, page.width) << ", threshold " << threshold;
+  return sameBytes(expected, diffused(page, threshold), page.width) << ", threshold " << threshold;
 }
 
 TEST(WavefrontDiffuser, EqualsTheReferenceOnEverySize) {
@@ -70,7 +70,7 @@ TEST(WavefrontDiffuser, LeavesBytesBesideTheRowsUnchanged) {
     std::memcpy(expected.data() + r * 32, dots.data() + r * 21, 21);
   }
   diffuser.run(out.data(), 32, 3);
-  EXPECT_TRUE(samePixels(out, expected, 32));
+  EXPECT_TRUE(sameBytes(expected, out, 32));
 }
 
 }  // namespace

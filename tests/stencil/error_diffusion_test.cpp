@@ -68,7 +68,7 @@ TEST(ErrorDiffusion, EqualsTheReferenceAcrossBlocks) {
   EXPECT_EQ(result.width, 65);
   EXPECT_EQ(result.height, 33);
   EXPECT_EQ(result.colorType, QV_IMG_GRAY);
-  EXPECT_TRUE(samePixels(bytesOf(result), bytesOf(reference::edf_cus(toReference(page), 128)), 65));
+  EXPECT_TRUE(sameBytes(bytesOf(reference::edf_cus(toReference(page), 128)), bytesOf(result), 65));
 }
 
 TEST(ErrorDiffusion, AcceptsAnEmptyImage) {

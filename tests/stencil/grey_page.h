@@ -6,16 +6,17 @@
 
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <random>
 #include <vector>
 
 #include "stencil/qv_image.h"
+#include "tests/support/same_bytes.h"
 
 namespace wren::stencil {
+
+using wren_test::sameBytes;
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -40,21 +41,6 @@ inline QVImage noisePage(int width, int height, unsigned seed) {
 
 inline std::uint8_t pixelAt(const QVImage& image, int x, int y) {
   return image.data[std::ptrdiff_t{y} * image.width + x];
-}
-
-/// Compares two pages with rows of `width` bytes.
-inline testing::AssertionResult samePixels(const Bytes& actual, const Bytes& expected, int width) {
-  if (actual.size() != expected.size()) {
-    return testing::AssertionFailure() << actual.size() << " bytes instead of " << expected.size();
-  }
-  for (std::size_t i = 0; i < actual.size(); ++i) {
-    if (actual[i] == expected[i]) continue;
-    const auto rowBytes = static_cast<std::size_t>(width);
-    return testing::AssertionFailure()
-           << "column " << i % rowBytes << ", row " << i / rowBytes << ": " << int{actual[i]}
-           << " instead of " << int{expected[i]};
-  }
-  return testing::AssertionSuccess();
 }
 
 }  // namespace wren::stencil

@@ -25,7 +25,7 @@ TEST(SharpenKernel, EqualsTheReferenceForEveryPairOfLevels) {
   sharpen(a.data(), b.data(), out.data(), 0, static_cast<int>(out.size()));
   // A weight of 300 percent.
   const auto expected = reference::add_Weighted(toReference(levels), toReference(blurred), 3.0F);
-  EXPECT_TRUE(samePixels(out, bytesOf(expected), 256));
+  EXPECT_TRUE(sameBytes(bytesOf(expected), out, 256));
 }
 
 TEST(SharpenKernel, WritesItsRangeOnly) {

@@ -21,7 +21,7 @@ Bytes dotsOf(const QVImage& page) {
 }
 
 testing::AssertionResult equalsReference(const QVImage& page) {
-  return samePixels(dotsOf(page), referenceDots(page), page.width);
+  return sameBytes(referenceDots(page), dotsOf(page), page.width);
 }
 
 // Rows of `page` with `stride - page.width` bytes of `filler` behind each.
@@ -56,7 +56,7 @@ TEST(StencilPage, LeavesBytesBeyondTheWidthUnread) {
     const Bytes source = withStride(bytesOf(page), 37, stride, 200);
     Bytes result(expected.size(), 9);
     EXPECT_TRUE(stencilPage(source.data(), stride, 37, 41, result.data(), 40));
-    EXPECT_TRUE(samePixels(result, expected, 40)) << "source stride " << stride;
+    EXPECT_TRUE(sameBytes(expected, result, 40)) << "source stride " << stride;
   }
 }
 
@@ -69,7 +69,7 @@ TEST(StencilPage, RunsInPlace) {
         const QVImage page = maker.make(kind, 53, height);
         Bytes rows = withStride(bytesOf(page), 53, stride, 7);
         EXPECT_TRUE(stencilPage(rows.data(), stride, 53, height, rows.data(), stride));
-        ASSERT_TRUE(samePixels(rows, withStride(referenceDots(page), 53, stride, 7), stride))
+        ASSERT_TRUE(sameBytes(withStride(referenceDots(page), 53, stride, 7), rows, stride))
             << kind << ", " << height << " rows, stride " << stride;
       }
     }
@@ -109,7 +109,7 @@ TEST(StencilPage, StopsWhenItIsCancelled) {
     EXPECT_EQ(countdown.asked, left + 1);
     Bytes expected(result.size(), 9);
     std::copy_n(dots.begin(), std::max(left - 3, 0) * 16 * 30, expected.begin());
-    EXPECT_TRUE(samePixels(result, expected, 30)) << left;
+    EXPECT_TRUE(sameBytes(expected, result, 30)) << left;
   }
 }
 

@@ -19,12 +19,14 @@ TEST(TattooDithering, EqualsTheReferenceInEveryLayout) {
       QVImage page(size, size, static_cast<QV_IMG_COLOR>(layout), noise.data);
       const Bytes before = bytesOf(page);
       const QVImage dots = qvTattooDithering(page);
-      ASSERT_TRUE(samePixels(bytesOf(dots), referenceDots(page), size)) << "layout " << layout;
+      ASSERT_TRUE(sameBytes(referenceDots(page), bytesOf(dots), static_cast<std::size_t>(size)))
+          << "layout " << layout;
       ASSERT_EQ(dots.width, size);
       ASSERT_EQ(dots.height, size);
       ASSERT_EQ(dots.channels, 1);
       ASSERT_EQ(dots.colorType, QV_IMG_GRAY);
-      ASSERT_TRUE(samePixels(bytesOf(page), before, size * page.channels)) << "the source changed";
+      ASSERT_TRUE(sameBytes(before, bytesOf(page), static_cast<std::size_t>(size * page.channels)))
+          << "the source changed";
     }
   }
 }
@@ -36,7 +38,8 @@ TEST(TattooDithering, TakesGreyPagesOfFourBytesPerPixel) {
   page.colorType = QV_IMG_GRAY;
   QVImage grey(20, 20, QV_IMG_GRAY);
   for (int i = 0; i < 20 * 20; ++i) grey.data[i] = noise.data[std::ptrdiff_t{4} * i];
-  EXPECT_TRUE(samePixels(bytesOf(qvTattooDithering(page)), referenceDots(grey), 20));
+  EXPECT_TRUE(sameBytes(referenceDots(grey), bytesOf(qvTattooDithering(page)),
+                        static_cast<std::size_t>(20)));
 }
 
 TEST(TattooDithering, AcceptsAnEmptyPage) {
