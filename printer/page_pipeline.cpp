@@ -119,18 +119,18 @@ void WrenPrinter::printDots(const unsigned char* dots, unsigned long bytesPerLin
                             unsigned long height, unsigned long width, unsigned long topBlanks,
                             unsigned long bottomBlanks) {
   const unsigned char* p = dots;
-  unsigned long h_fixed = height;
+  unsigned long printedRows = height;
   if (bottomBlanks > topBlanks) {
-    h_fixed = bottomBlanks - topBlanks;
+    printedRows = bottomBlanks - topBlanks;
     p += topBlanks * bytesPerLine;
   }
   wrenLogCommon(0,
                 "printImage: p(%lu), width(%lu), height(%lu), w(%lu), topBlanks(%lu), "
                 "bottomBlanks(%lu), h_fixed(%lu)",
                 static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(p)), bytesPerLine,
-                height, width, topBlanks, bottomBlanks, h_fixed);
-  savePageImage(kDitheredImageName, p, bytesPerLine, h_fixed, width, 1);
-  if (!isCancelled()) doPrintImage(p, bytesPerLine, h_fixed, width);
+                height, width, topBlanks, bottomBlanks, printedRows);
+  savePageImage(kDitheredImageName, p, bytesPerLine, printedRows, width, 1);
+  if (!isCancelled()) doPrintImage(p, bytesPerLine, printedRows, width);
 }
 
 long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int bytesPerLine,

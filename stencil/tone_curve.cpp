@@ -24,8 +24,8 @@ ToneCurve piecewiseGamma(int knee, float gammaLow, float gammaHigh) {
 }
 
 const ToneCurve& stencilToneCurve() {
-  static const ToneCurve curve = piecewiseGamma(kKnee, kGammaBelowKnee, kGammaAboveKnee);
-  return curve;
+  static const ToneCurve kCurve = piecewiseGamma(kKnee, kGammaBelowKnee, kGammaAboveKnee);
+  return kCurve;
 }
 
 }  // namespace wren::stencil
