@@ -34,7 +34,7 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
                      ->excludes(file)
                      ->excludes("--output")
                      ->excludes("--list");
-  app.add_option("--directory", options.directory, "Directory for received jobs")
+  app.add_option("--directory", options.directory, "Existing directory for received jobs")
       ->needs(listen)
       ->check(CLI::ExistingDirectory)
       ->capture_default_str();
