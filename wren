@@ -66,7 +66,7 @@ Usage: ./wren COMMAND [ARGUMENTS]
         Compares the time and memory of the filter with a program that computes
         nothing and with other printer filters (docs/PERFORMANCE.md), N times
         each. PROGRAM is another build of rastertowren, measured in the same
-        turns. --kernels times the inner loops alone.
+        rounds. --kernels times the inner loops alone.
   lint
         clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
         of these tools than Debian 12's are advice and do not fail.

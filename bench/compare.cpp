@@ -2,7 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // wren-bench-compare: runs the filter, the floor program and, if asked for, another build of the
-// filter in turns, and prints one table of CPU time and memory. It fails when two of them did not
+// filter in rounds, and prints one table of CPU time and memory. It fails when two of them did not
 // write the same number of bytes, since then they did not do the same work. --help lists the
 // options; docs/PERFORMANCE.md explains the columns.
 
@@ -80,7 +80,7 @@ class Comparison {
   bool run();
 
  private:
-  // What ran in one turn. `off` and `other` are measured where they are asked for.
+  // What ran in one round. `off` and `other` are measured where they are asked for.
   struct Round {
     Usage filter;
     Usage floor;
@@ -341,9 +341,10 @@ int compare(int argc, char** argv) {
   CLI::App app("Compares the filter with the floor program and with other builds and filters.");
   app.add_option("--filter", setup.filter, "the filter to measure")->required();
   app.add_option("--floor", setup.floor, "the floor program")->required();
-  app.add_option("--relocated-filter", setup.relocatedFilter, "the filter that writes images to spool/");
+  app.add_option("--relocated-filter", setup.relocatedFilter,
+                 "the filter that writes images to spool/");
   app.add_option("--relocated-floor", setup.relocatedFloor, "the floor program that does the same");
-  app.add_option("--against", setup.against, "another build of the filter, run in the same turns")
+  app.add_option("--against", setup.against, "another build of the filter, run in the same rounds")
       ->check(whyNotProgram);
   app.add_option("--ppd", setup.ppd, "the PPD for all of them")->required();
   app.add_option("--data", setup.data, "the folder of wren-bench-rasters")->required();

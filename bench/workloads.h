@@ -31,7 +31,7 @@ inline constexpr std::size_t kRoll = 1;  // index of the workload with one long 
 
 enum class Family : std::uint8_t { kThreshold, kDiffusion, kStencil };
 
-/// A choice of `HalftoneType` and the method that it runs: the names are one step off.
+/// A choice of `HalftoneType` and the method that it runs, which is not the one that it names.
 struct Halftone {
   const char* name;
   const char* method;

@@ -28,7 +28,7 @@ good() { say "ok    $*"; }
 # finding WORDS COMMAND
 finding() {
   say "BAD   $1"
-  say "      mend: $2"
+  say "      fix: $2"
   findings=$((findings + 1))
 }
 

@@ -46,17 +46,17 @@ is_sound() {
 }
 
 # finds WORDS [QUEUE]: doctor reports exactly one fault, with these words. The command
-# that repairs it goes to the file "mend".
+# that repairs it goes to the file "fix".
 finds() {
   expect_status 1 ./wren doctor "${2:-till}"
   expect_words "BAD   $1"
   [[ $(grep -c '^BAD' answer) -eq 1 ]] || die "more findings than faults: $(cat answer)"
-  sed -n 's/^      mend: //p' answer >mend
+  sed -n 's/^      fix: //p' answer >fix
 }
 
-mends() {
+fixes() {
   finds "$@"
-  bash -e mend >said 2>&1 || die "$(cat mend) failed: $(cat said)"
+  bash -e fix >said 2>&1 || die "$(cat fix) failed: $(cat said)"
   is_sound
 }
 
@@ -77,11 +77,11 @@ finds_faults_of_the_filter() {
   chmod g+w "$filter"
   finds "$filter has owner 0 and mode 775; CUPS refuses it"
   ! grep -q 'runs on this machine' answer || die "doctor runs a filter that others could have changed"
-  mends "$filter has owner 0 and mode 775; CUPS refuses it"
+  fixes "$filter has owner 0 and mode 775; CUPS refuses it"
   chmod 700 "$filter"
-  mends "$filter has owner 0 and mode 700; CUPS refuses it"
+  fixes "$filter has owner 0 and mode 700; CUPS refuses it"
   chmod o+w "$(dirname "$filter")"
-  mends "$(dirname "$filter") has owner 0 and mode 757; CUPS refuses it"
+  fixes "$(dirname "$filter") has owner 0 and mode 757; CUPS refuses it"
   mv "$filter" kept
   printf '\177ELF of another machine' >"$filter"
   chmod 755 "$filter"
@@ -104,20 +104,20 @@ finds_faults_of_the_ppds() {
 
 finds_faults_of_the_queue() {
   lpadmin -p till -o position-default=center
-  mends "the queue 'till' lets CUPS centre or turn receipts"
+  fixes "the queue 'till' lets CUPS centre or turn receipts"
   lpadmin -p till -o pdfAutoRotate-default=yes -o orientation-requested-default=4
-  mends "the queue 'till' lets CUPS centre or turn receipts"
+  fixes "the queue 'till' lets CUPS centre or turn receipts"
   cupsdisable till
-  mends "the queue 'till' is stopped"
+  fixes "the queue 'till' is stopped"
   cupsreject till
-  mends "the queue 'till' takes no jobs"
+  fixes "the queue 'till' takes no jobs"
   sed 's/^\*FileVersion:.*/*FileVersion: "1.0"/; s/^\*cupsVersion.*/&\n*WrenOld: "1"/' \
     "$DESTDIR/usr/share/ppd/wren/wren80.ppd" >old.ppd
   lpadmin -p till -P old.ppd 2>/dev/null
-  mends "the queue 'till' has the PPD of another version"
+  fixes "the queue 'till' has the PPD of another version"
   sed 's/^\*NickName:.*/*NickName: "Some other printer"/; s/^\*ModelName:.*/*ModelName: "Other"/' old.ppd >other.ppd
   lpadmin -p till -P other.ppd 2>/dev/null
-  mends "the queue 'till' does not print with a PPD of Wren's"
+  fixes "the queue 'till' does not print with a PPD of Wren's"
   finds "there is no queue 'gone'" gone
 }
 
@@ -142,7 +142,7 @@ finds_faults_of_the_spool_folder() {
   # fallocate is fast, but not every file system supports it.
   if fallocate -l 210M "$folder/dithered_fill_1.bmp" 2>/dev/null; then
     : >"$folder/another_program.bmp"
-    mends "$folder holds "
+    fixes "$folder holds "
     [[ -e $folder/another_program.bmp ]] || die "a file that is not Wren's was deleted"
   fi
   rm -f "$folder"/{dithered_fill_1,another_program}.bmp
