@@ -24,8 +24,8 @@ const char* wrenPpdGetChoiceAsStrDefault(ppd_file_t* ppd, const char* keyword,
 /// The leading decimal number of the choice's name (0 if it has none), else `defaultValue`.
 int wrenPpdGetChoiceAsIntDefault(ppd_file_t* ppd, const char* keyword, int defaultValue);
 
-/// 1 for true and yes, 0 for false and no (in any case of letters), for any other
-/// name the low 8 bits of its leading number as a signed byte; else `defaultValue`.
+/// 1 for "true" and "yes", 0 for "false" and "no" (case-insensitive); otherwise the leading number
+/// of the name, reduced to a signed byte; `defaultValue` without a choice.
 signed char wrenPpdGetChoiceAsBoolDefault(ppd_file_t* ppd, const char* keyword,
                                           signed char defaultValue);
 

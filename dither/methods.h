@@ -123,7 +123,7 @@ constexpr DiffusionTaps tapsOf(const DiffusionKernel& kernel) {
 /// its level is above its threshold.
 using ThresholdMatrix = std::array<std::uint8_t, 16>;
 
-/// Level 128 is the last that prints black.
+/// Level 128 is the last that becomes 0, which a job prints as bare paper.
 inline constexpr ThresholdMatrix kFixedThreshold = {
     128, 128, 128, 128,  //
     128, 128, 128, 128,  //

@@ -16,8 +16,8 @@ namespace wren::dither {
 /// the two buffers must not overlap, and `levels` is only read. Bytes of `dots` beyond
 /// `width` in a row are not written.
 struct Page {
-  /// First row that is read; 0 is black, 255 is white. A negative stride reads the page
-  /// from its last row upwards.
+  /// First row that is read; 0 is black and 255 white, as in the literature. In a job 255 is
+  /// full ink. A negative stride reads the page from its last row upwards.
   const std::uint8_t* levels = nullptr;
   std::ptrdiff_t levelStrideBytes = 0;
 

@@ -17,8 +17,8 @@ std::int32_t saturated(std::int64_t value) {
   return static_cast<std::int32_t>(std::clamp(value, kLow, kHigh));
 }
 
-// Truncates toward zero and clamps to a level. Compares first: converting a float that does
-// not fit the integer is undefined.
+// Truncates toward zero and clamps to a level. Compares before it converts: converting a float
+// that does not fit the integer is undefined.
 std::uint8_t levelOf(float value) {
   if (value <= 0.0F) return 0;
   if (value >= 255.0F) return 255;
@@ -27,7 +27,7 @@ std::uint8_t levelOf(float value) {
 
 }  // namespace
 
-// Single precision throughout, one operation per step: the rounding is printed output.
+// Single precision, one rounding per operation: another rounding changes printed output.
 ToneTable makeToneTable(std::int32_t brightness, std::int32_t contrast) {
   const float scale = static_cast<float>(saturated(std::int64_t{contrast} + 100)) / 100.0F;
   const auto shift = static_cast<float>(saturated(std::int64_t{brightness} + 128));

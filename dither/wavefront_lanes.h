@@ -52,7 +52,7 @@ struct Segment {
   std::size_t count;
 };
 
-/// One lane: the row that it is in, and the column of its next step.
+/// One lane: its current row and the column of its next step.
 class Lane {
  public:
   Lane() = default;
@@ -76,8 +76,8 @@ class Lane {
     if (reachesNextRow(skew)) next_ = OpenRow(rows, row_.y + kLanes);
   }
 
-  /// The tile's pixels: the end of the lane's row, and the start of its next row. A segment
-  /// without pixels is at the first step, or after the last.
+  /// The tile's pixels: the end of the lane's row, and the start of its next row. An empty
+  /// segment has step 0 or `kTileSteps`.
   std::array<Segment, 2> segments(std::size_t width, const Skew& skew) const {
     const auto nextStart = static_cast<std::ptrdiff_t>(skew.period) - x_;
     return {{segmentOf(row_, -x_, width, 0), segmentOf(next_, nextStart, width, kTileSteps)}};

@@ -16,8 +16,8 @@
 
 namespace wren::escpos {
 
-/// Limits of the recorded paper. What would exceed one is reported as a `Problem`. A line that is
-/// too wide is clipped; the other three stop the printer.
+/// Limits of the recorded paper. An exceeded limit is reported as a `Problem`. A too wide line is
+/// clipped; the other limits stop the printer.
 struct PaperLimits {
   /// Feed units; the default is a roll of 80 m at 203 dpi.
   std::uint64_t lengthUnits = 1'278'740;

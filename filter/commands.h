@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The printer control commands on standard output, under the names by which the filter knows
-// them. A job writes the same bytes through job/control_commands to the stream that it is
-// given; only tests call these.
+// Wrappers of job/control_commands that write to standard output. Only tests call them.
 
 #pragma once
 

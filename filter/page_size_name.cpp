@@ -11,7 +11,8 @@ namespace {
 // The text of one number, at most 19 characters.
 class NumberText {
  public:
-  // Takes a digit, or D for the decimal point. False for anything else and if full.
+  // Appends a digit, or a decimal point for D. False for other characters or if the buffer is
+  // full.
   bool append(char character) {
     const bool digit = character >= '0' && character <= '9';
     if ((!digit && character != 'D') || length_ == kLargest) return false;
@@ -36,7 +37,7 @@ const char* readWidth(const char* at, NumberText& width) {
   return at + 1;
 }
 
-// Reads up to the first M; the text after it is not looked at.
+// Reads up to the first M and ignores the rest.
 bool readHeight(const char* at, NumberText& height) {
   for (; *at != 'M'; ++at) {
     if (!height.append(*at)) return false;

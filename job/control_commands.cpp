@@ -15,7 +15,7 @@ constexpr command commandOf(const unsigned char (&bytes)[N]) {
   return {N, bytes};
 }
 
-constexpr unsigned char kFeed16Rows[] = {0x1B, 0x4A, 0x10};
+constexpr unsigned char kFeed16Units[] = {0x1B, 0x4A, 0x10};
 constexpr unsigned char kBuzzer[] = {0x1B, 0x42};
 constexpr unsigned char kFullCut[] = {0x1D, 0x56, 0x00};
 constexpr unsigned char kPartialCut[] = {0x1D, 0x56, 0x01};
@@ -39,7 +39,7 @@ constexpr unsigned char kDrawerPulses[9][5] = {
 };
 
 constexpr std::array<command, 1> startPageCommand = {{{}}};
-constexpr std::array<command, 1> endPageCommand = {{commandOf(kFeed16Rows)}};
+constexpr std::array<command, 1> endPageCommand = {{commandOf(kFeed16Units)}};
 constexpr std::array<command, 1> buzzer1OnTimeCommand = {{commandOf(kBuzzer)}};
 constexpr std::array<command, 4> pageCutTypeCommand = {
     {{}, commandOf(kFullCut), commandOf(kPartialCut), {}}};

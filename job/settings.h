@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The settings of a job. A shell fills them in once, from a PPD or from job attributes, and
-// never changes them afterwards.
+// The settings of a job. The calling program fills them in once, from a PPD or from job
+// attributes, and never changes them afterwards.
 
 #pragma once
 
@@ -30,7 +30,7 @@ struct Settings {
   std::int32_t buzzer2Repeat = 0;
   std::int32_t cashDrawerSetting = 0;  ///< 0 off, 1 at job start, 2 at job end
   std::int32_t cashDrawerPulseWidth = 0;
-  std::int32_t feedCutAfterJobEnd = 0;  ///< units of 16 dot rows
+  std::int32_t feedCutAfterJobEnd = 0;  ///< units of 16 half dot rows, about 1 mm at 203 dpi
   std::int32_t brightness = 0;
   DitherType halftoneType = None;
   bool debugImages = true;  ///< whether the two images of every page are saved

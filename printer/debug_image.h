@@ -33,8 +33,8 @@ std::int32_t bmpRowBytes(unsigned long width, unsigned short bitsPerPixel);
 std::array<std::uint8_t, kBmpHeaderBytes> bmpHeader(unsigned long width, unsigned long height,
                                                     unsigned short bitsPerPixel);
 
-/// Writes the image into an open file, in one write if the kernel takes it whole. Errors, a
-/// full disk among them, end the writing and are not reported.
+/// Writes the image into an open file, in one write if the kernel takes it whole. Write errors,
+/// such as a full disk, stop the writing without a message.
 /// @param rows memory for the rows of a 1-bit image, kept from page to page; its old content
 ///   is lost. If it cannot grow, the rows are written one at a time.
 void writeImage(int descriptor, const ImageSource& source, unsigned short bitsPerPixel,

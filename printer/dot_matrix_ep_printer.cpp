@@ -31,7 +31,7 @@ void DotMatrixEpPrinter::doPrintImage(const unsigned char* data, unsigned long /
     wren::printer::packColumns(data, static_cast<unsigned>(rows), width, columns.data(), count);
     printBytes(bandStart, sizeof bandStart);
     printBytes(columns.data(), count);
-    // Printed output depends on the factor 2: the feed is in half dot rows.
+    // The feed unit is half a dot row, so the factor is 2: printed output depends on it.
     printByte(kEscape);
     printByte('J');
     printByte(static_cast<unsigned char>(2 * rows));

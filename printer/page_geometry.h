@@ -25,7 +25,7 @@ std::uint64_t printableWidthPx(double maxMediaWidthPt, std::uint32_t horizontalD
 /// The number of bytes of a row beyond the printable width.
 std::uint64_t excessPx(std::uint32_t bytesPerLine, std::uint64_t printableWidthPx);
 
-/// Says what is wrong with a page that would make a buffer overflow; null if it is fine.
+/// Why the page cannot be printed; null if it can.
 /// @return a constant text.
 const char* pageFault(const PageGeometry& page, std::uint64_t excessPx);
 

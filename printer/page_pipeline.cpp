@@ -77,8 +77,8 @@ wren::printer::DotOptions dotOptionsOf(const WrenPrinter& printer, DitherType ty
   options.rotate180 = printer.isRotate180Print();
   options.mirror = printer.isMirrorPrint();
   options.stencil = printer.getUseQVDithering();
-  // Printed output depends on the value being the method number as it is: the names of the
-  // types are one step off from the methods that run.
+  // Printed output depends on the value being the method number, although most names are those
+  // of another method: `Ordered` runs Burkes, `Burkes` runs Stucki, and so on.
   options.method = type;
   options.negative = printer.isNegativePrint();
   return options;

@@ -31,7 +31,7 @@ constexpr double kFastRoundings = kBlurRadius + 2.01;
 constexpr double kDefinedRoundings = 2.01 * kUnsharpSize;
 constexpr double kSumError =
     255.0 * kFastRoundings / (1 << 24) + 255.0 * kDefinedRoundings / (1LL << 53) + 2.0 / (1 << 17);
-// Adding `kShift` rounds to a unit, which takes half a unit of the reach.
+// Adding `kShift` rounds to `kUnit`, an error of half a unit at most; `kReach` allows for it.
 static_assert(kSumError < (kReach - 0.5) * static_cast<double>(kUnit),
               "all sums that may round the other way are computed again");
 
@@ -62,7 +62,7 @@ inline __attribute__((always_inline)) F32x4 fastSum(const float* const* rows,
 }
 static_assert(kBlurRadius > 0, "there is an outermost pair of taps");
 
-// Stores four levels and returns the mask of those that are not certain.
+// Stores four levels and returns the mask of those that must be computed again in double.
 inline __attribute__((always_inline)) I32x4 blurFour(const float* const* rows,
                                                      const VectorWeights& weights, float* out,
                                                      int x) {

@@ -18,7 +18,7 @@ constexpr int kLanes = 4;  // of one vector
 constexpr int kVectors = kRows / kLanes;
 constexpr int kDelay = kDiffusionLag * kRows;
 
-// The six taps that a step writes out.
+// The weights of the six taps.
 constexpr float kRight = diffusionWeight(+1, 0);
 constexpr float kSecondRight = diffusionWeight(+2, 0);
 constexpr float kBelowSecondLeft = diffusionWeight(-2, 1);
@@ -34,8 +34,8 @@ constexpr int rowOfByte(std::size_t byte) {
   return static_cast<int>(kLanes * (byte % kVectors) + byte / kVectors);
 }
 
-// 16 x 16 bytes, transposed by four perfect shuffles. The folds are loops that every
-// compiler unrolls.
+// Transposes 16 x 16 bytes by four interleavings. Pack expansions instead of loops, so that
+// every compiler unrolls them.
 using Tile = std::array<U8x16, 16>;
 using Indices = std::make_index_sequence<16>;
 
@@ -86,7 +86,7 @@ struct Edges {
   I32x4 border;
 };
 
-// `Slot` is the number of the step modulo 3; `edges` is null where no lane is at an edge.
+// `Slot` is the number of the step modulo 3; `edges` is null if no lane is at an edge.
 template <int Slot>
 inline __attribute__((always_inline)) void step(Lanes& lanes, FromAbove above, F32x4 pixels,
                                                 F32x4 threshold, const Edges* edges) {
@@ -228,7 +228,8 @@ void WavefrontDiffuser::diffuse() {
     wave.pageBorder[k] = (y == 0) | (y == splat(height_ - 1));
   }
   const int end = width_ + kDelay;
-  // From `kDelay` to `width - 2` no lane is at an edge. Both limits are multiples of 3.
+  // From `kDelay` up to, not including, `innerEnd` no lane is at an edge; both are multiples of 3
+  // because a pass is three steps.
   const int inner = pageBorder ? 0 : (width_ - 1 - kDelay) / 3 * 3;
   const int innerEnd = inner > 0 ? kDelay + inner : kDelay;
   steps<true>(wave, 0, kDelay);

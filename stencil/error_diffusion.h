@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The halftone of the stencil on images: an error diffusion with six taps, a global
-// threshold, and a correction for black neighbours. No job reaches it; a job runs
-// `WavefrontDiffuser`.
+// The error diffusion of the stencil method on whole images: six taps, a global threshold, and
+// a correction for black neighbours. Not used by jobs, which run `WavefrontDiffuser`; kept for
+// its API and its tests.
 
 #pragma once
 

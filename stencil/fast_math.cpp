@@ -5,7 +5,8 @@
 
 namespace {
 
-// Two successive estimates closer than this end an iteration.
+// Two successive estimates closer than this end an iteration. Printed output depends on this
+// tolerance.
 constexpr float kTolerance = 1e-6F;
 
 constexpr int kTaylorTerms = 20;

@@ -2,9 +2,9 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Gaussian smoothing of grey images: one pass of the separable filter, the separable
-// filter, and the direct two-dimensional one. No job reaches it; a job blurs with
-// blur_kernel. Borders repeat the edge pixel. Kernel sizes are odd and positive; for any
-// other size the result is a copy.
+// filter, and the direct two-dimensional one. Not used by jobs, which blur with blur_kernel;
+// kept for its API and its tests. Borders repeat the edge pixel. Kernel sizes are odd and positive;
+// for any other size the result is a copy.
 
 #pragma once
 

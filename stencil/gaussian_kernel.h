@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Generators of Gaussian kernels. Jobs use the one-dimensional one; no job reaches
-// the two-dimensional one. Sizes are odd and positive; for any other size the
+// Generators of Gaussian kernels. Jobs use the one-dimensional one; the two-dimensional one is
+// kept for its API and its tests. Sizes are odd and positive; for any other size the
 // kernel is left untouched.
 
 #pragma once

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The image that the stages of the stencil halftone take and return: an owned raster
-// of interleaved 8-bit samples. No job reaches it; a job runs `stencilPage` on its own
-// rows.
+// of interleaved 8-bit samples. Not used by jobs, which run `stencilPage` on their own rows;
+// kept for its API and its tests.
 
 #pragma once
 

@@ -2,7 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The stencil halftone as a whole on images: grey, threshold, tone curve, unsharp mask
-// and error diffusion. No job reaches it; a job runs `stencilPage`.
+// and error diffusion. Not used by jobs, which run `stencilPage`; kept for its API and its
+// tests.
 
 #pragma once
 

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The stages of the stencil halftone that look at single pixels: colour to grey, the
-// threshold of the page, and the tone curve. No job reaches them; a job runs
-// `stencilPage`.
+// threshold of the page, and the tone curve. Not used by jobs, which run `stencilPage`; kept
+// for their API and their tests.
 
 #pragma once
 

@@ -2,7 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The unsharp mask on images: adds the weighted difference between a grey image and its
-// Gaussian blur to the image. No job reaches it; a job runs `SharpRows`.
+// Gaussian blur to the image. Not used by jobs, which run `SharpRows`; kept for its API and its
+// tests.
 
 #pragma once
 
