@@ -3,7 +3,7 @@
 #
 # The filter runs as CUPS's user on bytes that come from the network. With these
 # flags a memory error ends the job instead of being exploited. The sanitizer presets
-# turn them off, since they have their own checks.
+# switch them off: the sanitizers have their own checks.
 
 option(WREN_HARDENING "Fortified C library calls, stack protector, PIE, full RELRO" ON)
 if(NOT WREN_HARDENING)

@@ -5,8 +5,8 @@
 #
 # The library of a folder: target wren_<folder>, alias wren::<folder>. LINKS are the
 # folders that its headers may include; they are PUBLIC, so that a header compiles with these
-# and nothing else. Every header of the folder is also compiled alone, but for those
-# of another target of the folder.
+# and nothing else. Every header of the folder is also compiled alone, except EXCLUDE_HEADERS
+# (headers of another target of the folder).
 function(wren_library folder)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;EXCLUDE_HEADERS")
   add_library(wren_${folder} STATIC ${arg_SOURCES})

@@ -22,7 +22,7 @@ struct Shape {
 };
 
 void compareCounters(const std::vector<std::uint8_t>& page, const Shape& shape) {
-  // Rows are `width` apart here, as the page pipeline asks for them.
+  // The stride is `width` here, as in the page pipeline.
   check(wrenImageCountBlankLinesFromFront(page.data(), shape.bytesPerLine, shape.height, shape.skip,
                                           shape.width) ==
             reference::wrenImageCountBlankLinesFromFront(page.data(), shape.bytesPerLine,
@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const unsigned long padding = input.below(2) == 0 ? 0 : input.below(9);
   const unsigned long skip = input.byte();
   const Shape shape = {width + padding, width, input.left() / (width + padding), skip};
-  // The last row of a page with padding is read beyond its width.
+  // With padding, because the last row is read beyond its width.
   std::vector<std::uint8_t> page = input.bytes(shape.bytesPerLine * shape.height);
   compareCounters(page, shape);
   compareImage(page, shape, 8);

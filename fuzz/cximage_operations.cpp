@@ -29,7 +29,7 @@ bool sameColor(const tagRGBQUAD& a, const reference::tagRGBQUAD& b) {
   return a.blue == b.blue && a.green == b.green && a.red == b.red && a.reserved == b.reserved;
 }
 
-// The two bitmaps, which have to stay equal.
+// The two bitmaps, which must stay equal.
 class Pair {
  public:
   void run(fuzz::Input& input) {
@@ -106,7 +106,7 @@ class Pair {
               "the same colours");
       }
     }
-    // Outside, the first byte of the pixels is read: a narrow row leaves bits of it undefined.
+    // For a pixel outside the first byte is read, of which a narrow row leaves bits undefined.
     if (slow_.GetWidth() * slow_.header.bitsPerPixel < 8) return;
     check(fast_.GetPixelIndex(-1, 0) == slow_.GetPixelIndex(-1, 0), "the same pixel outside");
   }
@@ -138,7 +138,7 @@ class Pair {
     const std::uint32_t width = 1 + input.below(72);
     const std::uint32_t height = 1 + input.below(40);
     const std::uint32_t depth = kDepths[input.below(9)];
-    // Whole rows: what a shorter row leaves out is undefined.
+    // Complete rows: a shorter row leaves bytes undefined.
     const std::uint32_t bytesPerLine = (width * depth + 31) / 32 * 4 + input.below(3);
     const bool flip = input.below(2) == 1;
     const auto pixels = input.filling(std::size_t{bytesPerLine} * height);
@@ -155,7 +155,7 @@ class Pair {
     slow_.Transfer(slow);
   }
 
-  // At other depths the result has no meaning, and the two need not agree.
+  // At other depths the result is undefined, and the two may differ.
   void mirror() {
     if (slow_.IsValid() && slow_.header.bitsPerPixel != 8) return mirrorAlone();
     fast_.Mirror();

@@ -16,7 +16,7 @@
 namespace wren::escpos {
 namespace {
 
-// Small enough for short inputs to reach them.
+// Small, so that short inputs reach the limits.
 constexpr PaperLimits kLimits = {4000, 300, 20'000, 50};
 
 void require(bool holds) {

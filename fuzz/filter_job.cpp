@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A whole job from made-up bytes: the text of a PPD, the job options and the
-// raster stream. Whatever CUPS makes of them is then printed, and the bytes that
-// leave for the printer are compared with those of the reference implementation.
-//
-// The input is the job options, a zero byte, the PPD, a zero byte, the raster.
+// A whole job from arbitrary bytes. The input is the job options, a zero byte, the PPD, a zero
+// byte, the raster stream. The printer bytes are compared with those of the reference
+// implementation for the settings and pages that CUPS reads.
 
 #include <cups/raster.h>
 
@@ -25,13 +23,12 @@ namespace {
 
 using fuzz::check;
 
-// Enough for every rule about a page, and little enough to try many.
+// Large enough to reach all code of a page, small enough to be fast.
 constexpr std::uint64_t kMostPageBytes = 1 << 13;
 constexpr std::size_t kMostPages = 4;
 
-// Passes on the pages of a stream, keeps what it passed on, and ends the job at a
-// page that would only cost time. Pages that are too large to be printed at all
-// are passed on.
+// Passes on and records the pages of a stream. Ends the job at a page above `kMostPageBytes`, which
+// would only take time, but passes on pages that are too large to be printed.
 class RecordedPages : public wren::job::PageSource {
  public:
   explicit RecordedPages(wren::job::PageSource& source) : source_(source) {}

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the fuzz targets share: taking made-up values out of the input, and
-// stopping when a promise does not hold.
+// Helpers of the fuzz targets: values from the input, and a check that aborts.
 
 #pragma once
 
@@ -17,7 +16,7 @@
 
 namespace fuzz {
 
-/// Takes values off the front of an input. Past its end everything is zero.
+/// Reads values from the start of an input. Past its end all bytes are zero.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
@@ -39,7 +38,7 @@ class Input {
     return value;
   }
 
-  /// The next `count` bytes; zeros stand for those that are missing.
+  /// The next `count` bytes; missing ones are zero.
   std::vector<std::uint8_t> bytes(std::size_t count) {
     std::vector<std::uint8_t> result(count);
     const std::size_t taken = std::min(count, left_);
@@ -49,8 +48,8 @@ class Input {
     return result;
   }
 
-  /// `count` bytes of which the first few come from the input and the others are made
-  /// up from these, so that a short input can fill a page.
+  /// `count` bytes: up to 40 from the input, the others generated from these, so that a short
+  /// input can fill a page.
   std::vector<std::uint8_t> filling(std::size_t count) {
     const std::uint8_t mask = byte();
     std::vector<std::uint8_t> result = bytes(std::min<std::size_t>(count, 40));
@@ -65,7 +64,7 @@ class Input {
 
   std::vector<std::uint8_t> rest() { return bytes(left_); }
 
-  /// Everything up to the next byte of value zero, which is taken too.
+  /// The bytes before the next zero byte, which is consumed too.
   std::string text() {
     std::string result;
     while (left_ > 0) {
@@ -81,7 +80,7 @@ class Input {
   std::size_t left_;
 };
 
-/// Ends the program with `promise` unless `holds`.
+/// Aborts with the text `promise` unless `holds`.
 inline void check(bool holds, const char* promise) {
   if (holds) return;
   std::fprintf(stderr, "broken promise: %s\n", promise);

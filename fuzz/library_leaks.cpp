@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the leak check of the sanitizer lets pass: the PPD reader of CUPS leaks a
-// short text when it refuses some broken PPDs. The filter opens one PPD in its life.
+// Suppressions of the leak sanitizer: the PPD reader of CUPS leaks a short text when it rejects
+// some malformed PPDs. The filter opens one PPD per process.
 
 extern "C" const char* __lsan_default_suppressions();
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A file that lives in memory, for code that insists on descriptors and names.
+// A file in memory, for code that needs a descriptor or a path.
 
 #pragma once
 
@@ -28,7 +28,7 @@ class MemoryFile {
   int descriptor() const { return descriptor_; }
   std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-  /// Makes `size` bytes the whole content and goes back to its start.
+  /// Replaces the content with `size` bytes and seeks to the start.
   void fill(const void* bytes, std::size_t size) {
     clear();
     check(size == 0 || pwrite(descriptor_, bytes, size, 0) == static_cast<ssize_t>(size),

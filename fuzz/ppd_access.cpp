@@ -2,7 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The PPD helpers on any text that CUPS accepts as a PPD, with any job options
-// marked. What they answer is checked against the CUPS records themselves.
+// marked. The results are compared with the records of CUPS.
 
 #include "common/ppd_access.h"
 

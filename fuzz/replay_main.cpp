@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Runs a fuzz target over the files of its corpus, without a fuzzer, so that
-// every ordinary test run tries each of them again.
+// Runs a fuzz target on the files of its corpus, without a fuzzer, as part of the ordinary tests.
 
 #include <algorithm>
 #include <cstddef>
@@ -32,7 +31,7 @@ bool replay(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
   if (!in) return false;
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
-  // The name comes first, so that a crash shows which input it was.
+  // Printed before the run, so that a crash shows its input.
   std::fprintf(stderr, "%s\n", file.filename().c_str());
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   return true;

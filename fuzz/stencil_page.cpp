@@ -16,7 +16,7 @@ using fuzz::check;
 constexpr std::uint32_t kLargestCount = 2147483647;
 constexpr std::uint8_t kHistogramMode = 255;
 
-// Each entry of the input adds to one level. The sum stays within what a page can hold.
+// Each entry of the input adds to one level. The sum is at most the pixels of the largest page.
 void compareThresholds(fuzz::Input& input) {
   wren::stencil::Histogram histogram{};
   std::uint32_t total = 0;

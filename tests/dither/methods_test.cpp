@@ -86,7 +86,7 @@ void PrintTo(const Receiver& receiver, std::ostream* out) {
 
 class DiffusionMethods : public testing::TestWithParam<Receiver> {};
 
-// A receiver that the term lifts to 128 stays black; one level more is white.
+// Raised to 128 the neighbour stays black; at 129 it becomes white.
 TEST_P(DiffusionMethods, GiveTheirWeightOfTheError) {
   const auto& [method, dx, dy, term] = GetParam();
   const std::size_t width = dx + 1;
@@ -128,7 +128,7 @@ class PageBorders : public testing::TestWithParam<int> {};
 
 // Two pixels at opposite borders of a black page, both next to the threshold and each with
 // the largest error there is. An error term that wraps to the next row instead of being
-// dropped turns the other pixel.
+// dropped changes the other pixel.
 void expectNoTermAcross(int method, int level, std::size_t fromX, std::size_t toX,
                         std::size_t toY) {
   constexpr std::size_t kWidth = 16;

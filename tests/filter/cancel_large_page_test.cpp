@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A job that is cancelled in the midst of a page of 576 x 40,000, whatever the halftone
-// method: nothing more than the band in progress may follow, and soon.
+// Cancels a job in the middle of a page of 576 x 40,000, with every halftone method: the filter
+// completes the current band at most, and soon.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -25,8 +25,8 @@ constexpr unsigned kWidth = 576;
 constexpr unsigned kHeight = 40000;
 constexpr std::size_t kBandBytes = 5 + kWidth + 3;
 
-// How long the filter may take is not judged here, only that it does not go on with the
-// page: on an idle machine each wait is a fraction of this.
+// A generous limit, because this tests that the filter stops, not how fast: on an idle machine
+// each wait is a fraction of it.
 #ifdef __SANITIZE_ADDRESS__
 constexpr double kSeconds = 20;
 #else
@@ -53,12 +53,12 @@ class CancelLargePage : public testing::TestWithParam<const char*> {
     return runFilterJob(whole).out;
   }
 
-  // Cancels a filter, halted or not, and sees it end. One that goes on already must not be
-  // told to go on: a sanitizer that halts it at its end would wait for ever.
-  void cancel(RunningFilter& filter, bool isHalted) {
+  // Cancels a filter, stopped or running, and checks that it ends. A running one gets no SIGCONT:
+  // it would disturb the leak check, which stops the process at its end.
+  void cancel(RunningFilter& filter, bool isStopped) {
     const auto start = std::chrono::steady_clock::now();
     filter.process().signal(SIGTERM);
-    if (isHalted) filter.process().signal(SIGCONT);
+    if (isStopped) filter.process().signal(SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return filter.process().hasEnded(); }, kSeconds));
     const std::chrono::duration<double> wait = std::chrono::steady_clock::now() - start;
     longestWait = std::max(longestWait, wait.count());
@@ -76,7 +76,7 @@ void expectNothingOfThePage(const std::string& out) {
   EXPECT_EQ(hexOf(out), hexOf(loudStart() + loudCancelledEnd()));
 }
 
-// Whole bands of the page, or all of it with its own end.
+// Either complete bands of the page, or the whole page with its page end.
 void expectBandsOfThePage(const std::string& out, const std::string& whole) {
   const std::string start = loudStart();
   const std::string end = loudCancelledEnd();
@@ -106,8 +106,8 @@ bool hasImage(const RunningFilter& filter) {
 }
 
 // The first image is opened after the page has been read and before its dots are made. The
-// filter is halted at the moment of the signal, so that what it has done by then is known:
-// until the line "printImage" there are no bands, and there must be none.
+// filter is stopped before it gets the signal, so that its state is known: if it has not logged
+// the line "printImage" yet, no band may follow.
 TEST_P(CancelLargePage, WhileItsDotsAreMadeOrSent) {
   const std::string whole = wholeOutput();
   for (const useconds_t delay : {0U, 5000U, 10000U, 20000U, 40000U, 80000U}) {
@@ -132,7 +132,7 @@ TEST_P(CancelLargePage, WhileItsDotsAreMadeOrSent) {
   }
 }
 
-// The filter hangs in a write, because nobody takes the bands.
+// The filter is blocked in a write, because nobody reads the bands.
 TEST_P(CancelLargePage, WhileItsBandsAreSent) {
   SlowReader reader;
   FilterJob waiting = job();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A cancelled job: the print system sends SIGTERM, and the paper is left at the end of a
-// band, fed and cut, whatever the filter was doing.
+// A cancelled job: the print system sends SIGTERM. Whatever the filter is doing, it completes the
+// current band, feeds and cuts.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A filter that has read the first word of its raster and waits for a page header.
+// Sends the first word of the raster; the filter then waits for a page header.
 void feedUntilItWaits(RunningFilter& filter) {
   filter.process().feed(rasterSync(RasterKind::kV3));
   ASSERT_TRUE(filter.process().waitForError("outFile"));
@@ -37,7 +37,7 @@ TEST(Cancel, EndsAFilterThatWaitsForItsFirstPage) {
   EXPECT_EQ(hexOf(result.out), hexOf(loudStart() + loudCancelledEnd()));
 }
 
-// finish() closes the input too, so the waiting itself has to be seen to end.
+// `finish` closes the input as well, so the test waits for the end of the filter before it.
 TEST(Cancel, DoesNotNeedTheEndOfTheInput) {
   RunningFilter filter(waitingJob());
   feedUntilItWaits(filter);
@@ -65,7 +65,8 @@ TEST(Cancel, EndsAFilterThatWaitsInTheMiddleOfAPageOrAHeader) {
   }
 }
 
-// The first word of the raster is waited for before the side file is opened.
+// The filter waits for the first word of the raster before it opens the side file, so no message
+// shows this moment.
 TEST(Cancel, EndsAFilterThatWaitsForTheStartOfItsRaster) {
   for (const std::size_t fed : {0U, 2U}) {
     RunningFilter filter(waitingJob());
@@ -77,7 +78,7 @@ TEST(Cancel, EndsAFilterThatWaitsForTheStartOfItsRaster) {
     EXPECT_TRUE(filter.process().hasEnded());
     const auto result = filter.finish();
     expectQuietEnd(result);
-    // A very busy machine may deliver the signal before the prologue.
+    // On a very busy machine the signal may arrive before the first printer byte.
     EXPECT_TRUE(result.out == loudStart() + loudCancelledEnd() || result.out.empty());
   }
 }
@@ -110,7 +111,7 @@ TEST(Cancel, BeforeThePrologueLeavesNoByte) {
   FilterJob job = waitingJob();
   job.inputPath = pipe.path();
   RunningFilter filter(job);
-  usleep(300000);  // nothing shows that it waits in open
+  usleep(300000);  // no message shows that it is blocked in open
   filter.process().signal(SIGTERM);
   const auto result = filter.finish();
   expectQuietEnd(result);
@@ -118,7 +119,7 @@ TEST(Cancel, BeforeThePrologueLeavesNoByte) {
   EXPECT_EQ(result.err, "");
 }
 
-// Whether the program has set the signal up: until then it ends any program.
+// Whether the program has installed its handler: before that, the signal kills it.
 bool catchesTermination(pid_t program) {
   std::ifstream status("/proc/" + std::to_string(program) + "/status");
   for (std::string line; std::getline(status, line);) {
@@ -141,7 +142,7 @@ void expectEndAtOnce(const FilterJob& job, useconds_t delay) {
   EXPECT_TRUE(result.images.empty());
 }
 
-// However the moment falls: before, within or after the call that waits for a writer.
+// At any moment: before, during or after the call that waits for a writer.
 void expectEndAtOnceAtAnyMoment(const FilterJob& job) {
   for (useconds_t delay = 0; delay <= 20000 && !testing::Test::HasFailure(); delay += 200) {
     SCOPED_TRACE(delay);
@@ -163,7 +164,7 @@ TEST(Cancel, EndsAFilterWhosePpdIsAPipeWithoutAWriter) {
   expectEndAtOnceAtAnyMoment(job);
 }
 
-// The filter hangs in a write in the middle of the page while the signal comes.
+// The filter is blocked in a write in the middle of the page when the signal arrives.
 TEST(Cancel, FinishesTheBandInProgressAndSendsNothingMoreOfThePage) {
   SlowReader reader;
   FilterJob job = waitingJob();
@@ -190,7 +191,7 @@ TEST(Cancel, FinishesTheBandInProgressAndSendsNothingMoreOfThePage) {
   EXPECT_EQ(hexOf(out.substr(head + bands)), hexOf(loudCancelledEnd()));
 }
 
-// Between the stages of a page: nothing of it has been sent, so nothing of it will be.
+// A signal between the stages of a page, before its bands: the page is not sent completely.
 TEST(Cancel, IsSeenBetweenTheStagesOfALargePage) {
   for (const char* type : {"None", "QVDithering"}) {
     FilterJob job = waitingJob();
@@ -211,7 +212,7 @@ TEST(Cancel, IsSeenBetweenTheStagesOfALargePage) {
   }
 }
 
-// Fills the pipe that wakes the filter up: the one that it holds both ends of.
+// Fills the wake-up pipe of the filter: the only pipe of which it holds both ends.
 void fillWakeUpPipe(pid_t program) {
   std::map<fs::path, std::vector<fs::path>> descriptors;
   for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(program) + "/fd")) {
@@ -230,7 +231,7 @@ void fillWakeUpPipe(pid_t program) {
   ASSERT_EQ(filled, 1);
 }
 
-// However often the signal comes while the filter is busy, its handler never waits.
+// The signal handler writes to the wake-up pipe and must not block when that is full.
 TEST(Cancel, HandlerDoesNotWaitForRoomInItsPipe) {
   SlowReader reader;
   FilterJob job = waitingJob();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the tests of cancelled jobs share.
+// Helpers of the tests of cancelled jobs.
+
 #pragma once
 
 #include <fcntl.h>
@@ -19,7 +20,7 @@
 
 namespace wren_test {
 
-// A job with drawer, buzzers and cuts at every place, so that what is left out shows.
+// Drawer, buzzers and cuts at the ends of pages and job, so that a missing command shows.
 inline constexpr char kLoudOptions[] =
     "Buzzer1Setting=2 Buzzer1OnTime=1 Buzzer1Repeat=1 Buzzer2Setting=2 Buzzer2OnTime=1 "
     "Buzzer2Repeat=1 CashDrawerSetting=2 PageCutType=1 DocCutType=2 FeedCutAfterJobEnd=3";
@@ -64,7 +65,7 @@ class SlowReader {
   ~SlowReader() { close(ends[0]); }
   int writeEnd() const { return ends[1]; }
   void started() { close(ends[1]); }
-  /// Nothing at the end, or from a filter that has hung for long.
+  /// Up to `count` bytes; empty at the end of the stream or after ten seconds without a byte.
   std::string take(std::size_t count) {
     pollfd waited = {ends[0], POLLIN, 0};
     if (poll(&waited, 1, 10000) <= 0) return {};

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What the filter is to send for the printer of fullPpd() with every option at 0, for
-// pages whose pixels are all ink or all bare.
+// The expected bytes and messages for the printer of `fullPpd` with every option at 0, for pages
+// that are all ink or all paper.
 #pragma once
 
 #include <algorithm>
@@ -30,7 +30,7 @@ inline std::string cancelledEnd() {
   return pageEnd() + jobEnd();
 }
 
-/// The bands of a page that is all dots, or without any.
+/// The bands of a page that is all dots or has none.
 inline std::string flatBands(unsigned width, unsigned height, bool dots = true,
                              unsigned char mode = 1) {
   std::string bytes = fromHex("1B3C");
@@ -51,7 +51,7 @@ inline std::string solidPage(unsigned width, unsigned height) {
   return flatBands(width, height) + pageEnd();
 }
 
-/// The lines that reading the settings of fullPpd() logs.
+/// The lines logged while the settings of `fullPpd` are read.
 inline std::vector<std::string> settingsLines() {
   std::vector<std::string> lines;
   for (const char* keyword :

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Faults around the real filter: outputs that fail, inputs that are none, folders that take no
-// files, PPDs out of bounds. None of them may lose a page that can be printed, hang, or end the
-// filter without a word.
+// Faults around the real filter: failing outputs, unusable inputs, unwritable folders, malformed
+// PPDs. The filter must not lose a printable page, hang, or exit without a message.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -30,7 +29,7 @@ namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool kSanitized = true;  // its own accounting of memory, and a slow start
+constexpr bool kSanitized = true;  // slow, and it needs much memory itself
 #else
 constexpr bool kSanitized = false;
 #endif
@@ -62,7 +61,7 @@ TEST(Fault, ClosedOutputLosesNoImageAndNoMessage) {
   EXPECT_EQ(result.images[1].bytes, expected.images[1].bytes);
 }
 
-// Write errors are not looked at: the exit status follows the pages.
+// Write errors are ignored: the exit status depends on the pages only.
 TEST(Fault, FullOutputGoesUnnoticed) {
   FilterJob job = jobOf({flatPage(576, 2000, 255)});
   job.beforeExec = [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); };
@@ -72,7 +71,8 @@ TEST(Fault, FullOutputGoesUnnoticed) {
   EXPECT_EQ(result.images.size(), 2U);
 }
 
-// In the middle of a page, and at the very end when all of the job has room in the buffer.
+// A long page fails in the middle of its bands. A short one fits in the buffer with the whole
+// job, so that the only write comes at the end.
 TEST(Fault, ReaderThatLeftEndsTheFilterAsByDefault) {
   for (const unsigned height : {8U, 2000U}) {
     int ends[2];
@@ -89,7 +89,7 @@ TEST(Fault, ReaderThatLeftEndsTheFilterAsByDefault) {
   }
 }
 
-// --- Inputs that are no plain file ---
+// --- Inputs other than regular files ---
 
 TEST(Fault, FolderAsInputIsAJobWithoutPages) {
   FilterJob job = jobOf({});
@@ -115,18 +115,18 @@ TEST(Fault, NamedPipeAsInputIsRead) {
   expectLines(result, startLines() + pageLines(1, 8, 8) + kReady);
 }
 
-// Without a private spool folder, which no page of this job would use: a plain user gets
-// one in a name space of its own, and may read everything there.
+// No private spool folder: an ordinary user would need a user namespace for it, in which the
+// process may read every file. The job writes no image.
 TEST(Fault, FileThatMayNotBeReadIsReported) {
   const TemporaryFolder folder;
   const auto file = folder.write("page.ras", "RaS3");
   fs::permissions(file, fs::perms::none);
   ProcessSpec spec;
-  // Nobody may not look below root's home, where the build may lie.
+  // The user "nobody" (65534) cannot read below root's home, where the build may be.
   spec.program = folder.path() / "filter";
   fs::copy_file(filterProgram(), spec.program);
   spec.arguments = {"queue", "1", "user", "title", "1", "", file};
-  // A program that counts coverage leaves its counts where nobody may write, too.
+  // With coverage, the counters are written to a folder that "nobody" may write to.
   fs::permissions(folder.path(), fs::perms::all);
   spec.environment = {"GCOV_PREFIX=" + folder.path().string()};
   spec.beforeExec = [] {
@@ -178,7 +178,7 @@ TEST(Fault, FullSpoolFolderCostsNoPage) {
   expectLines(result, startLines() + pageLines(1, 576, 100) + pageLines(2, 576, 100) + kReady);
 }
 
-// By default a file that would grow beyond a limit of the process ends it.
+// By default a write beyond the file size limit of a process ends it with SIGXFSZ.
 TEST(Fault, LimitOnTheSizeOfFilesCostsNoPage) {
   FilterJob job = jobOf({flatPage(576, 100, 255), flatPage(576, 100, 255)});
   job.beforeExec = [] {
@@ -191,7 +191,7 @@ TEST(Fault, LimitOnTheSizeOfFilesCostsNoPage) {
   expectLines(result, startLines() + pageLines(1, 576, 100) + pageLines(2, 576, 100) + kReady);
 }
 
-// The names that a job of the next minute may give to its images.
+// The image names that a job can use within the next minute.
 std::vector<std::string> nextImageNames() {
   std::vector<std::string> names;
   const std::time_t now = std::time(nullptr);
@@ -209,7 +209,7 @@ std::vector<std::string> nextImageNames() {
   return names;
 }
 
-// The names of the next images are no secret, and the folder may be open to others.
+// Another user can predict the next image names and create links with them in the folder.
 void expectImagesLeaveAlone(void (*link)(const fs::path& target, const fs::path& name)) {
   FilterJob job = jobOf({flatPage(8, 8, 255), flatPage(8, 8, 255)});
   std::string target;
@@ -237,7 +237,7 @@ TEST(Fault, ImageNameThatIsAHardLinkIsNotOverwritten) {
 
 // --- Locale and time ---
 
-// A locale with decimal commas must not change how the PPD's numbers are read.
+// With a decimal comma in the locale, the numbers of the PPD still have a decimal point.
 TEST(Fault, DecimalCommasDoNotReachThePpd) {
   const TemporaryFolder folder;
   const std::string place = folder.path() / "de_DE.UTF-8";
@@ -252,7 +252,7 @@ TEST(Fault, DecimalCommasDoNotReachThePpd) {
   job.ppd = fullPpd("None", "204.5").text();
   job.environment = {"TZ=UTC", "LOCPATH=" + folder.path().string(), "LC_ALL=de_DE.UTF-8",
                      "LANG=de_DE.UTF-8"};
-  // The C library itself leaks the name of a locale that it finds through LOCPATH.
+  // The C library leaks the name of a locale that it finds through LOCPATH.
   if (kSanitized) job.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0");
   const auto result = runFilterJob(job);
   EXPECT_TRUE(result.exited(0));
@@ -260,7 +260,7 @@ TEST(Fault, DecimalCommasDoNotReachThePpd) {
   EXPECT_EQ(messageLines(result.err).back(), kReady.back());
 }
 
-// A time zone in which it is two seconds to midnight.
+// Uses a time zone in which midnight is two seconds away.
 TEST(Fault, JobOverMidnightNamesEachImageByItsOwnMoment) {
   const std::time_t now = std::time(nullptr);
   const std::time_t ahead = 86398 - now % 86400;
@@ -291,7 +291,7 @@ TEST(Fault, JobOverMidnightNamesEachImageByItsOwnMoment) {
   EXPECT_NE(result.images[3].name.find("_0_0_"), std::string::npos) << result.images[3].name;
 }
 
-// --- PPDs out of bounds ---
+// --- Malformed and huge PPDs ---
 
 FilterResult resultWithPpd(const std::string& ppd) {
   FilterJob job = jobOf({flatPage(8, 8, 255)});
@@ -327,7 +327,7 @@ TEST(Fault, PpdWithLatin1Text) {
                                       .text()));
 }
 
-// Either the CUPS library reads past a NUL or it refuses the file: a job or one line.
+// CUPS either ignores the NUL bytes (a normal job) or rejects the file (one error line).
 TEST(Fault, PpdWithNulBytes) {
   const std::string nul(1, '\0');
   for (const std::string& text :

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The whole program: arguments, input, exact messages, exit status and every byte, for each
-// way in which a job can end.
+// The whole program: arguments, input, exact messages, exit status and every byte, for each way a
+// job can end.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ struct Outcome {
   Lines messages;
 };
 
-// Whatever form a raster has and whichever way it comes in, the job ends in the same way.
+// The outcome is the same for every raster format and every kind of input.
 void expectOutcome(const std::vector<RasterPage>& pages, const Outcome& expected,
                    const std::string& options = {}) {
   for (const auto kind :
@@ -163,7 +163,7 @@ TEST(FilterRun, PagesOfEveryRasterKindThroughEveryWayIn) {
                  startLines() + pageLines(1, 13, 9) + pageLines(2, 8, 16) + kReady});
 }
 
-// Standard input holds a page too, which must not be read.
+// Standard input contains a page too, which must not be read.
 TEST(FilterRun, NamedFileComesBeforeStandardInput) {
   const TemporaryFolder folder;
   FilterJob job = jobOf({flatPage(8, 8, 255)});
@@ -203,7 +203,7 @@ TEST(FilterRun, DepthOtherThan8EndsTheRunAtOnce) {
   }
 }
 
-// The CUPS library refuses such a header itself; the outcome is the same.
+// CUPS rejects such a header itself; the outcome is the same.
 TEST(FilterRun, PageOfNoHeightEndsTheJobInTheOrdinaryWay) {
   RasterPage page = flatPage(8, 8, 255);
   page.header.cupsHeight = 0;
@@ -212,7 +212,7 @@ TEST(FilterRun, PageOfNoHeightEndsTheJobInTheOrdinaryWay) {
                                               startLines() + pageLines(1, 8, 8) + kReady});
 }
 
-// The lines of startLines() with one of the options at another choice than 0.
+// The lines of `startLines` with one option at a choice other than 0.
 Lines withChoice(Lines lines, const std::string& keyword, const std::string& choice) {
   const std::string line = "DEBUG:getOptionChoiceIndex: " + keyword + " = ";
   std::replace(lines.begin(), lines.end(), line + "0", line + choice);
@@ -284,7 +284,8 @@ TEST(FilterRun, LinesLongerThanTheWidthArePrintedByTheirWidth) {
   if (!cupsPassesOn(page)) GTEST_SKIP() << "this CUPS library refuses such lines itself";
   const auto result = runFilterJob(jobOf({page}));
   EXPECT_TRUE(result.exited(0));
-  // Rows of dots are read 8 bytes apart from rows that lie 12 apart, 4 of them empty.
+  // The dots have a stride of 12 bytes, 8 dots and 4 zeros, but are read with a stride of 8:
+  // printed output depends on it.
   const auto rows = printedPages(result.out)[0].rows;
   EXPECT_EQ(rows, (Lines{"########", "....####", "####....", "########", "....####", "####....",
                          "########", "....####"}));
@@ -385,7 +386,7 @@ TEST(FilterRun, SideFileFollowsNoSymbolicLink) {
 
 // --- Descriptors ---
 
-// Every line leaves in one write, so that no other filter's line is glued to it.
+// Each line is one write, so that lines of other filters cannot be mixed into it.
 TEST(FilterRun, EachMessageIsOneWrite) {
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
@@ -410,7 +411,7 @@ TEST(FilterRun, EachMessageIsOneWrite) {
   }
 }
 
-// Nothing that the filter opens later may take the place of a closed stream.
+// Otherwise the next file to be opened would get the descriptor of a closed stream.
 TEST(FilterRun, ClosedDescriptorsAreOpenedOnTheNullDevice) {
   const FilterJob plain = jobOf({flatPage(8, 8, 255)});
   const auto expected = runFilterJob(plain);

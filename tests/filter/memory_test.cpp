@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// How much memory a page takes, and what happens if there is none.
+// How much memory a page needs, and what happens if there is not enough.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ namespace wren_test {
 namespace {
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool kMemoryCounts = false;  // a sanitizer has its own accounting of memory
+constexpr bool kMemoryCounts = false;  // a sanitizer needs much memory itself
 #else
 constexpr bool kMemoryCounts = true;
 #endif
@@ -31,7 +31,7 @@ constexpr unsigned kWidth = 576;
 constexpr unsigned kHeight = 16000;
 constexpr double kPageKilobytes = kWidth * kHeight / 1024.0;
 
-// Written row by row: memory of this program counts for a child until it execs.
+// Written row by row: until exec, a child is charged for the memory of this program.
 std::string writeLongPage(const TemporaryFolder& folder, unsigned pages) {
   const std::string path = folder.path() / "long.ras";
   std::ofstream out(path, std::ios::binary);
@@ -47,8 +47,8 @@ std::string writeLongPage(const TemporaryFolder& folder, unsigned pages) {
   return path;
 }
 
-// The largest resident size of the filter at the time when its last page is being encoded.
-// Taken from the running process: what wait() reports includes its parent's size.
+// The largest resident size of the filter up to the encoding of its last page. Read from the
+// running process: the value that wait() reports includes the size of this program.
 long peakOf(const std::string& type, const std::string& inputPath, unsigned pages) {
   FilterJob job;
   job.ppd = fullPpd(type).text();
@@ -70,7 +70,7 @@ long peakOf(const std::string& type, const std::string& inputPath, unsigned page
 
 class PagePeak : public testing::Test {
  protected:
-  // Peak of a long page less that of an empty job, in pages.
+  // Peak of a long page minus that of an empty job, in pages.
   double pagesInMemory(const std::string& type, unsigned pages = 1) {
     const long full = peakOf(type, writeLongPage(folder, pages), pages);
     const long empty = peakOf(type, folder.write("empty.ras", rasterSync(RasterKind::kV3)), 0);
@@ -119,7 +119,7 @@ rlim_t addressSpaceOf(pid_t pid) {
   return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
 }
 
-// A filter that waits for its first page gets a limit; then the page comes.
+// Limits the memory of a filter that waits for its first page, then sends the page.
 FilterResult runWithSpare(const std::string& type, const std::string& raster, rlim_t spare) {
   FilterJob job;
   job.ppd = fullPpd(type).text();
@@ -153,7 +153,7 @@ void expectAnErrorOrAPage(const FilterResult& result, const std::string& what) {
 // filter cannot continue, a page without dots where the page is dropped.
 TEST(NoMemory, IsOneLineAndStatus1OrADroppedPage) {
   if (!kMemoryCounts) GTEST_SKIP() << "a sanitizer needs all the address space";
-  // The buffer of a smaller page comes out of what the PPD has left in the heap.
+  // The buffer of a smaller page would fit into memory that the PPD has left free in the heap.
   constexpr unsigned kSide = 2048;
   const std::string raster = rasterStream(RasterKind::kV3, {noisePage(kSide, kSide, 4)});
   int refused = 0;
@@ -175,8 +175,8 @@ TEST(NoMemory, IsOneLineAndStatus1OrADroppedPage) {
   EXPECT_GT(printed, 0);
 }
 
-// The PPD comes through a named pipe, so that the limit can be set once main has begun:
-// what the loader and the libraries do before it is not the filter's.
+// The PPD comes through a named pipe, so that the limit can be set after main has started: the
+// loader and the start-up of the libraries are not tested here.
 FilterResult runWithSpareForThePpd(const std::string& ppd, rlim_t spare) {
   const TemporaryFolder folder;
   const std::string fifo = folder.path() / "printer.ppd";
@@ -194,7 +194,7 @@ FilterResult runWithSpareForThePpd(const std::string& ppd, rlim_t spare) {
   return filter.finish();
 }
 
-// The CUPS library would crash in the middle of a PPD; the memory for it is checked before.
+// CUPS would crash if memory ran out while it reads a PPD, so the filter checks first.
 TEST(NoMemory, InTheMiddleOfAPpdCannotHappen) {
   if (!kMemoryCounts) GTEST_SKIP() << "a sanitizer needs all the address space";
   PpdText ppd = fullPpd();
@@ -205,8 +205,8 @@ TEST(NoMemory, InTheMiddleOfAPpdCannotHappen) {
   }
 }
 
-// Below some limit the loader cannot start the program, and libraries may crash before main.
-// From the first limit at which the filter reports an error on, it always does or prints.
+// With very little memory the loader or a library fails before main. From the first limit at
+// which the filter prints or reports an error, every run must do so.
 TEST(NoMemory, AtTheStartIsReportedToo) {
   if (!kMemoryCounts) GTEST_SKIP() << "a sanitizer needs all the address space";
   FilterJob job;

@@ -22,7 +22,7 @@ TEST(PageSizeName, HoldsWidthAndHeight) {
       {"X72MMY100D25MM", 72.0F, 100.25F},
       {"X80Y200M", 80.0F, 200.0F},
       {"X80Y200Mwhatever", 80.0F, 200.0F},
-      {"XM8M0MY200M", 80.0F, 200.0F},  // M is skipped anywhere in the width
+      {"XM8M0MY200M", 80.0F, 200.0F},  // every M in the width is skipped
       {"XYM", 0.0F, 0.0F},
       {"XD5YD25M", 0.5F, 0.25F},
       {"X1D2D3Y4M", 1.2F, 4.0F},  // a second point ends the number

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Rasters that end too early: the pages that are whole are printed, and the job ends in
-// the ordinary way.
+// Truncated rasters: the complete pages are printed, and the job ends normally.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -23,12 +22,12 @@ namespace {
 namespace fs = std::filesystem;
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kCutStep = 31;  // a start that takes long
+constexpr std::size_t kCutStep = 31;  // the sanitizer starts slowly
 #else
 constexpr std::size_t kCutStep = 1;
 #endif
 
-// What a job of 16 x 16 pages must give when its stream ends after so many bytes.
+// The expected result of a job of 16 x 16 pages whose stream ends after `cut` bytes.
 struct CutJob {
   static constexpr std::size_t kPages = 3;
   static constexpr std::size_t kHeader = sizeof(cups_page_header2_t);
@@ -54,7 +53,7 @@ struct CutJob {
   static int status(std::size_t cut) { return wholePages(cut) == 0 ? 1 : 0; }
 };
 
-// Runs the filter again and again in one private spool folder, with little around it.
+// Runs the filter many times in one private spool folder, with little overhead.
 class ManyRuns {
  public:
   ManyRuns() {
@@ -105,7 +104,7 @@ bool endsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-// The places at which a run did not give what it must.
+// The cuts with a wrong result, with their exit status.
 std::string wrongCuts(const std::vector<std::size_t>& cuts) {
   ManyRuns runs;
   const std::string raster = CutJob::raster();
@@ -121,7 +120,7 @@ std::string wrongCuts(const std::vector<std::size_t>& cuts) {
   return wrong;
 }
 
-// In a process of its own, because the private spool folder stays for good.
+// In a process of its own, because a process cannot leave its private spool folder.
 void expectRightAtAllCuts(const std::vector<std::size_t>& cuts) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);

@@ -43,7 +43,7 @@ class SettingsTest : public testing::Test {
   std::string messages;
 };
 
-// Values that differ from each other, in the order in which the options are read.
+// A different value for each option, in the order in which the options are read.
 PpdText ppdOfDistinctChoices() {
   PpdText ppd;
   ppd.raw("*cupsModelNumber: 77\n");
@@ -153,7 +153,7 @@ TEST_F(SettingsTest, HalftoneTypeIsReadByItsExactName) {
   EXPECT_EQ(read(ppd).halftoneType, None);
 }
 
-// Queues of before the option was there keep their images; nothing is logged for either.
+// Queues with an older PPD, without the option, keep their images. The option is not logged.
 TEST_F(SettingsTest, DebugImagesAreOnUnlessTheirOptionSaysOff) {
   EXPECT_TRUE(read(PpdText()).debugImages);
   for (const auto& [choice, expected] : {std::pair{"Off", false}, {"On", true}, {"Both", true}}) {

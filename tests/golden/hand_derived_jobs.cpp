@@ -85,13 +85,15 @@ HandDerivedJob orderedMatrix() {
       {}};
 }
 
-// "Ordered" uses Burkes error diffusion: 8/32 of the error go one pixel to the right, 4/32 two.
-//   100 is no dot, error 100:  90 + 100 x 8 / 32 = 115; 180 + 100 x 4 / 32 = 192 (12.5 truncated to
-//   12) 115 is no dot, error 115: 192 + 115 x 8 / 32 = 220 (28.75 to 28); 60 + 115 x 4 / 32 = 74
-//   (14.375 to 14) 220 is a dot, error -35:   74 -  35 x 8 / 32 = 66 (-8.75 truncated toward zero
-//   to -8)
-//    66 is no dot.
+// clang-format off
+// "Ordered" is Burkes: 8/32 of the error go to x + 1, 4/32 to x + 2 (truncated toward zero).
+//   level   decision             x + 1             x + 2
+//     100   no dot, error 100     90 + 25 = 115    180 + 12 = 192
+//     115   no dot, error 115    192 + 28 = 220     60 + 14 =  74
+//     220   dot, error -35        74 -  8 =  66
+//      66   no dot
 // With the weight 7/16 of Floyd and Steinberg, the second level would be 133 and a dot.
+// clang-format on
 HandDerivedJob burkesRow() {
   return {
       onePage("BurkesRow", 4, 1, "645AB43C", {{"HalftoneType", "Ordered"}}),

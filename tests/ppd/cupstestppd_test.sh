@@ -2,9 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# cupstestppd_test.sh CUPSTESTPPD PPD: holds a PPD to CUPS's own checker. The
-# one warning it may give is that a size named by its millimetres has another
-# name at Adobe's, once for each size.
+# cupstestppd_test.sh CUPSTESTPPD PPD: checks a PPD with cupstestppd. The only
+# allowed warning, once per size, is that the size has no Adobe standard name.
 set -euo pipefail
 
 checker=$1 ppd=$2

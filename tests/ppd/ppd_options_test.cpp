@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The compiled PPDs against what the filter reads: every option, its range of numbers, its
+// The compiled PPDs contain what the filter reads: every option, its range of numbers and its
 // default, and the sizes by their names.
 
 #include <cups/ppd.h>
@@ -135,13 +135,14 @@ TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
   EXPECT_EQ(textOf("Brightness", "-20"), "20 lighter");
 }
 
-// Debug images show private receipts: nobody gets them unasked.
+// Debug images show private receipts, so they are written only on request.
 TEST_P(Ppd, LeavesDebugImagesOff) {
   EXPECT_EQ(choicesOf(kDebugImagesOption), (std::vector<std::string>{kDebugImagesOff, "On"}));
   EXPECT_STREQ(ppdFindMarkedChoice(ppd_, kDebugImagesOption)->choice, kDebugImagesOff);
 }
 
-// The names are one step off from the methods; the texts name what prints.
+// From FloydSteinberg to Sierra, each name runs the method of the next name; the texts name the
+// method that prints.
 TEST_P(Ppd, NamesTheMethodThatPrints) {
   const std::vector<std::pair<std::string, std::string>> expected = {
       {"None", "Threshold"},   {"FloydSteinberg", "Ordered"}, {"Ordered", "Burkes"},
@@ -206,8 +207,8 @@ TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
 
 constexpr const char* kLanguages[] = {"de", "es", "fr", "ja", "zh_CN"};
 
-// The texts of a PPD by the words before them, such as "de.DocCutType 1". CUPS keeps those of
-// one language only, so they are read from the file.
+// The texts of a PPD by their keywords, such as "de.DocCutType 1". CUPS keeps the texts of one
+// language only, so they are read from the file.
 std::map<std::string, std::string> textsOf(const std::string& path) {
   std::map<std::string, std::string> texts;
   std::ifstream file(path);
@@ -245,7 +246,7 @@ TEST_P(PpdTexts, HasEveryGroupOptionAndChoiceInEveryLanguage) {
     }
     for (const ppd_option_t* option = ppdFirstOption(ppd_); option != nullptr;
          option = ppdNextOption(ppd_)) {
-      if (std::string(option->keyword) == "PageRegion") continue;  // not shown to anybody
+      if (std::string(option->keyword) == "PageRegion") continue;  // not shown to users
       SCOPED_TRACE(option->keyword);
       EXPECT_NE(translation(language + ".Translation", option->keyword), "");
       for (int i = 0; i < option->num_choices; ++i) {
@@ -257,7 +258,7 @@ TEST_P(PpdTexts, HasEveryGroupOptionAndChoiceInEveryLanguage) {
   }
 }
 
-// The same step from name to method as in English, and the same numbers.
+// Every language names the same method and number for a choice as English.
 TEST_P(PpdTexts, HasTheSameMethodsAndNumbersInEveryLanguage) {
   const std::vector<std::pair<const char*, const char*>> methods = {
       {"FloydSteinberg", "4 x 4"}, {"Ordered", "Burkes"},           {"Burkes", "Stucki"},

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# translations_test.sh FOLDER: every text of the sources in FOLDER that holds
-# more than a number and its unit is translated into every language.
+# translations_test.sh FOLDER: checks that every text of the sources in FOLDER is
+# translated into every language, except numbers with a unit.
 set -euo pipefail
 
 folder=$1

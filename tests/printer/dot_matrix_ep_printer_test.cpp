@@ -122,7 +122,7 @@ TEST(DotMatrixEpPrinter, OtherOptionsDoNotMatter) {
   EXPECT_EQ(encoded(set, page, 8, 3), encoded(plain, page, 8, 3));
 }
 
-// A stream that cancels the job while the first band is written to it.
+// An output stream that cancels the job during the first band.
 class CancellingStream {
  public:
   CancellingStream() : stream_(fopencookie(this, "w", {nullptr, take, nullptr, nullptr})) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A private cupsd with queues for each PPD. All its files, its socket included, are
-// in one folder; the CUPS of the system is not changed.
+// A private cupsd with queues for each PPD. All its files are in one folder; the system's CUPS is
+// not changed.
 
 #pragma once
 

@@ -144,10 +144,9 @@ TEST(ReferenceStencil, DiffusionOfFlatPages) {
   EXPECT_EQ(bytesOf(edf_cus(grey(1, 1, {0}), -1)), Bytes{255});
 }
 
-// A row of 3. 100 is black; its error terms are 50.5786 (x + 1) and -5.2926 (x + 2). 90 + 50.58 =
-// 140.58 > 128 is white; its error is -114.42, the error term -57.87. The third pixel has 190
-// - 5.29
-// - 57.87 = 126.84: black. With 192 it has 128.84: white.
+// A row of 3. 100 is black; its error terms are 50.58 (x + 1) and -5.29 (x + 2).
+// The second pixel: 90 + 50.58 = 140.58, white; its error is -114.42, the error term -57.87.
+// The third pixel: 190 - 5.29 - 57.87 = 126.84, black; with 192 it is 128.84, white.
 TEST(ReferenceStencil, DiffusionAlongARowByHand) {
   EXPECT_EQ(bytesOf(edf_cus(grey(3, 1, {100, 90, 190}), 128)), (Bytes{0, 255, 0}));
   EXPECT_EQ(bytesOf(edf_cus(grey(3, 1, {100, 90, 192}), 128)), (Bytes{0, 255, 255}));

@@ -6,7 +6,7 @@
 # test.
 #   cmake -D COMPILER=g++ -D FLAGS=-O3 -D SOURCE_DIR=... -D WORK_DIR=... -D EXPECTED=<program>
 #         -P compare_result_hash.cmake
-# Debian's clang-tidy installs the compiler with a version in its name only.
+# Debian may install clang++ only under its versioned name, clang++-14.
 find_program(compiler_path NAMES ${COMPILER} ${COMPILER}-14 NO_CACHE)
 if(NOT compiler_path)
   message("SKIPPED: ${COMPILER} is not installed")
@@ -20,7 +20,7 @@ execute_process(
           ${SOURCE_DIR}/tests/stencil/result_hash_main.cpp -o ${WORK_DIR}/result_hash
   COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${WORK_DIR}/result_hash OUTPUT_VARIABLE actual COMMAND_ERROR_IS_FATAL ANY)
-# A cross build compares two processors: ${COMPILER} compiles for the build machine.
+# In a cross build this compares two processors: ${COMPILER} compiles for the build machine.
 execute_process(COMMAND ${EMULATOR} ${EXPECTED} OUTPUT_VARIABLE expected COMMAND_ERROR_IS_FATAL ANY)
 if(NOT actual MATCHES "^[0-9a-f]+\n$" OR NOT actual STREQUAL expected)
   message(FATAL_ERROR "${COMPILER} ${FLAGS} gives ${actual}instead of ${expected}")
