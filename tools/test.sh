@@ -5,12 +5,13 @@
 # ./wren test
 
 test_command() {
-  case ${1:-} in
+  case $* in
     "") test_dev ;;
     --all) test_all ;;
-    --arm64) test_arm64 ;;
-    --preset) need build chain test && test_preset "${2:?--preset wants a name}" ;;
-    *) fail_usage "test has no argument '$1'" ;;
+    --arm64 | "--preset arm64") test_arm64 ;;
+    "--preset "?*) test_one_preset "$2" ;;
+    --preset*) fail_usage "--preset wants a name" ;;
+    *) fail_usage "test has no argument '$*'" ;;
   esac
 }
 
@@ -29,6 +30,15 @@ test_all() {
   done
   coverage_report
   "$WREN_ROOT/dev/lint"
+}
+
+test_one_preset() {
+  case $1 in
+    clang) need build chain test libcxx ;;
+    coverage) need build chain test coverage ;;
+    *) need build chain test ;;
+  esac
+  test_preset "$1"
 }
 
 # Prints ctest's summary; its whole output only when a test failed.
