@@ -26,7 +26,7 @@ std::uint32_t roundedDepth(std::uint32_t bitsPerPixel) {
 
 bool isDepth(std::uint32_t bitsPerPixel) {
   constexpr std::array<std::uint32_t, 5> kDepths = {1, 4, 8, 24, 32};
-  return std::ranges::find(kDepths, bitsPerPixel) != kDepths.end();
+  return std::find(kDepths.begin(), kDepths.end(), bitsPerPixel) != kDepths.end();
 }
 
 std::uint32_t colorsOfDepth(std::uint32_t depth) {

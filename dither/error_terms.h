@@ -68,6 +68,6 @@ constexpr bool hasExactErrorTerms(const Method& method) {
   return true;
 }
 
-static_assert(std::ranges::all_of(kMethods, hasExactErrorTerms));
+static_assert(std::all_of(kMethods.begin(), kMethods.end(), hasExactErrorTerms));
 
 }  // namespace wren::dither

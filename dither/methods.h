@@ -219,6 +219,6 @@ constexpr bool hasValidWeights(const Method& method) {
   return sum == method.diffusion->divisor;
 }
 
-static_assert(std::ranges::all_of(kMethods, hasValidWeights));
+static_assert(std::all_of(kMethods.begin(), kMethods.end(), hasValidWeights));
 
 }  // namespace wren::dither
