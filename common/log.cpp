@@ -45,13 +45,12 @@ std::size_t compose(char* buffer, std::size_t size, const char* prefix, const ch
 }
 
 // Out of memory for a long message: standard error gets it in several writes, a sink gets
-// the part that fits into `buffer`.
+// the part that `compose` has put into `buffer`.
 WREN_PRINTF_LIKE(4, 0)
 void deliverWithoutMemory(char* buffer, std::size_t size, const char* prefix, const char* format,
                           std::va_list arguments, const char* suffix) {
   if (threadSink != nullptr) {
     const std::size_t suffixLength = std::strlen(suffix);
-    compose(buffer, size, prefix, format, arguments, "");
     std::memcpy(buffer + size - 1 - suffixLength, suffix, suffixLength);
     threadSink->take(buffer, size - 1);
     return;

@@ -94,11 +94,11 @@ void runStencil(const std::uint8_t* levels, const dither::Page& job, std::uint8_
 class RowTails {
  public:
   explicit RowTails(const dither::Page& job)
-      : job_(job), tailBytes_(static_cast<std::size_t>(job.dotStrideBytes) - job.width) {
-    old_.reserve(tailBytes_ * (job_.height - 1));
+      : job_(job),
+        tailBytes_(static_cast<std::size_t>(job.dotStrideBytes) - job.width),
+        old_(tailBytes_ * (job.height - 1)) {
     for (std::size_t y = 0; y + 1 < job_.height; ++y) {
-      const std::uint8_t* tail = tailOf(y);
-      old_.insert(old_.end(), tail, tail + tailBytes_);
+      std::memcpy(oldTail(y), tailOf(y), tailBytes_);
       std::memset(tailOf(y), 0, tailBytes_);
     }
   }
@@ -106,8 +106,7 @@ class RowTails {
   RowTails& operator=(const RowTails&) = delete;
   ~RowTails() {
     for (std::size_t y = 0; y + 1 < job_.height; ++y) {
-      std::copy_n(old_.begin() + static_cast<std::ptrdiff_t>(y * tailBytes_), tailBytes_,
-                  tailOf(y));
+      std::memcpy(tailOf(y), oldTail(y), tailBytes_);
     }
   }
 
@@ -115,6 +114,7 @@ class RowTails {
   std::uint8_t* tailOf(std::size_t y) const {
     return job_.dots + y * (job_.width + tailBytes_) + job_.width;
   }
+  std::uint8_t* oldTail(std::size_t y) { return old_.data() + y * tailBytes_; }
 
   const dither::Page& job_;
   std::size_t tailBytes_;

@@ -130,6 +130,19 @@ std::string loggedWithoutMemory(const std::string& text) {
   return written;
 }
 
+void writeToStandardError(void* /*context*/, const char* text, std::size_t length) {
+  static_cast<void>(std::fwrite(text, 1, length, stderr));
+}
+
+TEST(Log, SinkGetsTheStartOfALongMessageWithoutMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "a sanitizer needs all the address space";
+#endif
+  const wren::MessageSink sink(writeToStandardError, nullptr);
+  const std::string written = loggedWithoutMemory(std::string(std::size_t{1} << 26, 'x'));
+  EXPECT_EQ(written, "ERROR:" + std::string(504, 'x') + "\n");
+}
+
 TEST(Log, LongMessageIsCompleteWithoutMemory) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "a sanitizer needs all the address space";
