@@ -216,6 +216,13 @@ TEST(PageDots, OfOverlappingBuffersAreThoseOfSeparateOnes) {
   }
 }
 
+TEST(PageDots, DefaultOptionsAreThoseOfTheReference) {
+  const TestPage page = {8, 8, 8, Bytes(64, 100)};
+  Bytes dots(page.pixels.size());
+  EXPECT_TRUE(makePageDots({}, greyPage(page), dots.data(), {}));
+  EXPECT_TRUE(sameBytes(referenceDots({}, page), dots, page.bytesPerLine));
+}
+
 // --- Pages that are refused ---
 
 TEST(PageDots, ReportAPageWithoutLevelsAndDrawNone) {
