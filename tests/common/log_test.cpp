@@ -134,7 +134,7 @@ void writeToStandardError(void* /*context*/, const char* text, std::size_t lengt
   static_cast<void>(std::fwrite(text, 1, length, stderr));
 }
 
-TEST(Log, SinkGetsTheStartOfALongMessageWithoutMemory) {
+TEST(Log, SinkGetsTheStartOfALongMessageIfThereIsNoMemory) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "a sanitizer needs all the address space";
 #endif
