@@ -1,36 +1,124 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A lane that reaches the end of its row goes on with the row 16 below. The lag is such
-// that this row, too, is `lag` columns behind the one above it. Error terms are stored in
-// step order, 16 bytes per step, so the row above is always `16 * lag + 1` bytes back.
+// A lane that reaches the end of its row goes on with the next row that no lane has. The lag
+// is such that this row, too, is `lag` columns behind the one above it. Error terms are
+// stored in step order, one vector per step, so the row above is always
+// `lanes * lag + 1` bytes back.
 
 #include "dither/error_diffusion_wavefront.h"
-
-#include "dither/byte_vector.h"
-#include "dither/methods.h"
-
-#ifdef WREN_HAS_BYTE_VECTORS
 
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
 
+#include "common/vector_level.h"
+#include "common/vector_targets.h"
 #include "dither/error_buffer.h"
 #include "dither/error_terms.h"
+#include "dither/methods.h"
 #include "dither/wavefront_lanes.h"
 
-namespace wren::dither {
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "dither/error_diffusion_wavefront.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
 
+#if WREN_IS_VECTOR_TARGET
+HWY_BEFORE_NAMESPACE();
+namespace wren::dither::HWY_NAMESPACE {
 namespace {
 
-static_assert(kLanes == ByteVector::kBytes && kTileSteps == kLanes);
+namespace hn = hwy::HWY_NAMESPACE;
 
-// Which factor the tap `dx` of the pixel's own row has; the number of factors if there is no
-// such tap.
+using Bytes = hn::ScalableTag<std::uint8_t>;
+using SignedBytes = hn::RebindToSigned<Bytes>;
+using Words = hn::RepartitionToWide<Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+using SignedVector = hn::Vec<SignedBytes>;
+
+constexpr Bytes kBytes;
+constexpr SignedBytes kSignedBytes;
+constexpr Words kWords;
+
+// Rows that are processed at once, one per byte of a vector.
+constexpr std::size_t kLanes = hn::MaxLanes(kBytes);
+// The interleaving instructions stay within blocks of this size.
+constexpr std::size_t kBlockLanes = 16;
+static_assert(kTileSteps == kBlockLanes);
+
+// The levels or dots of a tile. Before the transpose vector i holds 16 pixels of row i, of row
+// i + 16 and so on, one block each; after it the pixels of all rows in step i.
+struct Tile {
+  ByteVector v[kTileSteps];
+};
+
+// Interleaves vector i with vector i + 8. Written out for every vector, so that as much of
+// the tile as possible stays in registers.
+template <std::size_t... I>
+HWY_INLINE Tile interleaved(const Tile& tile, std::index_sequence<I...>) {
+  return {{(I % 2 == 0 ? hn::InterleaveLower(kBytes, tile.v[I / 2], tile.v[I / 2 + 8])
+                       : hn::InterleaveUpper(kBytes, tile.v[I / 2], tile.v[I / 2 + 8]))...}};
+}
+
+// Swaps rows and columns of each block of 16 x 16 bytes. Each round rotates the eight-bit
+// number "row, column" of a byte by one bit; after four rounds its two halves have changed
+// places.
+HWY_INLINE Tile transposed(const Tile& tile) {
+  constexpr auto kAll = std::make_index_sequence<kTileSteps>();
+  return interleaved(interleaved(interleaved(interleaved(tile, kAll), kAll), kAll), kAll);
+}
+
+// 16 bytes from each of `rows[0]`, `rows[16]`, ...
+template <class D>
+HWY_INLINE hn::Vec<D> loadBlocks(D d, const std::uint8_t* const* rows) {
+  if constexpr (hn::MaxLanes(D()) == kBlockLanes) {
+    return hn::LoadU(d, rows[0]);
+  } else {
+    const hn::Half<D> half;
+    return hn::Combine(d, loadBlocks(half, rows + hn::MaxLanes(half)), loadBlocks(half, rows));
+  }
+}
+
+// 16 bytes to each of `rows[0]`, `rows[16]`, ...
+template <class D>
+HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, std::uint8_t* const* rows) {
+  if constexpr (hn::MaxLanes(D()) == kBlockLanes) {
+    hn::StoreU(v, d, rows[0]);
+  } else {
+    const hn::Half<D> half;
+    storeBlocks(half, hn::LowerHalf(half, v), rows);
+    storeBlocks(half, hn::UpperHalf(half, v), rows + hn::MaxLanes(half));
+  }
+}
+
+// Absolute errors as 16-bit numbers: those of even lanes, and those of odd lanes in the
+// upper byte.
+struct WideErrors {
+  hn::Vec<Words> even;
+  hn::Vec<Words> odd;
+};
+
+HWY_INLINE WideErrors widened(ByteVector errors) {
+  const auto words = hn::BitCast(kWords, errors);
+  const auto low = hn::Set(kWords, 0xFF);
+  return {hn::And(words, low), hn::AndNot(low, words)};
+}
+
+// errors * factor / 32768, rounded down. A product in the upper byte has its fraction in the
+// lower byte.
+HWY_INLINE ByteVector multiplyQ15(const WideErrors& errors, std::int16_t factor) {
+  const auto doubled = hn::Set(kWords, static_cast<std::uint16_t>(2 * factor));
+  const auto even = hn::MulHigh(errors.even, doubled);
+  const auto odd = hn::AndNot(hn::Set(kWords, 0xFF), hn::MulHigh(errors.odd, doubled));
+  return hn::BitCast(kBytes, hn::Or(even, odd));
+}
+
+// Which error term the tap `dx` of the pixel's own row has; their number if there is no such
+// tap.
 template <const DiffusionKernel& Kernel>
-constexpr std::size_t factorInRow(int dx) {
+constexpr std::size_t termInRow(int dx) {
   constexpr DiffusionTaps kTaps = tapsOf(Kernel);
   constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
   for (std::size_t tap = 0; tap < kTaps.count; ++tap) {
@@ -42,10 +130,11 @@ constexpr std::size_t factorInRow(int dx) {
 template <const DiffusionKernel& Kernel>
 class Wavefront {
  public:
-  explicit Wavefront(const LevelRows& rows) : rows_(rows), skew_(rows.width()) {}
+  explicit Wavefront(const LevelRows& rows)
+      : rows_(rows), skew_(rows.width(), kLanes), buffer_(kLanes) {}
 
   bool allocate(Allocator allocator) {
-    return buffer_.allocate(kFactors.count, kRowsAbove * rowAboveBytes(), allocator);
+    return buffer_.allocate(kTermCount, kRowsAbove * rowAboveBytes(), allocator);
   }
 
   void run();
@@ -53,15 +142,22 @@ class Wavefront {
  private:
   static constexpr DiffusionTaps kTaps = tapsOf(Kernel);
   static constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
-  static constexpr std::size_t kToNext = factorInRow<Kernel>(1);
-  static constexpr std::size_t kToSecond = factorInRow<Kernel>(2);
+  static constexpr TermSteps kSteps = termStepsOf(Kernel);
+  static constexpr std::size_t kTermCount = kFactors.count;
+  static constexpr std::size_t kToNext = termInRow<Kernel>(1);
+  static constexpr std::size_t kToSecond = termInRow<Kernel>(2);
   static constexpr auto kRowsAbove = static_cast<std::size_t>(kTaps.tap[kTaps.count - 1].dy);
 
   // Error terms from the pixels on the left in the same row.
   struct LeftTerms {
-    ByteVector oneLeft = splat(0);
-    ByteVector twoLeft = splat(0);
-    ByteVector nextTwoLeft = splat(0);  // `twoLeft` of the next step
+    SignedVector oneLeft;
+    SignedVector twoLeft;
+    SignedVector nextTwoLeft;  // `twoLeft` of the next step
+  };
+
+  // The absolute error terms of a step.
+  struct Terms {
+    ByteVector v[kTermCount];
   };
 
   // Where the error terms of the rows 1, 2 and 3 above start for the tile; entry 0 is unused.
@@ -71,36 +167,41 @@ class Wavefront {
   std::size_t rowAboveBytes() const { return kLanes * skew_.lag + 1; }
   std::size_t tileCount() const;
 
-  void gather(ByteTile& levels);
-  ByteVector gatherAcrossRows(std::size_t lane);
+  Tile gather();
+  const std::uint8_t* gatherAcrossRows(std::size_t lane);
   void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
-  void diffuse(ByteTile& tile);
-  void scatter(ByteTile& dots);
-  void scatterAcrossRows(std::size_t lane, ByteVector dots);
+  HWY_INLINE void diffuse(Tile& tile);
+  void scatter(const Tile& dots);
+  void scatterAcrossRows(std::size_t lane);
 
   template <std::size_t Tap>
-  static ByteVector addTermFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
-                                     std::size_t lineStrideBytes);
+  static HWY_INLINE SignedVector addTermFromAbove(SignedVector level, const TermsAbove& above,
+                                                  std::size_t at, std::size_t lineStrideBytes);
   template <std::size_t... Taps>
-  [[gnu::always_inline]] static inline ByteVector addTermsFromAbove(ByteVector level,
-                                                                    const TermsAbove& above,
-                                                                    std::size_t at,
-                                                                    std::size_t lineStrideBytes,
-                                                                    std::index_sequence<Taps...>);
-  template <std::size_t... Factors>
-  static void storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
-                         std::size_t lineStrideBytes, LeftTerms& left,
-                         std::index_sequence<Factors...>);
+  static HWY_INLINE SignedVector addTermsFromAbove(SignedVector level, const TermsAbove& above,
+                                                   std::size_t at, std::size_t lineStrideBytes,
+                                                   std::index_sequence<Taps...>);
+  template <std::size_t Term>
+  static HWY_INLINE void setTerm(ByteVector error, const WideErrors& wide, Terms& terms);
+  template <std::size_t... I>
+  static HWY_INLINE void storeTerms(ByteVector error, ByteVector white, std::uint8_t* head,
+                                    std::size_t lineStrideBytes, LeftTerms& left,
+                                    std::index_sequence<I...>);
 
   const LevelRows& rows_;
   const Skew skew_;
   ErrorBuffer buffer_;
   std::array<Lane, kLanes> lanes_;
-  LeftTerms left_;
+
+  // `oneLeft`, `twoLeft` and `nextTwoLeft` between two tiles.
+  std::array<std::array<std::int8_t, kLanes>, 3> left_ = {};
 
   // For each step of the tile 255 in the lanes that have a pixel, 0 in the others: their
   // error terms are 0.
   std::array<std::array<std::uint8_t, kLanes>, kTileSteps> pixelMask_;
+
+  // Pixels of lanes that are not inside their row.
+  std::array<std::array<std::uint8_t, kTileSteps>, kLanes> edgePixels_;
 };
 
 // Until the last pixel of the last row.
@@ -124,117 +225,151 @@ void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Segment, 2>&
 }
 
 template <const DiffusionKernel& Kernel>
-ByteVector Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
-  std::array<std::uint8_t, kTileSteps> bytes = {};
+const std::uint8_t* Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
+  std::uint8_t* bytes = edgePixels_[lane].data();
+  std::memset(bytes, 0, kTileSteps);
   lanes_[lane].openNextRow(rows_, skew_);
   const auto segments = lanes_[lane].segments(rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count > 0) std::memcpy(bytes.data() + segment.step, segment.pixels, segment.count);
+    if (segment.count > 0) std::memcpy(bytes + segment.step, segment.pixels, segment.count);
   }
   maskGaps(lane, segments, 0);
-  return loadBytes(bytes.data());
+  return bytes;
 }
 
-// Loads the levels of the tile, one lane per row, and transposes them to one step per row.
+// Loads the levels of the tile and transposes them to one step per vector.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::gather(ByteTile& levels) {
+Tile Wavefront<Kernel>::gather() {
+  std::array<const std::uint8_t*, kLanes> rows;
   for (std::size_t i = 0; i < kLanes; ++i) {
-    levels[i] = lanes_[i].isInsideRow() ? loadBytes(lanes_[i].pixels()) : gatherAcrossRows(i);
+    rows[i] = lanes_[i].isInsideRow() ? lanes_[i].pixels() : gatherAcrossRows(i);
   }
-  transpose(levels);
+  Tile levels;
+  for (std::size_t i = 0; i < kTileSteps; ++i) levels.v[i] = loadBlocks(kBytes, rows.data() + i);
+  return transposed(levels);
 }
 
 template <const DiffusionKernel& Kernel>
 template <std::size_t Tap>
-ByteVector Wavefront<Kernel>::addTermFromAbove(ByteVector level, const TermsAbove& above,
-                                               std::size_t at, std::size_t lineStrideBytes) {
+HWY_INLINE SignedVector Wavefront<Kernel>::addTermFromAbove(SignedVector level,
+                                                            const TermsAbove& above, std::size_t at,
+                                                            std::size_t lineStrideBytes) {
   constexpr DiffusionTap kTap = kTaps.tap[Tap];
   if constexpr (kTap.dy == 0) {
     return level;
   } else {
-    constexpr std::ptrdiff_t kColumn = (kMaxReachColumns - kTap.dx) * std::ptrdiff_t{kLanes};
+    constexpr std::size_t kColumn = static_cast<std::size_t>(kMaxReachColumns - kTap.dx) * kLanes;
     const std::uint8_t* line = above[kTap.dy] + kFactors.indexOfTap[Tap] * lineStrideBytes;
-    return addSaturatedSigned(level, loadBytes(line + kColumn + at));
+    const ByteVector term = hn::LoadU(kBytes, line + kColumn + at);
+    return hn::SaturatedAdd(level, hn::BitCast(kSignedBytes, term));
   }
 }
 
 // The taps backwards are the pixels above in scan order.
 template <const DiffusionKernel& Kernel>
 template <std::size_t... Taps>
-ByteVector Wavefront<Kernel>::addTermsFromAbove(ByteVector level, const TermsAbove& above,
-                                                std::size_t at, std::size_t lineStrideBytes,
-                                                std::index_sequence<Taps...>) {
+HWY_INLINE SignedVector Wavefront<Kernel>::addTermsFromAbove(SignedVector level,
+                                                             const TermsAbove& above,
+                                                             std::size_t at,
+                                                             std::size_t lineStrideBytes,
+                                                             std::index_sequence<Taps...>) {
   ((level = addTermFromAbove<kTaps.count - 1 - Taps>(level, above, at, lineStrideBytes)), ...);
   return level;
 }
 
 template <const DiffusionKernel& Kernel>
-template <std::size_t... Factors>
-void Wavefront<Kernel>::storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
-                                   std::size_t lineStrideBytes, LeftTerms& left,
-                                   std::index_sequence<Factors...>) {
-  const std::array<ByteVector, sizeof...(Factors)> terms = {
-      negateWhere(white, multiplyQ15(errors, kFactors.factor[Factors]))...};
-  (storeBytes(terms[Factors], head + Factors * lineStrideBytes), ...);
-  left.twoLeft = left.nextTwoLeft;
-  if constexpr (kToNext < kFactors.count) left.oneLeft = terms[kToNext];
-  if constexpr (kToSecond < kFactors.count) left.nextTwoLeft = terms[kToSecond];
+template <std::size_t Term>
+HWY_INLINE void Wavefront<Kernel>::setTerm(ByteVector error, const WideErrors& wide, Terms& terms) {
+  constexpr TermStep kStep = kSteps[Term];
+  if constexpr (!kStep.isShift) {
+    terms.v[Term] = multiplyQ15(wide, kFactors.factor[Term]);
+  } else {
+    terms.v[Term] = hn::ShiftRight<kStep.shift>(kStep.ofError ? error : terms.v[kStep.term]);
+  }
 }
 
-// Turns the levels of a tile, one step per row, into 255 for white and 0 for black.
+// The terms of white pixels, whose level was too low, are negative: -v is (v ^ white) - white.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::diffuse(ByteTile& tile) {
+template <std::size_t... I>
+HWY_INLINE void Wavefront<Kernel>::storeTerms(ByteVector error, ByteVector white,
+                                              std::uint8_t* head, std::size_t lineStrideBytes,
+                                              LeftTerms& left, std::index_sequence<I...>) {
+  const WideErrors wide = widened(error);
+  Terms terms;
+  (setTerm<I>(error, wide, terms), ...);
+  ((terms.v[I] = hn::Sub(hn::Xor(terms.v[I], white), white)), ...);
+  (hn::StoreU(terms.v[I], kBytes, head + I * lineStrideBytes), ...);
+  left.twoLeft = left.nextTwoLeft;
+  if constexpr (kToNext < kTermCount) left.oneLeft = hn::BitCast(kSignedBytes, terms.v[kToNext]);
+  left.nextTwoLeft = hn::BitCast(kSignedBytes, terms.v[kToSecond]);
+}
+
+// Turns the levels of a tile, one step per vector, into 255 for white and 0 for black.
+template <const DiffusionKernel& Kernel>
+HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
+  static_assert(kToSecond < kTermCount, "every kernel has a tap two pixels to the right");
   constexpr auto kAllTaps = std::make_index_sequence<kTaps.count>();
-  constexpr auto kAllFactors = std::make_index_sequence<kFactors.count>();
+  constexpr auto kAllTerms = std::make_index_sequence<kTermCount>();
   const std::size_t lineStride = buffer_.lineStrideBytes();
   std::uint8_t* head = buffer_.head();
   TermsAbove above;
   above.fill(head);
   for (std::size_t dy = 1; dy <= kRowsAbove; ++dy) {
-    above[dy] = buffer_.delayed(dy * rowAboveBytes() + ErrorBuffer::kReachBytes);
+    above[dy] = buffer_.delayed(dy * rowAboveBytes() + buffer_.reachBytes());
   }
-  LeftTerms left = left_;
-  const ByteVector offset = splat(kLevelOffset);
+  LeftTerms left = {hn::LoadU(kSignedBytes, left_[0].data()),
+                    hn::LoadU(kSignedBytes, left_[1].data()),
+                    hn::LoadU(kSignedBytes, left_[2].data())};
+  const ByteVector offset = hn::Set(kBytes, kLevelOffset);
   for (std::size_t step = 0; step < kTileSteps; ++step) {
     const std::size_t at = step * kLanes;
-    ByteVector level = tile[step] ^ offset;
+    SignedVector level = hn::BitCast(kSignedBytes, hn::Xor(tile.v[step], offset));
     level = addTermsFromAbove(level, above, at, lineStride, kAllTaps);
-    level = addSaturatedSigned(level, left.twoLeft);
-    if constexpr (kToNext < kFactors.count) level = addSaturatedSigned(level, left.oneLeft);
-    const ByteVector white = greaterThanZero(level);
-    const ByteVector error = (level ^ offset ^ white) & loadBytes(pixelMask_[step].data());
-    storeTerms(widen(error), white, head + at, lineStride, left, kAllFactors);
-    tile[step] = white;
+    level = hn::SaturatedAdd(level, left.twoLeft);
+    if constexpr (kToNext < kTermCount) level = hn::SaturatedAdd(level, left.oneLeft);
+    const auto isWhite = hn::Gt(level, hn::Zero(kSignedBytes));
+    const ByteVector white = hn::BitCast(kBytes, hn::VecFromMask(kSignedBytes, isWhite));
+    // The level of a black pixel, 255 - level of a white one.
+    const ByteVector distance = hn::Xor(hn::Xor(hn::BitCast(kBytes, level), offset), white);
+    const ByteVector error = hn::And(distance, hn::LoadU(kBytes, pixelMask_[step].data()));
+    storeTerms(error, white, head + at, lineStride, left, kAllTerms);
+    tile.v[step] = white;
   }
-  left_ = left;
+  hn::StoreU(left.oneLeft, kSignedBytes, left_[0].data());
+  hn::StoreU(left.twoLeft, kSignedBytes, left_[1].data());
+  hn::StoreU(left.nextTwoLeft, kSignedBytes, left_[2].data());
   buffer_.advance();
 }
 
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane, ByteVector dots) {
-  std::array<std::uint8_t, kTileSteps> bytes = {};
-  storeBytes(dots, bytes.data());
+void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane) {
   const auto segments = lanes_[lane].segments(rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count > 0) std::memcpy(segment.pixels, bytes.data() + segment.step, segment.count);
+    if (segment.count == 0) continue;
+    std::memcpy(segment.pixels, edgePixels_[lane].data() + segment.step, segment.count);
   }
   maskGaps(lane, segments, 255);
 }
 
-// Transposes the dots back to one lane per row, writes them, and moves all lanes to the next
+// Transposes the dots back to one row per block, writes them, and moves all lanes to the next
 // tile.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatter(ByteTile& dots) {
-  transpose(dots);
-  const ByteVector flip = splat(rows_.flip());
+void Wavefront<Kernel>::scatter(const Tile& dots) {
+  const Tile rows = transposed(dots);
+  const ByteVector flip = hn::Set(kBytes, rows_.flip());
+  std::array<std::uint8_t*, kLanes> places;
   for (std::size_t i = 0; i < kLanes; ++i) {
-    Lane& lane = lanes_[i];
-    if (lane.isInsideRow()) {
-      storeBytes(dots[i] ^ flip, lane.pixels());
-      lane.advanceInsideRow();
+    places[i] = lanes_[i].isInsideRow() ? lanes_[i].pixels() : edgePixels_[i].data();
+  }
+  for (std::size_t i = 0; i < kTileSteps; ++i) {
+    storeBlocks(kBytes, hn::Xor(rows.v[i], flip), places.data() + i);
+  }
+  for (std::size_t i = 0; i < kLanes; ++i) {
+    if (lanes_[i].isInsideRow()) {
+      lanes_[i].advanceInsideRow();
     } else {
-      scatterAcrossRows(i, dots[i] ^ flip);
-      lane.advance(skew_);
+      scatterAcrossRows(i);
+      lanes_[i].advance(skew_);
     }
   }
 }
@@ -245,8 +380,7 @@ void Wavefront<Kernel>::run() {
   for (auto& step : pixelMask_) step.fill(255);
   const std::size_t tiles = tileCount();
   for (std::size_t i = 0; i < tiles; ++i) {
-    ByteTile tile;
-    gather(tile);
+    Tile tile = gather();
     diffuse(tile);
     scatter(tile);
   }
@@ -278,21 +412,33 @@ constexpr std::array<DiffuseFunction, kMethods.size()> kernelsOfMethods(
 
 }  // namespace
 
-DiffuseFunction wavefrontKernel(std::size_t method) {
+DiffuseFunction kernelAt(std::size_t method) {
   static constexpr auto kKernels = kernelsOfMethods(std::make_index_sequence<kMethods.size()>());
   return kKernels[method];
 }
 
-}  // namespace wren::dither
+}  // namespace wren::dither::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif  // WREN_IS_VECTOR_TARGET
 
-#else
+#if HWY_ONCE
 
 namespace wren::dither {
+namespace {
 
-DiffuseFunction wavefrontKernel(std::size_t /*method*/) {
+DiffuseFunction noKernel(std::size_t /*method*/) {
   return nullptr;
+}
+
+constexpr KernelTable<DiffuseFunction (*)(std::size_t)> kKernelAt =
+    WREN_KERNEL_TABLE(noKernel, kernelAt);
+
+}  // namespace
+
+DiffuseFunction wavefrontKernel(std::size_t method) {
+  return kernelOf(kKernelAt)(method);
 }
 
 }  // namespace wren::dither
 
-#endif  // WREN_HAS_BYTE_VECTORS
+#endif  // HWY_ONCE

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// The geometry of the wavefront: how far the rows of the 16 lanes are skewed, and which
-// pixels of which row a tile of 16 steps has for each lane.
+// The geometry of the wavefront: how far the rows of the lanes are skewed, and which pixels
+// of which row a tile of 16 steps has for each lane. A vector has one lane per byte.
 
 #pragma once
 
@@ -16,10 +16,7 @@
 
 namespace wren::dither {
 
-/// Rows that are processed at once, one per byte of a vector.
-inline constexpr std::size_t kLanes = 16;
-
-/// Steps per tile: 16 pixels of each of 16 rows are transposed at once.
+/// Steps per tile: 16 pixels of each row are transposed at once.
 inline constexpr std::size_t kTileSteps = 16;
 
 /// `value` rounded up to a multiple of `step`.
@@ -27,20 +24,24 @@ constexpr std::size_t roundedUp(std::size_t value, std::size_t step) {
   return (value + step - 1) / step * step;
 }
 
-/// How the wavefront is skewed on a page of a given width.
+/// How the wavefront of `laneCount` rows is skewed on a page of a given width.
 struct Skew {
-  explicit Skew(std::size_t width)
-      : lag(std::max(kMinLag, roundedUp(width + kMaxReachColumns - 1, kLanes) / kLanes)),
-        period(kLanes * lag + 1) {}
+  Skew(std::size_t width, std::size_t laneCount)
+      : lanes(laneCount),
+        lag(std::max(kMinLag, roundedUp(width + kMaxReachColumns - 1, lanes) / lanes)),
+        period(lanes * lag + 1) {}
 
   /// With this lag a tile reads only error terms that an earlier tile has written.
   static constexpr std::size_t kMinLag = kTileSteps + kMaxReachColumns;
 
+  /// Rows that are processed at once.
+  std::size_t lanes;
+
   /// Columns by which each row is behind the row above.
   std::size_t lag;
 
-  /// Steps from the start of a row to the start of the lane's next row, 16 rows below: the
-  /// width, and a gap without pixels that no tap reaches across.
+  /// Steps from the start of a row to the start of the lane's next row, `lanes` rows below:
+  /// the width, and a gap without pixels that no tap reaches across.
   std::size_t period;
 };
 
@@ -73,7 +74,7 @@ class Lane {
   /// Prepares the levels of the lane's next row if the tile reaches it. For a lane that is
   /// not inside its row; call it before `segments`.
   void openNextRow(const LevelRows& rows, const Skew& skew) {
-    if (reachesNextRow(skew)) next_ = OpenRow(rows, row_.y + kLanes);
+    if (reachesNextRow(skew)) next_ = OpenRow(rows, row_.y + skew.lanes);
   }
 
   /// The tile's pixels: the end of the lane's row, and the start of its next row. An empty

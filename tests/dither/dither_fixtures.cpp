@@ -5,20 +5,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 
 #include "dither/dither_page.h"
-#include "dither/error_diffusion_scalar.h"
-#include "dither/error_diffusion_wavefront.h"
 #include "dither/methods.h"
 #include "tests/reference/cximage.h"
 #include "tests/support/same_bytes.h"
+#include "tests/support/vector_levels.h"
 
 namespace wren_test {
 
 namespace {
 
 using wren::dither::kMethods;
-using wren::dither::LevelRows;
 using wren::dither::Page;
 
 std::string nameOf(const Sample& sample, int method) {
@@ -89,19 +88,13 @@ SampleBuffers::SampleBuffers(const Sample& sample)
 }
 
 std::vector<Kernel> kernelsOf(int method) {
-  const auto index = static_cast<std::size_t>(method);
   std::vector<Kernel> kernels;
-  kernels.push_back(
-      {"ditherPage", [=](const Page& page) { return wren::dither::ditherPage(method, page); }});
-  const auto* diffusion = kMethods[index].diffusion;
-  if (diffusion == nullptr) return kernels;
-  kernels.push_back({"scalar", [=](const Page& page) {
-                       return wren::dither::diffuseScalar(*diffusion, LevelRows(page));
-                     }});
-  const auto diffuseVector = wren::dither::wavefrontKernel(index);
-  if (diffuseVector == nullptr) return kernels;
-  kernels.push_back(
-      {"vector", [=](const Page& page) { return diffuseVector(LevelRows(page), nullptr); }});
+  for (const wren::VectorLevel level : wren::machineVectorLevels()) {
+    kernels.push_back({std::string(wren::vectorLevelName(level)), [=](const Page& page) {
+                         const AtVectorLevel at(level);
+                         return wren::dither::ditherPage(method, page);
+                       }});
+  }
   return kernels;
 }
 
