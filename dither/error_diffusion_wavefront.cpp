@@ -47,27 +47,47 @@ constexpr std::size_t kLanes = hn::MaxLanes(kBytes);
 // The interleaving instructions stay within blocks of this size.
 constexpr std::size_t kBlockLanes = 16;
 static_assert(kTileSteps == kBlockLanes);
+// Each lane has one row, and one may have begun its next; 8 rows may wait to be taken.
+static_assert(kLanes + 1 + 8 <= Page::kMinDotRows);
 
-// The levels or dots of a tile. Before the transpose vector i holds 16 pixels of row i, of row
-// i + 16 and so on, one block each; after it the pixels of all rows in step i.
+// The levels or dots of a tile: vector i holds the pixels of all rows in step i. Transposed,
+// vector i holds 16 pixels of row i, of row i + 16 and so on, one block each.
 struct Tile {
   ByteVector v[kTileSteps];
 };
 
-// Interleaves vector i with vector i + 8. Written out for every vector, so that as much of
-// the tile as possible stays in registers.
-template <std::size_t... I>
-HWY_INLINE Tile interleaved(const Tile& tile, std::index_sequence<I...>) {
-  return {{(I % 2 == 0 ? hn::InterleaveLower(kBytes, tile.v[I / 2], tile.v[I / 2 + 8])
-                       : hn::InterleaveUpper(kBytes, tile.v[I / 2], tile.v[I / 2 + 8]))...}};
+// Four vectors.
+struct Quad {
+  ByteVector v[4];
+};
+
+// Two rounds of a transpose for vectors i, i + 4, i + 8 and i + 12: each round interleaves
+// vector i with vector i + 8. Four vectors at a time stay in registers.
+HWY_INLINE Quad interleavedTwice(ByteVector a, ByteVector b, ByteVector c, ByteVector d) {
+  const ByteVector lowerAc = hn::InterleaveLower(kBytes, a, c);
+  const ByteVector upperAc = hn::InterleaveUpper(kBytes, a, c);
+  const ByteVector lowerBd = hn::InterleaveLower(kBytes, b, d);
+  const ByteVector upperBd = hn::InterleaveUpper(kBytes, b, d);
+  return {{hn::InterleaveLower(kBytes, lowerAc, lowerBd),
+           hn::InterleaveUpper(kBytes, lowerAc, lowerBd),
+           hn::InterleaveLower(kBytes, upperAc, upperBd),
+           hn::InterleaveUpper(kBytes, upperAc, upperBd)}};
 }
 
-// Swaps rows and columns of each block of 16 x 16 bytes. Each round rotates the eight-bit
-// number "row, column" of a byte by one bit; after four rounds its two halves have changed
-// places.
-HWY_INLINE Tile transposed(const Tile& tile) {
-  constexpr auto kAll = std::make_index_sequence<kTileSteps>();
-  return interleaved(interleaved(interleaved(interleaved(tile, kAll), kAll), kAll), kAll);
+// Swaps rows and columns of each block of 16 x 16 bytes. Each of four rounds rotates the
+// eight-bit number "row, column" of a byte by one bit; then its two halves have changed
+// places. `load(i)` gives vector i, `store(i, v)` takes it.
+template <typename Load, typename Store>
+HWY_INLINE void transpose(Load load, Store store) {
+  ByteVector half[kTileSteps];
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Quad quad = interleavedTwice(load(i), load(i + 4), load(i + 8), load(i + 12));
+    for (std::size_t k = 0; k < 4; ++k) half[4 * i + k] = quad.v[k];
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Quad quad = interleavedTwice(half[i], half[i + 4], half[i + 8], half[i + 12]);
+    for (std::size_t k = 0; k < 4; ++k) store(4 * i + k, quad.v[k]);
+  }
 }
 
 // 16 bytes from each of `rows[0]`, `rows[16]`, ...
@@ -127,6 +147,46 @@ constexpr std::size_t termInRow(int dx) {
   return kFactors.count;
 }
 
+// The 16 pixels of a lane that is not inside its row, in the middle. The bytes around them
+// belong to the ends of the same rows, so that rows of at least 16 pixels are copied 16 bytes
+// at a time: copies of a length that varies are slow.
+class EdgePixels {
+ public:
+  std::uint8_t* tile() { return bytes_.data() + kTileSteps; }
+
+  void clear() { std::memset(tile(), 0, kTileSteps); }
+  void load(const Segment& segment, bool isWideRow) {
+    const Copy copy = copyOf(segment, isWideRow);
+    if (isWideRow) {
+      std::memcpy(copy.here, copy.row, kTileSteps);
+    } else {
+      std::memcpy(copy.here, copy.row, segment.count);
+    }
+  }
+  void store(const Segment& segment, bool isWideRow) {
+    const Copy copy = copyOf(segment, isWideRow);
+    if (isWideRow) {
+      std::memcpy(copy.row, copy.here, kTileSteps);
+    } else {
+      std::memcpy(copy.row, copy.here, segment.count);
+    }
+  }
+
+ private:
+  struct Copy {
+    std::uint8_t* here;
+    std::uint8_t* row;
+  };
+
+  // A segment from step 0 on is the end of a row: it is copied with the pixels before it.
+  Copy copyOf(const Segment& segment, bool isWideRow) {
+    const std::size_t before = isWideRow && segment.step == 0 ? kTileSteps - segment.count : 0;
+    return {tile() + segment.step - before, segment.pixels - before};
+  }
+
+  std::array<std::uint8_t, 3 * kTileSteps> bytes_;
+};
+
 template <const DiffusionKernel& Kernel>
 class Wavefront {
  public:
@@ -166,13 +226,17 @@ class Wavefront {
   // Distance to the pixel above in a delay line.
   std::size_t rowAboveBytes() const { return kLanes * skew_.lag + 1; }
   std::size_t tileCount() const;
+  bool isWide() const { return rows_.width() >= kTileSteps; }
 
-  Tile gather();
-  const std::uint8_t* gatherAcrossRows(std::size_t lane);
+  void findEdgeLanes();
+  HWY_INLINE void gather(Tile& levels);
+  void gatherAcrossRows(std::size_t lane);
   void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
   HWY_INLINE void diffuse(Tile& tile);
-  void scatter(const Tile& dots);
+  HWY_INLINE void scatter(const Tile& dots);
   void scatterAcrossRows(std::size_t lane);
+  void advance();
+  std::size_t edgeLane(std::size_t i) const { return (firstEdge_ + i) % kLanes; }
 
   template <std::size_t Tap>
   static HWY_INLINE SignedVector addTermFromAbove(SignedVector level, const TermsAbove& above,
@@ -192,6 +256,16 @@ class Wavefront {
   const Skew skew_;
   ErrorBuffer buffer_;
   std::array<Lane, kLanes> lanes_;
+  std::ptrdiff_t step_ = 0;  // first step of the tile
+
+  // Lanes that are not inside their row for the whole tile: `edgeCount_` lanes from
+  // `firstEdge_` on, modulo `kLanes`. Lanes reach the end of a row in turn, because each is
+  // behind the one above it.
+  std::size_t firstEdge_ = 0;
+  std::size_t edgeCount_ = kLanes;
+
+  // The 16 pixels of each lane: in its row, or in `edgePixels_`.
+  std::array<std::uint8_t*, kLanes> pixels_;
 
   // `oneLeft`, `twoLeft` and `nextTwoLeft` between two tiles.
   std::array<std::array<std::int8_t, kLanes>, 3> left_ = {};
@@ -200,8 +274,7 @@ class Wavefront {
   // error terms are 0.
   std::array<std::array<std::uint8_t, kLanes>, kTileSteps> pixelMask_;
 
-  // Pixels of lanes that are not inside their row.
-  std::array<std::array<std::uint8_t, kTileSteps>, kLanes> edgePixels_;
+  std::array<EdgePixels, kLanes> edgePixels_;
 };
 
 // Until the last pixel of the last row.
@@ -225,28 +298,30 @@ void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Segment, 2>&
 }
 
 template <const DiffusionKernel& Kernel>
-const std::uint8_t* Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
-  std::uint8_t* bytes = edgePixels_[lane].data();
-  std::memset(bytes, 0, kTileSteps);
-  lanes_[lane].openNextRow(rows_, skew_);
-  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+void Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
+  EdgePixels& edge = edgePixels_[lane];
+  edge.clear();
+  lanes_[lane].openNextRow(step_, rows_, skew_);
+  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count > 0) std::memcpy(bytes + segment.step, segment.pixels, segment.count);
+    if (segment.count > 0) edge.load(segment, isWide());
   }
   maskGaps(lane, segments, 0);
-  return bytes;
+  pixels_[lane] = edge.tile();
+}
+
+// Lanes whose row ends in this tile.
+template <const DiffusionKernel& Kernel>
+void Wavefront<Kernel>::findEdgeLanes() {
+  while (edgeCount_ < kLanes && !lanes_[edgeLane(edgeCount_)].isInsideRow(step_)) ++edgeCount_;
 }
 
 // Loads the levels of the tile and transposes them to one step per vector.
 template <const DiffusionKernel& Kernel>
-Tile Wavefront<Kernel>::gather() {
-  std::array<const std::uint8_t*, kLanes> rows;
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    rows[i] = lanes_[i].isInsideRow() ? lanes_[i].pixels() : gatherAcrossRows(i);
-  }
-  Tile levels;
-  for (std::size_t i = 0; i < kTileSteps; ++i) levels.v[i] = loadBlocks(kBytes, rows.data() + i);
-  return transposed(levels);
+HWY_INLINE void Wavefront<Kernel>::gather(Tile& levels) {
+  for (std::size_t i = 0; i < edgeCount_; ++i) gatherAcrossRows(edgeLane(i));
+  transpose([this](std::size_t i) HWY_ATTR { return loadBlocks(kBytes, pixels_.data() + i); },
+            [&levels](std::size_t i, ByteVector v) HWY_ATTR { levels.v[i] = v; });
 }
 
 template <const DiffusionKernel& Kernel>
@@ -343,34 +418,34 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
 
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane) {
-  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count == 0) continue;
-    std::memcpy(segment.pixels, edgePixels_[lane].data() + segment.step, segment.count);
+    if (segment.count > 0) edgePixels_[lane].store(segment, isWide());
   }
   maskGaps(lane, segments, 255);
+  lanes_[lane].closeRow(step_, rows_, skew_);
 }
 
-// Transposes the dots back to one row per block, writes them, and moves all lanes to the next
-// tile.
+// Transposes the dots back to one row per block and writes them.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatter(const Tile& dots) {
-  const Tile rows = transposed(dots);
+HWY_INLINE void Wavefront<Kernel>::scatter(const Tile& dots) {
   const ByteVector flip = hn::Set(kBytes, rows_.flip());
-  std::array<std::uint8_t*, kLanes> places;
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    places[i] = lanes_[i].isInsideRow() ? lanes_[i].pixels() : edgePixels_[i].data();
-  }
-  for (std::size_t i = 0; i < kTileSteps; ++i) {
-    storeBlocks(kBytes, hn::Xor(rows.v[i], flip), places.data() + i);
-  }
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    if (lanes_[i].isInsideRow()) {
-      lanes_[i].advanceInsideRow();
-    } else {
-      scatterAcrossRows(i);
-      lanes_[i].advance(skew_);
-    }
+  transpose([&dots](std::size_t i) HWY_ATTR { return dots.v[i]; },
+            [this, flip](std::size_t i, ByteVector v)
+                HWY_ATTR { storeBlocks(kBytes, hn::Xor(v, flip), pixels_.data() + i); });
+  for (std::size_t i = 0; i < edgeCount_; ++i) scatterAcrossRows(edgeLane(i));
+}
+
+// Moves all lanes to the next tile. The lanes that have passed the start of their row are
+// done with the edge.
+template <const DiffusionKernel& Kernel>
+void Wavefront<Kernel>::advance() {
+  step_ += std::ptrdiff_t{kTileSteps};
+  for (std::uint8_t*& pixels : pixels_) pixels += kTileSteps;
+  while (edgeCount_ > 0 && lanes_[firstEdge_].isInsideRow(step_)) {
+    pixels_[firstEdge_] = lanes_[firstEdge_].pixels(step_);
+    firstEdge_ = edgeLane(1);
+    --edgeCount_;
   }
 }
 
@@ -380,10 +455,14 @@ void Wavefront<Kernel>::run() {
   for (auto& step : pixelMask_) step.fill(255);
   const std::size_t tiles = tileCount();
   for (std::size_t i = 0; i < tiles; ++i) {
-    Tile tile = gather();
+    Tile tile;
+    findEdgeLanes();
+    gather(tile);
     diffuse(tile);
     scatter(tile);
+    advance();
   }
+  rows_.finish(rows_.height());
 }
 
 template <const DiffusionKernel& Kernel>

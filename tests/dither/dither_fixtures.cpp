@@ -87,6 +87,43 @@ SampleBuffers::SampleBuffers(const Sample& sample)
   page_.inverted = sample.inverted;
 }
 
+namespace {
+
+// Copies finished rows from a ring to the page, 8 at a time, and ruins them in the ring: its
+// owner may do what it likes with rows that it has taken.
+struct RingReader {
+  const Page& page;
+  Bytes ring;
+  std::size_t taken = 0;
+
+  explicit RingReader(const Page& target) : page(target), ring(Page::kMinDotRows * page.width) {}
+
+  std::uint8_t* place(std::size_t y) { return ring.data() + y % Page::kMinDotRows * page.width; }
+
+  static void take(void* context, std::size_t rows) {
+    auto* self = static_cast<RingReader*>(context);
+    const bool isLast = rows == self->page.height;
+    for (; self->taken + (isLast ? 1 : 8) <= rows; ++self->taken) {
+      std::uint8_t* dots =
+          self->page.dots + static_cast<std::ptrdiff_t>(self->taken) * self->page.dotStrideBytes;
+      std::copy_n(self->place(self->taken), self->page.width, dots);
+      std::fill_n(self->place(self->taken), self->page.width, kUntouched);
+    }
+  }
+};
+
+bool ditherThroughRing(int method, const Page& page) {
+  RingReader reader(page);
+  Page job = page;
+  job.dots = reader.ring.data();
+  job.dotStrideBytes = static_cast<std::ptrdiff_t>(page.width);
+  job.dotRows = Page::kMinDotRows;
+  job.finished = {RingReader::take, &reader};
+  return wren::dither::ditherPage(method, job) && reader.taken == page.height;
+}
+
+}  // namespace
+
 std::vector<Kernel> kernelsOf(int method) {
   std::vector<Kernel> kernels;
   for (const wren::VectorLevel level : wren::machineVectorLevels()) {
@@ -94,6 +131,13 @@ std::vector<Kernel> kernelsOf(int method) {
                          const AtVectorLevel at(level);
                          return wren::dither::ditherPage(method, page);
                        }});
+    kernels.push_back(
+        {std::string(wren::vectorLevelName(level)) + " through a ring", [=](const Page& page) {
+           const AtVectorLevel at(level);
+           const bool isInPlace = page.levels == page.dots;
+           return isInPlace || page.width == 0 ? wren::dither::ditherPage(method, page)
+                                               : ditherThroughRing(method, page);
+         }});
   }
   return kernels;
 }

@@ -28,11 +28,17 @@ class AtVectorLevel {
 };
 
 /// A fixture whose tests run once at each level; instantiate it with
-/// `testing::ValuesIn(wren::machineVectorLevels())` and `vectorLevelTestName`.
+/// `everyVectorLevel()` and `vectorLevelTestName`.
 class VectorLevelTest : public testing::TestWithParam<wren::VectorLevel> {
  private:
   AtVectorLevel level_{GetParam()};
 };
+
+/// The parameters of a `VectorLevelTest`: the levels of the machine.
+inline auto everyVectorLevel() {
+  const auto levels = wren::machineVectorLevels();
+  return testing::ValuesIn(levels.begin(), levels.end());
+}
 
 /// The level's name as a part of a test's name: "AVX512".
 inline std::string vectorLevelTestName(const testing::TestParamInfo<wren::VectorLevel>& info) {
