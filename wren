@@ -61,12 +61,15 @@ Usage: ./wren COMMAND [ARGUMENTS]
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
         runs the tests under qemu: every byte has to be the same there.
-  bench [--pairs N] [--against PROGRAM]
+  bench [--pairs N] [--levels] [--against PROGRAM]
+  bench [--pairs N] --print
   bench --kernels [FLAGS]
         Compares the time and memory of the filter with a program that computes
         nothing and with other printer filters (docs/PERFORMANCE.md), N times
         each. PROGRAM is another build of rastertowren, measured in the same
-        rounds. --kernels times the inner loops alone.
+        rounds. --levels compares the vector levels of this machine. --print
+        measures from lp to the bytes at the printer. --kernels times the inner
+        loops alone.
   lint
         clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
         of these tools than Debian 12's are advice and do not fail.

@@ -10,7 +10,7 @@ declare -rA DEBIAN_PACKAGES=(
            libpng-dev libcli11-dev libhwy-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [picture]="imagemagick fonts-dejavu-core"
-  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git"
+  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
