@@ -72,7 +72,7 @@ package_in_root() {
   local release=$1 arch=$2
   local root=$WREN_ROOT/build/roots/$release-package
   local folder=$WREN_ROOT/build/packages/$release/$arch
-  local log=$folder.log
+  local log=$folder.log emulator=""
   rm -rf "$folder"
   mkdir -p "$folder"
   [[ -e $root/ready ]] || { make_root "$release" "$root" && root_file "$root" ready </dev/null; }
@@ -85,7 +85,12 @@ package_in_root() {
   check_package "$folder"
   dpkg-deb -x "$folder"/printer-driver-wren_*.deb "$folder/files"
   [[ $arch != armhf ]] || check_no_neon "$folder/files/usr/lib/cups/filter/rastertowren"
-  run_golden_jobs "$root" "$arch" "$folder"
+  if [[ $arch != $(dpkg --print-architecture) ]]; then
+    need emulator
+    emulator=$(emulator_of "$arch")
+  fi
+  write_runners "$root" "$arch" "$folder"
+  run_programs "$folder"
   say "$(compgen -G "$folder/printer-driver-wren_*.deb")"
 }
 
@@ -117,29 +122,37 @@ check_no_neon() {
     fail "$STATUS_FAILED" "the filter has NEON instructions; armhf must run the scalar kernels"
 }
 
-# run_golden_jobs ROOT ARCHITECTURE FOLDER: the golden jobs, with the filter below
-# FOLDER/files and the libraries of ROOT.
-run_golden_jobs() {
-  local root=$1 arch=$2 folder=$3 log=$3/golden.log emulator="" libraries loader
-  can_mount || fail "$STATUS_SETUP" "the golden jobs need a private spool folder, and nothing can be mounted here"
-  need test
-  if [[ $arch != $(dpkg --print-architecture) ]]; then
-    need emulator
-    emulator=$(emulator_of "$arch")
-  fi
-  build dev golden_test
+# write_runners ROOT ARCHITECTURE FOLDER: for each program of the package a script of
+# the same name in FOLDER, which runs it with the libraries of ROOT.
+write_runners() {
+  local root=$1 arch=$2 folder=$3 libraries loader program
   libraries=$root/usr/lib/$(dpkg-architecture -a "$arch" -q DEB_HOST_MULTIARCH 2>/dev/null)
   loader=$(compgen -G "$libraries/ld-linux*.so.*") || fail "$STATUS_FAILED" "$libraries has no loader"
-  cat >"$folder/rastertowren" <<SCRIPT
-#!/bin/sh
-exec $emulator $loader --library-path $libraries $folder/files/usr/lib/cups/filter/rastertowren "\$@"
-SCRIPT
-  chmod +x "$folder/rastertowren"
+  for program in "$folder"/files/usr/bin/* "$folder/files/usr/lib/cups/filter/rastertowren"; do
+    printf '#!/bin/sh\nexec %s%s --library-path %s %s "$@"\n' "${emulator:+$emulator }" "$loader" \
+      "$libraries" "$program" >"$folder/${program##*/}"
+    chmod +x "$folder/${program##*/}"
+  done
+}
+
+# run_programs FOLDER: the golden jobs with the package's filter; and one page with its
+# PPD, whose paper its wren-preview has to draw.
+run_programs() {
+  local folder=$1 log=$1/golden.log
+  can_mount || fail "$STATUS_SETUP" "the golden jobs need a private spool folder, and nothing can be mounted here"
+  need test
+  build dev golden_test
   if ! WREN_TEST_FILTER=$folder/rastertowren "$WREN_ROOT/build/dev/tests/golden/golden_test" >"$log" 2>&1; then
     grep -E '^\[  FAILED' "$log" | tail -n 20 >&2
     fail "$STATUS_FAILED" "the filter of the package prints other bytes; the whole log is in $log"
   fi
-  say "golden jobs of the package${emulator:+ under ${emulator##*/}}: $(sed -n 's/^\[  PASSED  \] //p' "$log")"
+  say "golden jobs with the package${emulator:+ under ${emulator##*/}}: $(sed -n 's/^\[  PASSED  \] //p' "$log")"
+  gzip -dc "$WREN_ROOT/tests/print/rasters/receipt-80mm.ras.gz" |
+    PPD=$folder/files/usr/share/ppd/wren/wren80.ppd "$folder/rastertowren" 1 user title 1 "" \
+      >"$folder/receipt.prn" 2>"$folder/receipt.log" ||
+    fail "$STATUS_FAILED" "the filter of the package does not print with its PPD; the whole log is in $folder/receipt.log"
+  "$folder/wren-preview" "$folder/receipt.prn" --output "$folder/receipt.png" ||
+    fail "$STATUS_FAILED" "wren-preview of the package cannot draw the page"
 }
 
 emulator_of() {
