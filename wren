@@ -35,6 +35,8 @@ source "$WREN_ROOT/tools/arm64.sh"
 source "$WREN_ROOT/tools/bench.sh"
 # shellcheck source=tools/checks.sh
 source "$WREN_ROOT/tools/checks.sh"
+# shellcheck source=tools/root.sh
+source "$WREN_ROOT/tools/root.sh"
 # shellcheck source=tools/package.sh
 source "$WREN_ROOT/tools/package.sh"
 # shellcheck source=tools/queue.sh
@@ -78,8 +80,10 @@ Usage: ./wren COMMAND [ARGUMENTS]
   mutate [--list] [--count N] [FOLDER...]
         Mutation test: makes small changes in the product code, one at a time, and
         lists those that no test detects. Takes most of an hour.
-  package
-        Builds the Debian package below build/package and runs lintian on it.
+  package [--release bookworm|trixie|sid] [--arch amd64|arm64|armhf]
+        Builds the Debian package below build/package and runs lintian on it. With a
+        release or an architecture, builds it in a bare system of that release, below
+        build/packages, and runs the golden jobs with the files of the package.
   add-queue NAME URI [58|80|112]
         Adds a print queue to this machine's scheduler, with the settings that keep
         a receipt upright and at the top; installs the filter if it is missing.

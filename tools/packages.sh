@@ -7,7 +7,7 @@
 # Debian packages by purpose. The keys are the arguments of need().
 declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
-           libpng-dev libcli11-dev libhwy-dev"
+           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [picture]="imagemagick fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
@@ -17,11 +17,13 @@ declare -rA DEBIAN_PACKAGES=(
   [lint]="clang-tidy cppcheck shellcheck"
   [fuzz]="clang"
   [package]="build-essential debhelper lintian git"
+  [root]="debootstrap util-linux"
+  [emulator]="qemu-user-static"
 )
 
 # The same by Homebrew's names. macOS already has CUPS.
 declare -rA BREW_PACKAGES=(
-  [build]="cmake ninja libpng cli11 pkg-config highway"
+  [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json"
   [chain]="ghostscript poppler"
   [picture]="imagemagick"
   [test]="googletest imagemagick zbar git"
@@ -31,6 +33,8 @@ declare -rA BREW_PACKAGES=(
   [lint]="llvm cppcheck shellcheck"
   [fuzz]="llvm"
   [package]=""
+  [root]=""
+  [emulator]=""
 )
 
 # need PURPOSE...: installs the packages for these purposes that are missing.
