@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "preview/picture.h"
+#include "preview/paper_picture.h"
 
 namespace wren::preview {
 
