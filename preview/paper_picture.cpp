@@ -29,11 +29,6 @@ constexpr std::uint64_t kMaxShiftLines = 12;
 // A piece without dots still gets a visible strip of paper.
 constexpr std::uint32_t kMinWidthDots = 8;
 
-// The pin of the drawer connector that carries the pulse.
-unsigned drawerPin(unsigned connector) {
-  return connector == 0 ? 2 : 5;
-}
-
 std::string labelText(const escpos::Mark& mark) {
   switch (mark.kind) {
     case escpos::MarkKind::kFullCut:
@@ -65,6 +60,10 @@ Ink labelInk(escpos::MarkKind kind) {
 }
 
 }  // namespace
+
+unsigned drawerPin(unsigned connector) {
+  return connector == 0 ? 2 : 5;
+}
 
 PaperPicture::PaperPicture(const escpos::Paper& paper, const escpos::Piece& piece,
                            PictureStyle style)

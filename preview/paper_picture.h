@@ -97,6 +97,9 @@ class PaperPicture {
   std::uint64_t dotsRow_ = UINT64_MAX;  // the raster row in dots_
 };
 
+/// The pin of the drawer's plug that carries the pulse: 2 for connector 0, 5 for connector 1.
+unsigned drawerPin(unsigned connector);
+
 /// The whole picture in grey levels. It needs a byte per pixel.
 Picture greyPicture(PaperPicture& picture);
 
