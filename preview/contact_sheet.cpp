@@ -18,6 +18,7 @@ constexpr std::uint32_t kMargin = 16;
 constexpr std::uint32_t kGap = 16;
 constexpr std::uint32_t kFrame = 1;
 constexpr std::uint32_t kHeadingPadding = 4;
+constexpr std::uint32_t kLabelPadding = 4;
 // Wide enough for labels such as "Brightness -20".
 constexpr std::uint32_t kMinCellWidth = 15 * kGlyphAdvance;
 // Longer pictures are cut into parts, so that a screen always shows their labels.
@@ -133,8 +134,6 @@ void Sheet::addHeading(const std::string& heading) {
   top += kHeadingPadding;
   for (const std::string& line : lines) {
     drawText(line, kMargin + kHeadingPadding, top);
-    // Drawn twice, one pixel apart, which makes it bold.
-    drawText(line, kMargin + kHeadingPadding + 1, top);
     top += kGlyphRows;
   }
 }
@@ -146,7 +145,8 @@ void Sheet::addLabels(std::span<const SheetCell> cells) {
     labels.push_back(wrapped(cell.label, columns_.widthPx / kGlyphAdvance));
     lines = std::max(lines, labels.back().size());
   }
-  const std::uint32_t top = addSpace(static_cast<std::uint32_t>(lines) * kGlyphRows);
+  const std::uint32_t top =
+      addSpace(static_cast<std::uint32_t>(lines) * kGlyphRows + kLabelPadding);
   for (std::size_t column = 0; column < labels.size(); ++column) {
     for (std::size_t line = 0; line < labels[column].size(); ++line) {
       drawText(labels[column][line], columns_.left(column),

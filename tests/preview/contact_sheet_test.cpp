@@ -30,36 +30,30 @@ bool isInk(const Picture& picture, std::uint32_t x, std::uint32_t y) {
   return picture.row(y)[x] < kMarkerLevel;
 }
 
-// Headings are bold: each pixel is repeated to the right.
-bool isTextAt(const Picture& sheet, const std::string& text, bool bold, std::uint32_t left,
+bool isTextAt(const Picture& sheet, const std::string& text, std::uint32_t left,
               std::uint32_t top) {
   for (std::uint32_t y = 0; y < kGlyphRows; ++y) {
     for (std::uint32_t x = 0; x < text.size() * kGlyphAdvance; ++x) {
-      const bool wanted = textPixel(text, x, y) || (bold && x > 0 && textPixel(text, x - 1, y));
-      if (isInk(sheet, left + x, top + y) != wanted) return false;
+      if (isInk(sheet, left + x, top + y) != textPixel(text, x, y)) return false;
     }
   }
   return true;
 }
 
 // The left edges of a text, from top to bottom.
-std::vector<std::uint32_t> placesOf(const Picture& sheet, const std::string& text, bool bold) {
+std::vector<std::uint32_t> placesOf(const Picture& sheet, const std::string& text) {
   std::vector<std::uint32_t> places;
   const auto width = static_cast<std::uint32_t>(text.size()) * kGlyphAdvance;
   for (std::uint32_t y = 0; y + kGlyphRows <= sheet.heightPx; ++y) {
     for (std::uint32_t x = 0; x + width <= sheet.widthPx; ++x) {
-      if (isTextAt(sheet, text, bold, x, y)) places.push_back(x);
+      if (isTextAt(sheet, text, x, y)) places.push_back(x);
     }
   }
   return places;
 }
 
-std::size_t labelCount(const Picture& sheet, const std::string& text) {
-  return placesOf(sheet, text, false).size();
-}
-
-std::size_t headingCount(const Picture& sheet, const std::string& text) {
-  return placesOf(sheet, text, true).size();
+std::size_t countOf(const Picture& sheet, const std::string& text) {
+  return placesOf(sheet, text).size();
 }
 
 std::size_t markerPixels(const Picture& sheet) {
@@ -77,8 +71,8 @@ TEST(ContactSheet, ShowsEveryPictureWithItsLabelAndHeading) {
   const Picture sheet = drawContactSheet(
       {{"Burkes", {{"dark", small}, {"light", small}}}, {"Sierra", {{"plain", small}}}}, 800);
   EXPECT_EQ(markerPixels(sheet), 3u * 40 * 20);
-  for (const char* label : {"dark", "light", "plain"}) EXPECT_EQ(labelCount(sheet, label), 1u);
-  for (const char* heading : {"Burkes", "Sierra"}) EXPECT_EQ(headingCount(sheet, heading), 1u);
+  for (const char* label : {"dark", "light", "plain"}) EXPECT_EQ(countOf(sheet, label), 1u);
+  for (const char* heading : {"Burkes", "Sierra"}) EXPECT_EQ(countOf(sheet, heading), 1u);
 }
 
 TEST(ContactSheet, KeepsTheDotsOfAPictureThatFits) {
@@ -133,7 +127,7 @@ TEST(ContactSheet, ContinuesARowOnTheNextLineBeforeLabelsGetTooNarrow) {
   // Three cells of at least 180 pixels with their gaps and margins fit in 604, so five are
   // arranged as three and two.
   const Picture sheet = drawContactSheet({{"", cellsOf(5, uniform(576, 8))}}, 604);
-  const auto places = placesOf(sheet, "label", false);
+  const auto places = placesOf(sheet, "label");
   ASSERT_EQ(places.size(), 5u);
   EXPECT_EQ(places[0], places[3]);
   EXPECT_EQ(places[1], places[4]);
@@ -143,11 +137,25 @@ TEST(ContactSheet, ContinuesARowOnTheNextLineBeforeLabelsGetTooNarrow) {
 TEST(ContactSheet, RepeatsHeadingAndLabelsDownALongPicture) {
   const Picture sheet = drawContactSheet({{"Burkes", cellsOf(2, uniform(100, 2000))}}, 800);
   // Parts of at most 900 rows: three.
-  EXPECT_EQ(labelCount(sheet, "label"), 2u * 3);
+  EXPECT_EQ(countOf(sheet, "label"), 2u * 3);
   for (const char* heading : {"Burkes (1 of 3)", "Burkes (2 of 3)", "Burkes (3 of 3)"}) {
-    EXPECT_EQ(headingCount(sheet, heading), 1u) << heading;
+    EXPECT_EQ(countOf(sheet, heading), 1u) << heading;
   }
   EXPECT_EQ(markerPixels(sheet), 2u * 100 * 2000);
+}
+
+// The frame is drawn right below the label's lowest row plus its padding.
+TEST(ContactSheet, KeepsLabelsClearOfTheirPictures) {
+  const Picture sheet = drawContactSheet({{"", {{"gjpqy", uniform(100, 8)}}}}, 800);
+  const auto first = std::find(sheet.pixels.begin(), sheet.pixels.end(), kMarkerLevel);
+  const auto pictureTop = static_cast<std::uint32_t>(first - sheet.pixels.begin()) / sheet.widthPx;
+  std::uint32_t lowestInk = 0;
+  for (std::uint32_t y = 0; y < pictureTop; ++y) {
+    for (std::uint32_t x = 0; x < sheet.widthPx; ++x) {
+      if (isInk(sheet, x, y)) lowestInk = y;
+    }
+  }
+  EXPECT_GE(pictureTop - lowestInk, 4u);
 }
 
 TEST(ContactSheet, LeavesOutThePartsThatAShorterPictureDoesNotHave) {
@@ -162,7 +170,7 @@ TEST(ContactSheet, WrapsALabelToTheWidthOfItsCell) {
       {{"", {{"ordered dither 4 x 4", uniform(50, 8)}, {"JarvisJudiceNinke", uniform(50, 8)}}}},
       800);
   for (const char* line : {"ordered dither", "4 x 4", "JarvisJudiceNin", "ke"}) {
-    EXPECT_EQ(labelCount(sheet, line), 1u) << line;
+    EXPECT_EQ(countOf(sheet, line), 1u) << line;
   }
 }
 
