@@ -56,13 +56,13 @@ bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// Whether an option is in a text, not as the start of a longer one.
-bool hasOption(const std::string& text, const std::string& option) {
-  for (std::size_t at = text.find(option); at != std::string::npos;
-       at = text.find(option, at + 1)) {
-    const std::size_t end = at + option.size();
+// Whether a word is in a text, not as the start of a longer one.
+bool hasWord(const std::string& text, const std::string& word) {
+  for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
     const char next = end < text.size() ? text[end] : ' ';
-    if (std::isalnum(static_cast<unsigned char>(next)) == 0 && next != '-') return true;
+    if (std::isalnum(static_cast<unsigned char>(next)) == 0 && next != '-' && next != '_')
+      return true;
   }
   return false;
 }
@@ -85,7 +85,7 @@ std::string optionOf(const std::string& word) {
 std::string optionsFault(const SimpleCommand& command, std::size_t from, const std::string& help) {
   for (std::size_t i = from; i < command.size(); ++i) {
     const std::string option = optionOf(command[i]);
-    if (!option.empty() && !hasOption(help, option)) return "has no option " + option;
+    if (!option.empty() && !hasWord(help, option)) return "has no option " + option;
   }
   return {};
 }
@@ -143,9 +143,9 @@ std::string testProgramFault(const std::string& path) {
   const fs::path folder = fs::path(path).parent_path();
   const std::string list = projectFile("tests/" + folder.filename().string() + "/CMakeLists.txt");
   const std::string name = fs::path(path).filename().string();
-  return contains(list, "wren_test(" + name + "\n") || contains(list, "wren_test(" + name + " ")
-             ? ""
-             : "is no test program";
+  const bool isProgram =
+      hasWord(list, "wren_test(" + name) || hasWord(list, "add_executable(" + name);
+  return isProgram ? "" : "is no test program";
 }
 
 std::string commandFault(const SimpleCommand& command) {
@@ -194,6 +194,14 @@ std::string settingsFault(const SimpleCommand& command, const std::string& ppdTe
   return {};
 }
 
+bool isOurCommand(const std::string& text) {
+  for (const char* start :
+       {"wren ", "sudo wren ", "./wren ", "wren-preview ", "dev/", "build/dev/tests/"}) {
+    if (text.starts_with(start) && text != start) return true;
+  }
+  return false;
+}
+
 class DocumentCommands : public testing::TestWithParam<std::string> {};
 
 TEST_P(DocumentCommands, ExistWithTheirOptions) {
@@ -204,6 +212,17 @@ TEST_P(DocumentCommands, ExistWithTheirOptions) {
       const std::string where = GetParam() + ":" + std::to_string(line.number) + ": " + command[0];
       EXPECT_EQ(commandFault(command), "") << where;
       EXPECT_EQ(settingsFault(command, ppdText), "") << where;
+    }
+  }
+}
+
+// Code in a sentence or an indented block may be anything; only what begins like a command of
+// ours is one. Its settings are not looked up: some are examples of wrong ones.
+TEST_P(DocumentCommands, InSentencesExistWithTheirOptions) {
+  for (const MarkdownLine& line : codeOf(parseMarkdown(projectFile(GetParam())))) {
+    if (!isOurCommand(line.text)) continue;
+    for (const SimpleCommand& command : simpleCommands(line.text)) {
+      EXPECT_EQ(commandFault(command), "") << GetParam() << ":" << line.number << ": " << line.text;
     }
   }
 }

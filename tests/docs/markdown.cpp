@@ -90,6 +90,22 @@ std::vector<MarkdownLink> linksOf(const Markdown& document) {
   return links;
 }
 
+std::vector<MarkdownLine> codeOf(const Markdown& document) {
+  static const std::regex inlineCode("`([^`]+)`");
+  std::vector<MarkdownLine> code;
+  for (const MarkdownLine& line : document.prose) {
+    if (line.text.starts_with("    ")) {
+      code.push_back({line.number, trimmed(line.text)});
+      continue;
+    }
+    for (std::sregex_iterator i(line.text.begin(), line.text.end(), inlineCode);
+         i != std::sregex_iterator(); ++i) {
+      code.push_back({line.number, (*i)[1]});
+    }
+  }
+  return code;
+}
+
 std::set<std::string> anchorsOf(const Markdown& document) {
   std::map<std::string, int> seen;
   std::set<std::string> anchors;

@@ -33,6 +33,9 @@ struct MarkdownLink {
 /// Links and pictures, also those whose text is code. `[a](b)` in inline code is no link.
 std::vector<MarkdownLink> linksOf(const Markdown& document);
 
+/// Inline code, and the lines of blocks that are indented by four spaces.
+std::vector<MarkdownLine> codeOf(const Markdown& document);
+
 /// The anchors that a hosting's page gives the headings: lower case, spaces as hyphens, other
 /// punctuation left out; "-1" and so on for a repeated heading.
 std::set<std::string> anchorsOf(const Markdown& document);

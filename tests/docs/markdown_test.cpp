@@ -26,6 +26,14 @@ TEST(Markdown, GivesHeadingsTheirAnchors) {
             (std::set<std::string>{"two-words", "whats-code-15", "two-words-1"}));
 }
 
+TEST(Markdown, FindsInlineAndIndentedCode) {
+  std::vector<std::string> code;
+  for (const MarkdownLine& line : codeOf(parseMarkdown("a `b c` and `d`\n\n    e f\n  g\n"))) {
+    code.push_back(line.text);
+  }
+  EXPECT_EQ(code, (std::vector<std::string>{"b c", "d", "e f"}));
+}
+
 TEST(Markdown, TakesCommandsFromShellBlocksOnly) {
   const Markdown document =
       parseMarkdown("```sh\none \\\n  two\nthree\n```\n```\nnot this\n```\n```sh\nfour\n```\n");
