@@ -109,8 +109,9 @@ void columns(benchmark::State& state) {
   std::vector<std::uint8_t> band(kWidth);
   for (auto _ : state) {
     for (int y = 0; y < kHeight; y += 8) {
-      const std::uint8_t* rows = dots().pixels.data() + y * kWidth;
-      wren::printer::packColumns(rows, 8, kWidth, band.data(), kWidth);
+      wren::printer::BandRows rows = {};
+      for (int row = 0; row < 8; ++row) rows[row] = dots().pixels.data() + (y + row) * kWidth;
+      wren::printer::packColumns(rows, 8, band.data(), kWidth);
       benchmark::ClobberMemory();
     }
   }

@@ -2,7 +2,7 @@
 // Copyright (c) 2026 the Wren developers
 //
 // Error terms that the wavefront has produced: a ring buffer with one delay line for each
-// factor of the kernel. Each step appends 16 bytes, one per lane, to every line.
+// distinct error term of the kernel. Each step appends one byte per lane to every line.
 
 #pragma once
 
@@ -19,25 +19,31 @@ namespace wren::dither {
 /// Delay lines of error terms. What was before the first step reads as 0.
 class ErrorBuffer {
  public:
-  /// How far a tap reads to either side of the pixel above: its columns, in bytes.
-  static constexpr std::size_t kReachBytes = kMaxReachColumns * kLanes;
+  /// @param lanes bytes per step.
+  explicit ErrorBuffer(std::size_t lanes)
+      : tileBytes_(kTileSteps * lanes),
+        reachBytes_(kMaxReachColumns * lanes),
+        tailBytes_(roundedUp(tileBytes_ + 2 * reachBytes_, tileBytes_)) {}
 
   /// Makes `lineCount` delay lines of `delayBytes` bytes, plus the reach.
   /// @return false without memory.
   bool allocate(std::size_t lineCount, std::size_t delayBytes, Allocator allocator) {
     lineCount_ = lineCount;
-    ringBytes_ = roundedUp(delayBytes + kReachBytes + kTileBytes, kTileBytes);
-    lineStrideBytes_ = ringBytes_ + kTailBytes;
+    ringBytes_ = roundedUp(delayBytes + reachBytes_ + tileBytes_, tileBytes_);
+    lineStrideBytes_ = ringBytes_ + tailBytes_;
     const std::size_t bytes = lineCount * lineStrideBytes_;
     block_ = allocateBytes(allocator, bytes);
     if (block_ != nullptr) std::memset(block_.get(), 0, bytes);
     return block_ != nullptr;
   }
 
+  /// How far a tap reads to either side of the pixel above: its columns, in bytes.
+  std::size_t reachBytes() const { return reachBytes_; }
+
   /// Bytes from a position in one line to the same position in the next.
   std::size_t lineStrideBytes() const { return lineStrideBytes_; }
 
-  /// Where the current tile writes to the first line: 16 bytes for each step.
+  /// Where the current tile writes to the first line: one vector for each step.
   std::uint8_t* head() const { return block_.get() + head_; }
 
   /// The position `bytes` before the head, at most the delay and the reach. A tile and twice
@@ -49,18 +55,18 @@ class ErrorBuffer {
   /// Moves the head to the next tile.
   void advance() {
     // The start of the ring is repeated after its end, so that reads need not wrap.
-    for (std::size_t i = 0; head_ < kTailBytes && i < lineCount_; ++i) {
+    for (std::size_t i = 0; head_ < tailBytes_ && i < lineCount_; ++i) {
       std::uint8_t* written = head() + i * lineStrideBytes_;
-      std::memcpy(written + ringBytes_, written, kTileBytes);
+      std::memcpy(written + ringBytes_, written, tileBytes_);
     }
-    head_ += kTileBytes;
+    head_ += tileBytes_;
     if (head_ == ringBytes_) head_ = 0;
   }
 
  private:
-  static constexpr std::size_t kTileBytes = kTileSteps * kLanes;
-  static constexpr std::size_t kTailBytes = roundedUp(kTileBytes + 2 * kReachBytes, kTileBytes);
-
+  std::size_t tileBytes_;
+  std::size_t reachBytes_;
+  std::size_t tailBytes_;
   MallocBytes block_;
   std::size_t lineCount_ = 0;
   std::size_t ringBytes_ = 0;

@@ -150,6 +150,7 @@ void ScalarDiffusion::run() {
       fillTerms(levels_, rows_.width(), factors_.factor[factor], termsOfRow(y, factor));
     }
     writeDots(rows_.dots(y));
+    rows_.finish(y + 1);
   }
 }
 

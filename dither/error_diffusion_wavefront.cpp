@@ -1,36 +1,144 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// A lane that reaches the end of its row goes on with the row 16 below. The lag is such
-// that this row, too, is `lag` columns behind the one above it. Error terms are stored in
-// step order, 16 bytes per step, so the row above is always `16 * lag + 1` bytes back.
+// A lane that reaches the end of its row goes on with the next row that no lane has. The lag
+// is such that this row, too, is `lag` columns behind the one above it. Error terms are
+// stored in step order, one vector per step, so the row above is always
+// `lanes * lag + 1` bytes back.
 
 #include "dither/error_diffusion_wavefront.h"
-
-#include "dither/byte_vector.h"
-#include "dither/methods.h"
-
-#ifdef WREN_HAS_BYTE_VECTORS
 
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
 
+#include "common/vector_level.h"
+#include "common/vector_targets.h"
 #include "dither/error_buffer.h"
 #include "dither/error_terms.h"
+#include "dither/methods.h"
 #include "dither/wavefront_lanes.h"
 
-namespace wren::dither {
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "dither/error_diffusion_wavefront.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
 
+#if WREN_IS_VECTOR_TARGET
+HWY_BEFORE_NAMESPACE();
+namespace wren::dither::HWY_NAMESPACE {
 namespace {
 
-static_assert(kLanes == ByteVector::kBytes && kTileSteps == kLanes);
+namespace hn = hwy::HWY_NAMESPACE;
 
-// Which factor the tap `dx` of the pixel's own row has; the number of factors if there is no
-// such tap.
+using Bytes = hn::ScalableTag<std::uint8_t>;
+using SignedBytes = hn::RebindToSigned<Bytes>;
+using Words = hn::RepartitionToWide<Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+using SignedVector = hn::Vec<SignedBytes>;
+
+constexpr Bytes kBytes;
+constexpr SignedBytes kSignedBytes;
+constexpr Words kWords;
+
+// Rows that are processed at once, one per byte of a vector.
+constexpr std::size_t kLanes = hn::MaxLanes(kBytes);
+// The interleaving instructions stay within blocks of this size.
+constexpr std::size_t kBlockLanes = 16;
+static_assert(kTileSteps == kBlockLanes);
+// Each lane has one row, and one may have begun its next; 8 rows may wait to be taken.
+static_assert(kLanes + 1 + 8 <= Page::kMinDotRows);
+
+// The levels or dots of a tile: vector i holds the pixels of all rows in step i. Transposed,
+// vector i holds 16 pixels of row i, of row i + 16 and so on, one block each.
+struct Tile {
+  ByteVector v[kTileSteps];
+};
+
+// Four vectors.
+struct Quad {
+  ByteVector v[4];
+};
+
+// Two rounds of a transpose for vectors i, i + 4, i + 8 and i + 12: each round interleaves
+// vector i with vector i + 8. Four vectors at a time stay in registers.
+HWY_INLINE Quad interleavedTwice(ByteVector a, ByteVector b, ByteVector c, ByteVector d) {
+  const ByteVector lowerAc = hn::InterleaveLower(kBytes, a, c);
+  const ByteVector upperAc = hn::InterleaveUpper(kBytes, a, c);
+  const ByteVector lowerBd = hn::InterleaveLower(kBytes, b, d);
+  const ByteVector upperBd = hn::InterleaveUpper(kBytes, b, d);
+  return {{hn::InterleaveLower(kBytes, lowerAc, lowerBd),
+           hn::InterleaveUpper(kBytes, lowerAc, lowerBd),
+           hn::InterleaveLower(kBytes, upperAc, upperBd),
+           hn::InterleaveUpper(kBytes, upperAc, upperBd)}};
+}
+
+// Swaps rows and columns of each block of 16 x 16 bytes. Each of four rounds rotates the
+// eight-bit number "row, column" of a byte by one bit; then its two halves have changed
+// places. `load(i)` gives vector i, `store(i, v)` takes it.
+template <typename Load, typename Store>
+HWY_INLINE void transpose(Load load, Store store) {
+  ByteVector half[kTileSteps];
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Quad quad = interleavedTwice(load(i), load(i + 4), load(i + 8), load(i + 12));
+    for (std::size_t k = 0; k < 4; ++k) half[4 * i + k] = quad.v[k];
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Quad quad = interleavedTwice(half[i], half[i + 4], half[i + 8], half[i + 12]);
+    for (std::size_t k = 0; k < 4; ++k) store(4 * i + k, quad.v[k]);
+  }
+}
+
+// 16 bytes from each of `rows[0]`, `rows[16]`, ...
+template <class D>
+HWY_INLINE hn::Vec<D> loadBlocks(D d, const std::uint8_t* const* rows) {
+  if constexpr (hn::MaxLanes(D()) == kBlockLanes) {
+    return hn::LoadU(d, rows[0]);
+  } else {
+    const hn::Half<D> half;
+    return hn::Combine(d, loadBlocks(half, rows + hn::MaxLanes(half)), loadBlocks(half, rows));
+  }
+}
+
+// 16 bytes to each of `rows[0]`, `rows[16]`, ...
+template <class D>
+HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, std::uint8_t* const* rows) {
+  if constexpr (hn::MaxLanes(D()) == kBlockLanes) {
+    hn::StoreU(v, d, rows[0]);
+  } else {
+    const hn::Half<D> half;
+    storeBlocks(half, hn::LowerHalf(half, v), rows);
+    storeBlocks(half, hn::UpperHalf(half, v), rows + hn::MaxLanes(half));
+  }
+}
+
+// Absolute errors as 16-bit numbers: those of even lanes, and those of odd lanes in the
+// upper byte.
+struct WideErrors {
+  hn::Vec<Words> even;
+  hn::Vec<Words> odd;
+};
+
+HWY_INLINE WideErrors widened(ByteVector errors) {
+  const auto words = hn::BitCast(kWords, errors);
+  const auto low = hn::Set(kWords, 0xFF);
+  return {hn::And(words, low), hn::AndNot(low, words)};
+}
+
+// errors * factor / 32768, rounded down. A product in the upper byte has its fraction in the
+// lower byte.
+HWY_INLINE ByteVector multiplyQ15(const WideErrors& errors, std::int16_t factor) {
+  const auto doubled = hn::Set(kWords, static_cast<std::uint16_t>(2 * factor));
+  const auto even = hn::MulHigh(errors.even, doubled);
+  const auto odd = hn::AndNot(hn::Set(kWords, 0xFF), hn::MulHigh(errors.odd, doubled));
+  return hn::BitCast(kBytes, hn::Or(even, odd));
+}
+
+// Which error term the tap `dx` of the pixel's own row has; their number if there is no such
+// tap.
 template <const DiffusionKernel& Kernel>
-constexpr std::size_t factorInRow(int dx) {
+constexpr std::size_t termInRow(int dx) {
   constexpr DiffusionTaps kTaps = tapsOf(Kernel);
   constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
   for (std::size_t tap = 0; tap < kTaps.count; ++tap) {
@@ -39,13 +147,54 @@ constexpr std::size_t factorInRow(int dx) {
   return kFactors.count;
 }
 
+// The 16 pixels of a lane that is not inside its row, in the middle. The bytes around them
+// belong to the ends of the same rows, so that rows of at least 16 pixels are copied 16 bytes
+// at a time: copies of a length that varies are slow.
+class EdgePixels {
+ public:
+  std::uint8_t* tile() { return bytes_.data() + kTileSteps; }
+
+  void clear() { std::memset(tile(), 0, kTileSteps); }
+  void load(const Segment& segment, bool isWideRow) {
+    const Copy copy = copyOf(segment, isWideRow);
+    if (isWideRow) {
+      std::memcpy(copy.here, copy.row, kTileSteps);
+    } else {
+      std::memcpy(copy.here, copy.row, segment.count);
+    }
+  }
+  void store(const Segment& segment, bool isWideRow) {
+    const Copy copy = copyOf(segment, isWideRow);
+    if (isWideRow) {
+      std::memcpy(copy.row, copy.here, kTileSteps);
+    } else {
+      std::memcpy(copy.row, copy.here, segment.count);
+    }
+  }
+
+ private:
+  struct Copy {
+    std::uint8_t* here;
+    std::uint8_t* row;
+  };
+
+  // A segment from step 0 on is the end of a row: it is copied with the pixels before it.
+  Copy copyOf(const Segment& segment, bool isWideRow) {
+    const std::size_t before = isWideRow && segment.step == 0 ? kTileSteps - segment.count : 0;
+    return {tile() + segment.step - before, segment.pixels - before};
+  }
+
+  std::array<std::uint8_t, 3 * kTileSteps> bytes_;
+};
+
 template <const DiffusionKernel& Kernel>
 class Wavefront {
  public:
-  explicit Wavefront(const LevelRows& rows) : rows_(rows), skew_(rows.width()) {}
+  explicit Wavefront(const LevelRows& rows)
+      : rows_(rows), skew_(rows.width(), kLanes), buffer_(kLanes) {}
 
   bool allocate(Allocator allocator) {
-    return buffer_.allocate(kFactors.count, kRowsAbove * rowAboveBytes(), allocator);
+    return buffer_.allocate(kTermCount, kRowsAbove * rowAboveBytes(), allocator);
   }
 
   void run();
@@ -53,15 +202,22 @@ class Wavefront {
  private:
   static constexpr DiffusionTaps kTaps = tapsOf(Kernel);
   static constexpr ErrorFactors kFactors = errorFactorsOf(Kernel);
-  static constexpr std::size_t kToNext = factorInRow<Kernel>(1);
-  static constexpr std::size_t kToSecond = factorInRow<Kernel>(2);
+  static constexpr TermSteps kSteps = termStepsOf(Kernel);
+  static constexpr std::size_t kTermCount = kFactors.count;
+  static constexpr std::size_t kToNext = termInRow<Kernel>(1);
+  static constexpr std::size_t kToSecond = termInRow<Kernel>(2);
   static constexpr auto kRowsAbove = static_cast<std::size_t>(kTaps.tap[kTaps.count - 1].dy);
 
   // Error terms from the pixels on the left in the same row.
   struct LeftTerms {
-    ByteVector oneLeft = splat(0);
-    ByteVector twoLeft = splat(0);
-    ByteVector nextTwoLeft = splat(0);  // `twoLeft` of the next step
+    SignedVector oneLeft;
+    SignedVector twoLeft;
+    SignedVector nextTwoLeft;  // `twoLeft` of the next step
+  };
+
+  // The absolute error terms of a step.
+  struct Terms {
+    ByteVector v[kTermCount];
   };
 
   // Where the error terms of the rows 1, 2 and 3 above start for the tile; entry 0 is unused.
@@ -70,37 +226,55 @@ class Wavefront {
   // Distance to the pixel above in a delay line.
   std::size_t rowAboveBytes() const { return kLanes * skew_.lag + 1; }
   std::size_t tileCount() const;
+  bool isWide() const { return rows_.width() >= kTileSteps; }
 
-  void gather(ByteTile& levels);
-  ByteVector gatherAcrossRows(std::size_t lane);
+  void findEdgeLanes();
+  HWY_INLINE void gather(Tile& levels);
+  void gatherAcrossRows(std::size_t lane);
   void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
-  void diffuse(ByteTile& tile);
-  void scatter(ByteTile& dots);
-  void scatterAcrossRows(std::size_t lane, ByteVector dots);
+  HWY_INLINE void diffuse(Tile& tile);
+  HWY_INLINE void scatter(const Tile& dots);
+  void scatterAcrossRows(std::size_t lane);
+  void advance();
+  std::size_t edgeLane(std::size_t i) const { return (firstEdge_ + i) % kLanes; }
 
   template <std::size_t Tap>
-  static ByteVector addTermFromAbove(ByteVector level, const TermsAbove& above, std::size_t at,
-                                     std::size_t lineStrideBytes);
+  static HWY_INLINE SignedVector addTermFromAbove(SignedVector level, const TermsAbove& above,
+                                                  std::size_t at, std::size_t lineStrideBytes);
   template <std::size_t... Taps>
-  [[gnu::always_inline]] static inline ByteVector addTermsFromAbove(ByteVector level,
-                                                                    const TermsAbove& above,
-                                                                    std::size_t at,
-                                                                    std::size_t lineStrideBytes,
-                                                                    std::index_sequence<Taps...>);
-  template <std::size_t... Factors>
-  static void storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
-                         std::size_t lineStrideBytes, LeftTerms& left,
-                         std::index_sequence<Factors...>);
+  static HWY_INLINE SignedVector addTermsFromAbove(SignedVector level, const TermsAbove& above,
+                                                   std::size_t at, std::size_t lineStrideBytes,
+                                                   std::index_sequence<Taps...>);
+  template <std::size_t Term>
+  static HWY_INLINE void setTerm(ByteVector error, const WideErrors& wide, Terms& terms);
+  template <std::size_t... I>
+  static HWY_INLINE void storeTerms(ByteVector error, ByteVector white, std::uint8_t* head,
+                                    std::size_t lineStrideBytes, LeftTerms& left,
+                                    std::index_sequence<I...>);
 
   const LevelRows& rows_;
   const Skew skew_;
   ErrorBuffer buffer_;
   std::array<Lane, kLanes> lanes_;
-  LeftTerms left_;
+  std::ptrdiff_t step_ = 0;  // first step of the tile
+
+  // Lanes that are not inside their row for the whole tile: `edgeCount_` lanes from
+  // `firstEdge_` on, modulo `kLanes`. Lanes reach the end of a row in turn, because each is
+  // behind the one above it.
+  std::size_t firstEdge_ = 0;
+  std::size_t edgeCount_ = kLanes;
+
+  // The 16 pixels of each lane: in its row, or in `edgePixels_`.
+  std::array<std::uint8_t*, kLanes> pixels_;
+
+  // `oneLeft`, `twoLeft` and `nextTwoLeft` between two tiles.
+  std::array<std::array<std::int8_t, kLanes>, 3> left_ = {};
 
   // For each step of the tile 255 in the lanes that have a pixel, 0 in the others: their
   // error terms are 0.
   std::array<std::array<std::uint8_t, kLanes>, kTileSteps> pixelMask_;
+
+  std::array<EdgePixels, kLanes> edgePixels_;
 };
 
 // Until the last pixel of the last row.
@@ -124,118 +298,154 @@ void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Segment, 2>&
 }
 
 template <const DiffusionKernel& Kernel>
-ByteVector Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
-  std::array<std::uint8_t, kTileSteps> bytes = {};
-  lanes_[lane].openNextRow(rows_, skew_);
-  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+void Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
+  EdgePixels& edge = edgePixels_[lane];
+  edge.clear();
+  lanes_[lane].openNextRow(step_, rows_, skew_);
+  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count > 0) std::memcpy(bytes.data() + segment.step, segment.pixels, segment.count);
+    if (segment.count > 0) edge.load(segment, isWide());
   }
   maskGaps(lane, segments, 0);
-  return loadBytes(bytes.data());
+  pixels_[lane] = edge.tile();
 }
 
-// Loads the levels of the tile, one lane per row, and transposes them to one step per row.
+// Lanes whose row ends in this tile.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::gather(ByteTile& levels) {
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    levels[i] = lanes_[i].isInsideRow() ? loadBytes(lanes_[i].pixels()) : gatherAcrossRows(i);
-  }
-  transpose(levels);
+void Wavefront<Kernel>::findEdgeLanes() {
+  while (edgeCount_ < kLanes && !lanes_[edgeLane(edgeCount_)].isInsideRow(step_)) ++edgeCount_;
+}
+
+// Loads the levels of the tile and transposes them to one step per vector.
+template <const DiffusionKernel& Kernel>
+HWY_INLINE void Wavefront<Kernel>::gather(Tile& levels) {
+  for (std::size_t i = 0; i < edgeCount_; ++i) gatherAcrossRows(edgeLane(i));
+  transpose([this](std::size_t i) HWY_ATTR { return loadBlocks(kBytes, pixels_.data() + i); },
+            [&levels](std::size_t i, ByteVector v) HWY_ATTR { levels.v[i] = v; });
 }
 
 template <const DiffusionKernel& Kernel>
 template <std::size_t Tap>
-ByteVector Wavefront<Kernel>::addTermFromAbove(ByteVector level, const TermsAbove& above,
-                                               std::size_t at, std::size_t lineStrideBytes) {
+HWY_INLINE SignedVector Wavefront<Kernel>::addTermFromAbove(SignedVector level,
+                                                            const TermsAbove& above, std::size_t at,
+                                                            std::size_t lineStrideBytes) {
   constexpr DiffusionTap kTap = kTaps.tap[Tap];
   if constexpr (kTap.dy == 0) {
     return level;
   } else {
-    constexpr std::ptrdiff_t kColumn = (kMaxReachColumns - kTap.dx) * std::ptrdiff_t{kLanes};
+    constexpr std::size_t kColumn = static_cast<std::size_t>(kMaxReachColumns - kTap.dx) * kLanes;
     const std::uint8_t* line = above[kTap.dy] + kFactors.indexOfTap[Tap] * lineStrideBytes;
-    return addSaturatedSigned(level, loadBytes(line + kColumn + at));
+    const ByteVector term = hn::LoadU(kBytes, line + kColumn + at);
+    return hn::SaturatedAdd(level, hn::BitCast(kSignedBytes, term));
   }
 }
 
 // The taps backwards are the pixels above in scan order.
 template <const DiffusionKernel& Kernel>
 template <std::size_t... Taps>
-ByteVector Wavefront<Kernel>::addTermsFromAbove(ByteVector level, const TermsAbove& above,
-                                                std::size_t at, std::size_t lineStrideBytes,
-                                                std::index_sequence<Taps...>) {
+HWY_INLINE SignedVector Wavefront<Kernel>::addTermsFromAbove(SignedVector level,
+                                                             const TermsAbove& above,
+                                                             std::size_t at,
+                                                             std::size_t lineStrideBytes,
+                                                             std::index_sequence<Taps...>) {
   ((level = addTermFromAbove<kTaps.count - 1 - Taps>(level, above, at, lineStrideBytes)), ...);
   return level;
 }
 
 template <const DiffusionKernel& Kernel>
-template <std::size_t... Factors>
-void Wavefront<Kernel>::storeTerms(WideVector errors, ByteVector white, std::uint8_t* head,
-                                   std::size_t lineStrideBytes, LeftTerms& left,
-                                   std::index_sequence<Factors...>) {
-  const std::array<ByteVector, sizeof...(Factors)> terms = {
-      negateWhere(white, multiplyQ15(errors, kFactors.factor[Factors]))...};
-  (storeBytes(terms[Factors], head + Factors * lineStrideBytes), ...);
-  left.twoLeft = left.nextTwoLeft;
-  if constexpr (kToNext < kFactors.count) left.oneLeft = terms[kToNext];
-  if constexpr (kToSecond < kFactors.count) left.nextTwoLeft = terms[kToSecond];
+template <std::size_t Term>
+HWY_INLINE void Wavefront<Kernel>::setTerm(ByteVector error, const WideErrors& wide, Terms& terms) {
+  constexpr TermStep kStep = kSteps[Term];
+  if constexpr (!kStep.isShift) {
+    terms.v[Term] = multiplyQ15(wide, kFactors.factor[Term]);
+  } else {
+    terms.v[Term] = hn::ShiftRight<kStep.shift>(kStep.ofError ? error : terms.v[kStep.term]);
+  }
 }
 
-// Turns the levels of a tile, one step per row, into 255 for white and 0 for black.
+// The terms of white pixels, whose level was too low, are negative: -v is (v ^ white) - white.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::diffuse(ByteTile& tile) {
+template <std::size_t... I>
+HWY_INLINE void Wavefront<Kernel>::storeTerms(ByteVector error, ByteVector white,
+                                              std::uint8_t* head, std::size_t lineStrideBytes,
+                                              LeftTerms& left, std::index_sequence<I...>) {
+  const WideErrors wide = widened(error);
+  Terms terms;
+  (setTerm<I>(error, wide, terms), ...);
+  ((terms.v[I] = hn::Sub(hn::Xor(terms.v[I], white), white)), ...);
+  (hn::StoreU(terms.v[I], kBytes, head + I * lineStrideBytes), ...);
+  left.twoLeft = left.nextTwoLeft;
+  if constexpr (kToNext < kTermCount) left.oneLeft = hn::BitCast(kSignedBytes, terms.v[kToNext]);
+  left.nextTwoLeft = hn::BitCast(kSignedBytes, terms.v[kToSecond]);
+}
+
+// Turns the levels of a tile, one step per vector, into 255 for white and 0 for black.
+template <const DiffusionKernel& Kernel>
+HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
+  static_assert(kToSecond < kTermCount, "every kernel has a tap two pixels to the right");
   constexpr auto kAllTaps = std::make_index_sequence<kTaps.count>();
-  constexpr auto kAllFactors = std::make_index_sequence<kFactors.count>();
+  constexpr auto kAllTerms = std::make_index_sequence<kTermCount>();
   const std::size_t lineStride = buffer_.lineStrideBytes();
   std::uint8_t* head = buffer_.head();
   TermsAbove above;
   above.fill(head);
   for (std::size_t dy = 1; dy <= kRowsAbove; ++dy) {
-    above[dy] = buffer_.delayed(dy * rowAboveBytes() + ErrorBuffer::kReachBytes);
+    above[dy] = buffer_.delayed(dy * rowAboveBytes() + buffer_.reachBytes());
   }
-  LeftTerms left = left_;
-  const ByteVector offset = splat(kLevelOffset);
+  LeftTerms left = {hn::LoadU(kSignedBytes, left_[0].data()),
+                    hn::LoadU(kSignedBytes, left_[1].data()),
+                    hn::LoadU(kSignedBytes, left_[2].data())};
+  const ByteVector offset = hn::Set(kBytes, kLevelOffset);
   for (std::size_t step = 0; step < kTileSteps; ++step) {
     const std::size_t at = step * kLanes;
-    ByteVector level = tile[step] ^ offset;
+    SignedVector level = hn::BitCast(kSignedBytes, hn::Xor(tile.v[step], offset));
     level = addTermsFromAbove(level, above, at, lineStride, kAllTaps);
-    level = addSaturatedSigned(level, left.twoLeft);
-    if constexpr (kToNext < kFactors.count) level = addSaturatedSigned(level, left.oneLeft);
-    const ByteVector white = greaterThanZero(level);
-    const ByteVector error = (level ^ offset ^ white) & loadBytes(pixelMask_[step].data());
-    storeTerms(widen(error), white, head + at, lineStride, left, kAllFactors);
-    tile[step] = white;
+    level = hn::SaturatedAdd(level, left.twoLeft);
+    if constexpr (kToNext < kTermCount) level = hn::SaturatedAdd(level, left.oneLeft);
+    const auto isWhite = hn::Gt(level, hn::Zero(kSignedBytes));
+    const ByteVector white = hn::BitCast(kBytes, hn::VecFromMask(kSignedBytes, isWhite));
+    // The level of a black pixel, 255 - level of a white one.
+    const ByteVector distance = hn::Xor(hn::Xor(hn::BitCast(kBytes, level), offset), white);
+    const ByteVector error = hn::And(distance, hn::LoadU(kBytes, pixelMask_[step].data()));
+    storeTerms(error, white, head + at, lineStride, left, kAllTerms);
+    tile.v[step] = white;
   }
-  left_ = left;
+  hn::StoreU(left.oneLeft, kSignedBytes, left_[0].data());
+  hn::StoreU(left.twoLeft, kSignedBytes, left_[1].data());
+  hn::StoreU(left.nextTwoLeft, kSignedBytes, left_[2].data());
   buffer_.advance();
 }
 
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane, ByteVector dots) {
-  std::array<std::uint8_t, kTileSteps> bytes = {};
-  storeBytes(dots, bytes.data());
-  const auto segments = lanes_[lane].segments(rows_.width(), skew_);
+void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane) {
+  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
   for (const Segment& segment : segments) {
-    if (segment.count > 0) std::memcpy(segment.pixels, bytes.data() + segment.step, segment.count);
+    if (segment.count > 0) edgePixels_[lane].store(segment, isWide());
   }
   maskGaps(lane, segments, 255);
+  lanes_[lane].closeRow(step_, rows_, skew_);
 }
 
-// Transposes the dots back to one lane per row, writes them, and moves all lanes to the next
-// tile.
+// Transposes the dots back to one row per block and writes them.
 template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::scatter(ByteTile& dots) {
-  transpose(dots);
-  const ByteVector flip = splat(rows_.flip());
-  for (std::size_t i = 0; i < kLanes; ++i) {
-    Lane& lane = lanes_[i];
-    if (lane.isInsideRow()) {
-      storeBytes(dots[i] ^ flip, lane.pixels());
-      lane.advanceInsideRow();
-    } else {
-      scatterAcrossRows(i, dots[i] ^ flip);
-      lane.advance(skew_);
-    }
+HWY_INLINE void Wavefront<Kernel>::scatter(const Tile& dots) {
+  const ByteVector flip = hn::Set(kBytes, rows_.flip());
+  transpose([&dots](std::size_t i) HWY_ATTR { return dots.v[i]; },
+            [this, flip](std::size_t i, ByteVector v)
+                HWY_ATTR { storeBlocks(kBytes, hn::Xor(v, flip), pixels_.data() + i); });
+  for (std::size_t i = 0; i < edgeCount_; ++i) scatterAcrossRows(edgeLane(i));
+}
+
+// Moves all lanes to the next tile. The lanes that have passed the start of their row are
+// done with the edge.
+template <const DiffusionKernel& Kernel>
+void Wavefront<Kernel>::advance() {
+  step_ += std::ptrdiff_t{kTileSteps};
+  for (std::uint8_t*& pixels : pixels_) pixels += kTileSteps;
+  while (edgeCount_ > 0 && lanes_[firstEdge_].isInsideRow(step_)) {
+    pixels_[firstEdge_] = lanes_[firstEdge_].pixels(step_);
+    firstEdge_ = edgeLane(1);
+    --edgeCount_;
   }
 }
 
@@ -245,11 +455,14 @@ void Wavefront<Kernel>::run() {
   for (auto& step : pixelMask_) step.fill(255);
   const std::size_t tiles = tileCount();
   for (std::size_t i = 0; i < tiles; ++i) {
-    ByteTile tile;
+    Tile tile;
+    findEdgeLanes();
     gather(tile);
     diffuse(tile);
     scatter(tile);
+    advance();
   }
+  rows_.finish(rows_.height());
 }
 
 template <const DiffusionKernel& Kernel>
@@ -278,21 +491,33 @@ constexpr std::array<DiffuseFunction, kMethods.size()> kernelsOfMethods(
 
 }  // namespace
 
-DiffuseFunction wavefrontKernel(std::size_t method) {
+DiffuseFunction kernelAt(std::size_t method) {
   static constexpr auto kKernels = kernelsOfMethods(std::make_index_sequence<kMethods.size()>());
   return kKernels[method];
 }
 
-}  // namespace wren::dither
+}  // namespace wren::dither::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif  // WREN_IS_VECTOR_TARGET
 
-#else
+#if HWY_ONCE
 
 namespace wren::dither {
+namespace {
 
-DiffuseFunction wavefrontKernel(std::size_t /*method*/) {
+DiffuseFunction noKernel(std::size_t /*method*/) {
   return nullptr;
+}
+
+constexpr KernelTable<DiffuseFunction (*)(std::size_t)> kKernelAt =
+    WREN_KERNEL_TABLE(noKernel, kernelAt);
+
+}  // namespace
+
+DiffuseFunction wavefrontKernel(std::size_t method) {
+  return kernelOf(kKernelAt)(method);
 }
 
 }  // namespace wren::dither
 
-#endif  // WREN_HAS_BYTE_VECTORS
+#endif  // HWY_ONCE

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Vector kernel of error diffusion: a skewed wavefront over 16 rows.
+// Vector kernel of error diffusion: a skewed wavefront over 16 or 32 rows.
 //
 // Within a row each pixel needs the one on its left. But the row below can follow as soon
-// as it is a few pixels behind, so 16 rows advance together, one per byte of a vector, each
+// as it is a few pixels behind, so one row per byte of a vector advances at a time, each
 // `lag` columns behind the row above. Drawing: docs/KERNELS.md.
 
 #pragma once
@@ -20,8 +20,8 @@ namespace wren::dither {
 /// for its error buffer: 8 to 30 bytes, depending on the kernel, per pixel of a row of 576.
 using DiffuseFunction = bool (*)(const LevelRows& rows, Allocator allocator);
 
-/// The vector kernel of row `method` of `kMethods`. Null if the row is not vectorised, and
-/// for processors without byte vectors (dither/byte_vector.h).
+/// The vector kernel of row `method` of `kMethods` for the current `vectorLevel()`. Null if
+/// the row is not vectorised, and at the scalar level.
 DiffuseFunction wavefrontKernel(std::size_t method);
 
 }  // namespace wren::dither

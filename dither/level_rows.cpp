@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "dither/byte_vector.h"
+#include "dither/row_kernels.h"
 
 namespace wren::dither {
 
@@ -24,31 +24,6 @@ bool isPlainShift(const std::uint8_t* tone, int shift) {
   return true;
 }
 
-// `to` may be `from`.
-void shiftRow(const std::uint8_t* from, std::size_t width, int shift, std::uint8_t* to) {
-  std::size_t x = 0;
-#ifdef WREN_HAS_BYTE_VECTORS
-  const ByteVector up = splat(static_cast<std::uint8_t>(std::max(shift, 0)));
-  const ByteVector down = splat(static_cast<std::uint8_t>(std::max(-shift, 0)));
-  for (; x + ByteVector::kBytes <= width; x += ByteVector::kBytes) {
-    const ByteVector raised = addSaturatedUnsigned(loadBytes(from + x), up);
-    storeBytes(subtractSaturatedUnsigned(raised, down), to + x);
-  }
-#endif
-  for (; x < width; ++x) to[x] = static_cast<std::uint8_t>(std::clamp(from[x] + shift, 0, 255));
-}
-
-// `to` must not be `from`.
-void reverseRow(const std::uint8_t* from, std::size_t width, std::uint8_t* to) {
-  std::size_t x = 0;
-#ifdef WREN_HAS_BYTE_VECTORS
-  for (; x + ByteVector::kBytes <= width; x += ByteVector::kBytes) {
-    storeBytes(reversed(loadBytes(from + x)), to + width - x - ByteVector::kBytes);
-  }
-#endif
-  for (; x < width; ++x) to[width - 1 - x] = from[x];
-}
-
 }  // namespace
 
 LevelRows::LevelRows(const Page& page)
@@ -57,7 +32,8 @@ LevelRows::LevelRows(const Page& page)
       shift_(isShift_ ? shiftOf(page.tone) : 0) {}
 
 std::uint8_t* LevelRows::dots(std::size_t y) const {
-  return page_.dots + static_cast<std::ptrdiff_t>(y) * page_.dotStrideBytes;
+  const std::size_t place = page_.dotRows == 0 ? y : y % page_.dotRows;
+  return page_.dots + static_cast<std::ptrdiff_t>(place) * page_.dotStrideBytes;
 }
 
 // Brightness without contrast is a shift, which vectors can do; a table lookup is not.

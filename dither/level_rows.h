@@ -30,6 +30,9 @@ class LevelRows {
   /// Where the dots of row `y` go.
   std::uint8_t* dots(std::size_t y) const;
 
+  /// Reports that the dots of the first `rows` rows are final.
+  void finish(std::size_t rows) const { page_.finished.report(rows); }
+
   std::size_t width() const { return page_.width; }
   std::size_t height() const { return page_.height; }
 

@@ -63,7 +63,7 @@ FilePtr openSideFile() {
 bool runJob(const Settings& settings, int inputDescriptor, const CancelSignal& cancel,
             const char* imageFolder) {
   cancel.announceJob();
-  const auto printer = std::make_unique<DotMatrixEpPrinter>();
+  const auto printer = std::make_unique<BandPrinter>();
   printer->setDebugImageFolder(imageFolder);
   job::Job job(settings, *printer, stdout, cancel.check());
   job.begin();

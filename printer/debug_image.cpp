@@ -105,21 +105,41 @@ void writeRowsOneByOne(int descriptor, const ImageSource& source, std::size_t ro
   }
 }
 
+// Header, palette and packed rows; the rows may be missing. False after an error.
+bool writeDotImageParts(int descriptor, unsigned long width, unsigned long height,
+                        unsigned short bitsPerPixel, const std::uint8_t* rows,
+                        std::size_t rowsBytes) {
+  const auto header = bmpHeader(width, height, bitsPerPixel);
+  std::array<iovec, 3> parts = {
+      part(header.data(), header.size()),
+      part(kDotPalette.data(), bitsPerPixel == 1 ? kDotPalette.size() : 0), part(rows, rowsBytes)};
+  return writeAll(descriptor, parts.data(), 3);
+}
+
 void writeDotImage(int descriptor, const ImageSource& source, unsigned short bitsPerPixel,
                    PageMemory& rows) {
-  const auto header = bmpHeader(source.width, source.height, bitsPerPixel);
   const auto rowBytes = static_cast<std::size_t>(bmpRowBytes(source.width, bitsPerPixel));
   const bool hasRows = rows.resize(source.height * rowBytes);
   for (unsigned long row = 0; hasRows && row < source.height; ++row) {
     packPixels(fileRow(source, row), source.bytesPerLine, rows.data() + row * rowBytes, rowBytes);
   }
-  std::array<iovec, 3> parts = {
-      part(header.data(), header.size()),
-      part(kDotPalette.data(), bitsPerPixel == 1 ? kDotPalette.size() : 0),
-      part(rows.data(), hasRows ? source.height * rowBytes : 0)};
-  if (writeAll(descriptor, parts.data(), 3) && !hasRows) {
-    writeRowsOneByOne(descriptor, source, rowBytes);
+  const bool isWritten = writeDotImageParts(descriptor, source.width, source.height, bitsPerPixel,
+                                            rows.data(), hasRows ? source.height * rowBytes : 0);
+  if (isWritten && !hasRows) writeRowsOneByOne(descriptor, source, rowBytes);
+}
+
+// Turns band `index` into the rows of the file that it fills, the bottom row of the page first.
+// `rows` has `rowBytes` bytes for each row of the band, for its bottom row first.
+void unpackBand(const DotBands& bands, std::size_t index, std::size_t rowBytes,
+                std::uint8_t* rows) {
+  const std::size_t count = bands.rowsOfBand(index);
+  const std::size_t used = (bands.width() + 7) / 8;
+  std::array<std::uint8_t*, kRowsPerBand> bits = {};
+  for (std::size_t row = 0; row < count; ++row) {
+    bits[row] = rows + (count - 1 - row) * rowBytes;
+    std::memset(bits[row] + used, 0, rowBytes - used);
   }
+  unpackColumns(bands.band(index), bands.width(), count, bits);
 }
 
 }  // namespace
@@ -163,6 +183,23 @@ void writeImage(int descriptor, const ImageSource& source, unsigned short bitsPe
     writeGreyImage(descriptor, source);
   } else {
     writeDotImage(descriptor, source, bitsPerPixel, rows);
+  }
+}
+
+void writeBandImage(int descriptor, const DotBands& bands, PageMemory& rows) {
+  const auto rowBytes = static_cast<std::size_t>(bmpRowBytes(bands.width(), 1));
+  const bool hasRows = rows.resize(bands.rows() * rowBytes);
+  std::size_t done = 0;
+  for (std::size_t i = bands.bandCount(); hasRows && i-- > 0; done += bands.rowsOfBand(i)) {
+    unpackBand(bands, i, rowBytes, rows.data() + done * rowBytes);
+  }
+  const bool isWritten = writeDotImageParts(descriptor, bands.width(), bands.rows(), 1, rows.data(),
+                                            hasRows ? done * rowBytes : 0);
+  if (!isWritten || hasRows || !rows.resize(kRowsPerBand * rowBytes)) return;
+  for (std::size_t i = bands.bandCount(); i-- > 0;) {
+    unpackBand(bands, i, rowBytes, rows.data());
+    iovec piece = part(rows.data(), bands.rowsOfBand(i) * rowBytes);
+    if (!writeAll(descriptor, &piece, 1)) return;
   }
 }
 

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "printer/dot_bands.h"
 #include "printer/page_memory.h"
 
 namespace wren::printer {
@@ -39,5 +40,8 @@ std::array<std::uint8_t, kBmpHeaderBytes> bmpHeader(unsigned long width, unsigne
 ///   is lost. If it cannot grow, the rows are written one at a time.
 void writeImage(int descriptor, const ImageSource& source, unsigned short bitsPerPixel,
                 PageMemory& rows);
+
+/// Writes a page of packed dots as the 1-bit image that `writeImage` writes for the same dots.
+void writeBandImage(int descriptor, const DotBands& bands, PageMemory& rows);
 
 }  // namespace wren::printer

@@ -5,6 +5,10 @@
 
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
+#include "printer/dot_bands.h"
 #include "printer/wren_printer.h"
 
 class DotMatrixEpPrinter : public WrenPrinter {
@@ -20,4 +24,20 @@ class DotMatrixEpPrinter : public WrenPrinter {
   /// bands once the job is cancelled. Throws std::bad_alloc between two commands.
   void doPrintImage(const unsigned char* data, unsigned long bytesPerLine, unsigned long height,
                     unsigned long width) override;
+
+ protected:
+  /// Writes the same commands for a page that is packed already.
+  void writeBands(const wren::printer::DotBands& bands);
+
+ private:
+  std::size_t columnsOf(unsigned long width) const { return width - getSkipRightPixels(); }
+  void writeStart();
+  void writeBand(const std::uint8_t* columns, std::size_t count, std::size_t rows);
+};
+
+/// The printer of a job: takes its pages packed, so that a page needs no byte for each dot.
+class BandPrinter final : public DotMatrixEpPrinter {
+ protected:
+  bool takesBands() const override { return true; }
+  void printBands(const wren::printer::DotBands& bands) override { writeBands(bands); }
 };

@@ -183,4 +183,18 @@ bool makePageDots(const DotOptions& options, const GreyPage& page, std::uint8_t*
   return true;
 }
 
+bool canMakeDotRows(const DotOptions& options, const GreyPage& page) {
+  return page.levels != nullptr && hasPrintableSize(page.width, page.height) &&
+         page.strideBytes == page.width && !options.stencil;
+}
+
+void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
+                 CancelCheck /*cancel*/) {
+  ToneTable tone;
+  dither::Page job = ditherPageOf(options, page, ring.rows, tone);
+  job.dotRows = kDotRingRows;
+  job.finished = ring.finished;
+  while (!dither::ditherPage(options.method, job)) askForMemory();
+}
+
 }  // namespace wren::printer

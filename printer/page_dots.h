@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "common/cancel_check.h"
+#include "common/finished_rows.h"
 
 namespace wren::printer {
 
@@ -50,5 +51,23 @@ constexpr bool hasPrintableSize(std::uint32_t width, std::uint32_t height) {
 /// Out of memory: calls the new-handler, or throws std::bad_alloc.
 bool makePageDots(const DotOptions& options, const GreyPage& page, std::uint8_t* out,
                   CancelCheck cancel);
+
+/// A ring of rows of dots, not owned: row y of a page goes to place y % `kDotRingRows`.
+struct DotRing {
+  std::uint8_t* rows = nullptr;  ///< `kDotRingRows` rows of `width` bytes.
+  FinishedRows finished;         ///< Takes the rows, in groups of at most 8.
+};
+
+/// Rows of a `DotRing`.
+inline constexpr std::size_t kDotRingRows = 48;
+
+/// Whether `makeDotRows` can make the dots of a page: its rows have no padding, and the method
+/// needs no copy of the page.
+bool canMakeDotRows(const DotOptions& options, const GreyPage& page);
+
+/// Makes the same dots as `makePageDots`, for a page for which `canMakeDotRows`, a few rows at
+/// a time.
+void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
+                 CancelCheck cancel);
 
 }  // namespace wren::printer

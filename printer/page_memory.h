@@ -41,7 +41,7 @@ class PageMemory {
     capacity_ = bytes;
     return bytes_ != nullptr;
   }
-  std::uint8_t* data() { return bytes_.get(); }
+  std::uint8_t* data() const { return bytes_.get(); }
 
  private:
   Allocate allocate_;

@@ -76,7 +76,7 @@ wren::printer::DotOptions dotOptionsOf(const WrenPrinter& printer, DitherType ty
   options.contrast = printer.getContrast();
   options.rotate180 = printer.isRotate180Print();
   options.mirror = printer.isMirrorPrint();
-  options.stencil = printer.getUseQVDithering();
+  options.stencil = printer.getHalftoneType() == QVDithering;
   // Printed output depends on the value being the method number, although most names are those
   // of another method: `Ordered` runs Burkes, `Burkes` runs Stucki, and so on.
   options.method = type;
@@ -104,33 +104,57 @@ void WrenPrinter::printImage(const unsigned char* data, unsigned long bytesPerLi
   const BlankEdges edges = measureBlankEdges(*this, data, bytesPerLine, height, width);
   if (isCancelled()) return;
   savePageImage(kOriginImageName, data, bytesPerLine, height, width, 8);
-  BorrowedPage dots(dotsPage_);
-  if (!dots.resize(bytesPerLine * height) || isCancelled()) return;
-  clearRowTails(dots.data(), bytesPerLine, height, width);
-  PageProcess(halftoneType_, data, static_cast<int>(bytesPerLine), static_cast<int>(width),
-              static_cast<int>(height), dots.data());
-  if (isCancelled()) return;
-  printDots(dots.data(), bytesPerLine, height, width, edges.top, edges.bottom);
+  const PrintedPage page = {data, bytesPerLine, height, width, edges.top, edges.bottom};
+  if (canPrintBands(page)) {
+    printPackedPage(page);
+  } else {
+    printBytePage(page);
+  }
 }
 
-// The counts of the page as received apply to the dots unchanged, rotated or not. Rows are
-// trimmed only if the content ends below its top: printed output depends on it.
-void WrenPrinter::printDots(const unsigned char* dots, unsigned long bytesPerLine,
-                            unsigned long height, unsigned long width, unsigned long topBlanks,
-                            unsigned long bottomBlanks) {
-  const unsigned char* p = dots;
-  unsigned long printedRows = height;
-  if (bottomBlanks > topBlanks) {
-    printedRows = bottomBlanks - topBlanks;
-    p += topBlanks * bytesPerLine;
+bool WrenPrinter::canPrintBands(const PrintedPage& page) const {
+  constexpr unsigned long kMaxSize = INT32_MAX;
+  return takesBands() && skipRightPixels_ < page.width && page.width <= kMaxSize &&
+         page.height <= kMaxSize && page.bytesPerLine == page.width &&
+         wren::printer::canMakeDotRows(dotOptionsOf(*this, halftoneType_), page.levels());
+}
+
+void WrenPrinter::printPackedPage(const PrintedPage& page) {
+  using namespace wren::printer;
+  if (!dotRows_.resize(kDotRingRows * page.width) || !bands_.resize(page.width, page.rows())) {
+    return;
   }
+  if (isCancelled()) return;
+  useQVDithering_ = halftoneType_ == QVDithering;
+  BandPacker packer(dotRows_.data(), kDotRingRows, page.firstRow(), bands_);
+  makeDotRows(dotOptionsOf(*this, halftoneType_), page.levels(),
+              {dotRows_.data(), packer.finishedRows()}, {asksCancel, this});
+  if (isCancelled()) return;
+  logPage(page, bands_.band(0));
+  saveBandImage(bands_);
+  if (!isCancelled()) printBands(bands_);
+}
+
+void WrenPrinter::printBytePage(const PrintedPage& page) {
+  BorrowedPage dots(dotsPage_);
+  if (!dots.resize(page.bytesPerLine * page.height) || isCancelled()) return;
+  clearRowTails(dots.data(), page.bytesPerLine, page.height, page.width);
+  PageProcess(halftoneType_, page.data, static_cast<int>(page.bytesPerLine),
+              static_cast<int>(page.width), static_cast<int>(page.height), dots.data());
+  if (isCancelled()) return;
+  const unsigned char* first = dots.data() + page.firstRow() * page.bytesPerLine;
+  logPage(page, first);
+  savePageImage(kDitheredImageName, first, page.bytesPerLine, page.rows(), page.width, 1);
+  if (!isCancelled()) doPrintImage(first, page.bytesPerLine, page.rows(), page.width);
+}
+
+void WrenPrinter::logPage(const PrintedPage& page, const unsigned char* dots) const {
   wrenLogCommon(0,
                 "printImage: p(%lu), width(%lu), height(%lu), w(%lu), topBlanks(%lu), "
                 "bottomBlanks(%lu), h_fixed(%lu)",
-                static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(p)), bytesPerLine,
-                height, width, topBlanks, bottomBlanks, printedRows);
-  savePageImage(kDitheredImageName, p, bytesPerLine, printedRows, width, 1);
-  if (!isCancelled()) doPrintImage(p, bytesPerLine, printedRows, width);
+                static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(dots)),
+                page.bytesPerLine, page.height, page.width, page.topBlanks, page.bottomBlanks,
+                page.rows());
 }
 
 long WrenPrinter::PageProcess(DitherType type, const unsigned char* data, int bytesPerLine,

@@ -49,19 +49,24 @@ bool WrenPrinter::setDebugImageFolder(std::string_view folder) {
   return fits;
 }
 
-void WrenPrinter::saveImage(const unsigned char* data, unsigned long bytesPerLine,
-                            unsigned long height, unsigned long width,
-                            unsigned short bitsPerPixel) {
-  if (!savesDebugImages()) return;
+wren::FileDescriptor WrenPrinter::openImageFile() {
   const std::time_t now = std::time(nullptr);
   std::tm when = {};
   localtime_r(&now, &when);
   const auto path = wren::printer::formatImagePath(imageFileFormat, when, imageCounter++);
-  const wren::FileDescriptor file = wren::openPrivateFile(path.text);
+  wren::FileDescriptor file = wren::openPrivateFile(path.text);
   if (!file) {
     wrenWriteMessage("WrenPrinter::saveImage: unable to open the file %s\n", path.text);
-    return;
   }
+  return file;
+}
+
+void WrenPrinter::saveImage(const unsigned char* data, unsigned long bytesPerLine,
+                            unsigned long height, unsigned long width,
+                            unsigned short bitsPerPixel) {
+  if (!savesDebugImages()) return;
+  const wren::FileDescriptor file = openImageFile();
+  if (!file) return;
   wren::printer::writeImage(file.get(), {data, bytesPerLine, height, width}, bitsPerPixel,
                             imageRows_);
 }
@@ -72,6 +77,14 @@ void WrenPrinter::savePageImage(const char* name, const unsigned char* data,
   if (!savesDebugImages()) return;
   wren::printer::makeImageFormat(debugImageFolder_, name, imageFileFormat, sizeof imageFileFormat);
   saveImage(data, bytesPerLine, height, width, bitsPerPixel);
+}
+
+void WrenPrinter::saveBandImage(const wren::printer::DotBands& bands) {
+  if (!savesDebugImages()) return;
+  wren::printer::makeImageFormat(debugImageFolder_, kDitheredImageName, imageFileFormat,
+                                 sizeof imageFileFormat);
+  const wren::FileDescriptor file = openImageFile();
+  if (file) wren::printer::writeBandImage(file.get(), bands, imageRows_);
 }
 
 void WrenPrinter::setBrightness(int value) {

@@ -18,6 +18,9 @@
 
 #include "common/cancel_check.h"
 #include "common/halftone_type.h"
+#include "common/handles.h"
+#include "printer/dot_bands.h"
+#include "printer/page_dots.h"
 #include "printer/page_memory.h"
 
 class WrenPrinter {
@@ -158,16 +161,50 @@ class WrenPrinter {
       ;
 
  protected:
+  /// Whether `printImage` may pass a page to `printBands` instead of doPrintImage. It does so
+  /// if the rows of the page have no padding and nothing has to be laid out first.
+  virtual bool takesBands() const {
+    return false;
+  }
+
+  /// Writes a page of packed dots as printer commands, those that doPrintImage writes for the
+  /// same dots. At least one pixel of a row is not skipped on the right.
+  virtual void printBands(const wren::printer::DotBands& /*bands*/) {}
+
   static constexpr std::size_t kImageFileFormatSize = 1024;
 
   /// The printf template of the next debug image's path.
   char imageFileFormat[kImageFileFormatSize] = {};
 
  private:
+  // A page and its blank edges. Printed output depends on two things: the counts of the page as
+  // received apply to the dots unchanged, rotated or not, and rows are trimmed only if the
+  // content ends below its top.
+  struct PrintedPage {
+    const unsigned char* data;
+    unsigned long bytesPerLine;
+    unsigned long height;
+    unsigned long width;
+    unsigned long topBlanks;
+    unsigned long bottomBlanks;
+
+    wren::printer::GreyPage levels() const {
+      return {data, bytesPerLine, static_cast<std::uint32_t>(width),
+              static_cast<std::uint32_t>(height)};
+    }
+    bool isTrimmed() const { return bottomBlanks > topBlanks; }
+    unsigned long firstRow() const { return isTrimmed() ? topBlanks : 0; }
+    unsigned long rows() const { return isTrimmed() ? bottomBlanks - topBlanks : height; }
+  };
+
+  wren::FileDescriptor openImageFile();
   void savePageImage(const char* name, const unsigned char* data, unsigned long bytesPerLine,
                      unsigned long height, unsigned long width, unsigned short bitsPerPixel);
-  void printDots(const unsigned char* dots, unsigned long bytesPerLine, unsigned long height,
-                 unsigned long width, unsigned long topBlanks, unsigned long bottomBlanks);
+  void saveBandImage(const wren::printer::DotBands& bands);
+  bool canPrintBands(const PrintedPage& page) const;
+  void printPackedPage(const PrintedPage& page);
+  void printBytePage(const PrintedPage& page);
+  void logPage(const PrintedPage& page, const unsigned char* dots) const;
 
   std::list<FILE*> outputStreams_;
   cups_page_header2_s* pageHeader_ = nullptr;
@@ -190,5 +227,7 @@ class WrenPrinter {
   wren::CancelCheck cancelCheck_;
   std::string debugImageFolder_;
   wren::printer::PageMemory dotsPage_;
+  wren::printer::PageMemory dotRows_;
+  wren::printer::DotBands bands_;
   wren::printer::PageMemory imageRows_;
 };

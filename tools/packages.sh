@@ -7,7 +7,7 @@
 # Debian packages by purpose. The keys are the arguments of need().
 declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
-           libpng-dev libcli11-dev nlohmann-json3-dev"
+           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [picture]="imagemagick fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git"
@@ -21,7 +21,7 @@ declare -rA DEBIAN_PACKAGES=(
 
 # The same by Homebrew's names. macOS already has CUPS.
 declare -rA BREW_PACKAGES=(
-  [build]="cmake ninja libpng cli11 nlohmann-json pkg-config"
+  [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json"
   [chain]="ghostscript poppler"
   [picture]="imagemagick"
   [test]="googletest imagemagick zbar git"

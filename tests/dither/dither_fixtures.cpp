@@ -5,20 +5,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 
 #include "dither/dither_page.h"
-#include "dither/error_diffusion_scalar.h"
-#include "dither/error_diffusion_wavefront.h"
 #include "dither/methods.h"
 #include "tests/reference/cximage.h"
 #include "tests/support/same_bytes.h"
+#include "tests/support/vector_levels.h"
 
 namespace wren_test {
 
 namespace {
 
 using wren::dither::kMethods;
-using wren::dither::LevelRows;
 using wren::dither::Page;
 
 std::string nameOf(const Sample& sample, int method) {
@@ -88,20 +87,58 @@ SampleBuffers::SampleBuffers(const Sample& sample)
   page_.inverted = sample.inverted;
 }
 
+namespace {
+
+// Copies finished rows from a ring to the page, 8 at a time, and ruins them in the ring: its
+// owner may do what it likes with rows that it has taken.
+struct RingReader {
+  const Page& page;
+  Bytes ring;
+  std::size_t taken = 0;
+
+  explicit RingReader(const Page& target) : page(target), ring(Page::kMinDotRows * page.width) {}
+
+  std::uint8_t* place(std::size_t y) { return ring.data() + y % Page::kMinDotRows * page.width; }
+
+  static void take(void* context, std::size_t rows) {
+    auto* self = static_cast<RingReader*>(context);
+    const bool isLast = rows == self->page.height;
+    for (; self->taken + (isLast ? 1 : 8) <= rows; ++self->taken) {
+      std::uint8_t* dots =
+          self->page.dots + static_cast<std::ptrdiff_t>(self->taken) * self->page.dotStrideBytes;
+      std::copy_n(self->place(self->taken), self->page.width, dots);
+      std::fill_n(self->place(self->taken), self->page.width, kUntouched);
+    }
+  }
+};
+
+bool ditherThroughRing(int method, const Page& page) {
+  RingReader reader(page);
+  Page job = page;
+  job.dots = reader.ring.data();
+  job.dotStrideBytes = static_cast<std::ptrdiff_t>(page.width);
+  job.dotRows = Page::kMinDotRows;
+  job.finished = {RingReader::take, &reader};
+  return wren::dither::ditherPage(method, job) && reader.taken == page.height;
+}
+
+}  // namespace
+
 std::vector<Kernel> kernelsOf(int method) {
-  const auto index = static_cast<std::size_t>(method);
   std::vector<Kernel> kernels;
-  kernels.push_back(
-      {"ditherPage", [=](const Page& page) { return wren::dither::ditherPage(method, page); }});
-  const auto* diffusion = kMethods[index].diffusion;
-  if (diffusion == nullptr) return kernels;
-  kernels.push_back({"scalar", [=](const Page& page) {
-                       return wren::dither::diffuseScalar(*diffusion, LevelRows(page));
-                     }});
-  const auto diffuseVector = wren::dither::wavefrontKernel(index);
-  if (diffuseVector == nullptr) return kernels;
-  kernels.push_back(
-      {"vector", [=](const Page& page) { return diffuseVector(LevelRows(page), nullptr); }});
+  for (const wren::VectorLevel level : wren::machineVectorLevels()) {
+    kernels.push_back({std::string(wren::vectorLevelName(level)), [=](const Page& page) {
+                         const AtVectorLevel at(level);
+                         return wren::dither::ditherPage(method, page);
+                       }});
+    kernels.push_back(
+        {std::string(wren::vectorLevelName(level)) + " through a ring", [=](const Page& page) {
+           const AtVectorLevel at(level);
+           const bool isInPlace = page.levels == page.dots;
+           return isInPlace || page.width == 0 ? wren::dither::ditherPage(method, page)
+                                               : ditherThroughRing(method, page);
+         }});
+  }
   return kernels;
 }
 

@@ -61,8 +61,8 @@ struct Kernel {
   std::function<bool(const wren::dither::Page&)> run;
 };
 
-/// Every function that may dither a page by a method: `ditherPage`, and for error diffusion
-/// the scalar and the vector kernel.
+/// `ditherPage` by a method at every vector level of the machine, into a page and into a ring
+/// of rows.
 std::vector<Kernel> kernelsOf(int method);
 
 /// The number of methods, Floyd-Steinberg included.

@@ -17,11 +17,11 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "dither/byte_vector.h"
 #include "dither/error_diffusion_wavefront.h"
 #include "dither/methods.h"
 #include "tests/dither/dither_fixtures.h"
 #include "tests/support/same_bytes.h"
+#include "tests/support/vector_levels.h"
 
 namespace {
 
@@ -178,13 +178,15 @@ TEST(DitherPage, NeedsAsMuchMemoryForATallPageAsForAShortOne) {
   }
 }
 
-#ifdef WREN_HAS_BYTE_VECTORS
-TEST(WavefrontKernel, ExistsForEveryVectorisedMethod) {
-  for (std::size_t method = 0; method < kMethods.size(); ++method) {
-    EXPECT_EQ(wren::dither::wavefrontKernel(method) != nullptr, kMethods[method].isVectorised)
-        << method;
+TEST(WavefrontKernel, ExistsForEveryVectorisedMethodAtEveryVectorLevel) {
+  for (const wren::VectorLevel level : wren::machineVectorLevels()) {
+    const AtVectorLevel at(level);
+    for (std::size_t method = 0; method < kMethods.size(); ++method) {
+      const bool isVector = level != wren::VectorLevel::kScalar && kMethods[method].isVectorised;
+      EXPECT_EQ(wren::dither::wavefrontKernel(method) != nullptr, isVector)
+          << method << " at " << wren::vectorLevelName(level);
+    }
   }
 }
-#endif
 
 }  // namespace

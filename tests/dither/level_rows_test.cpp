@@ -10,6 +10,7 @@
 
 #include "tests/dither/dither_fixtures.h"
 #include "tests/support/same_bytes.h"
+#include "tests/support/vector_levels.h"
 
 namespace {
 
@@ -66,7 +67,9 @@ void expectRows(const Sample& sample) {
   }
 }
 
-TEST(LevelRows, AreTonedMirroredAndTakenFromEitherEndAtEveryWidth) {
+class LevelRowsAtLevel : public VectorLevelTest {};
+
+TEST_P(LevelRowsAtLevel, AreTonedMirroredAndTakenFromEitherEndAtEveryWidth) {
   Random random(1);
   for (const ToneCurve& tone : kToneCurves) {
     for (std::size_t width = 0; width <= 70; ++width) {
@@ -84,6 +87,8 @@ TEST(LevelRows, AreTonedMirroredAndTakenFromEitherEndAtEveryWidth) {
   }
 }
 
+INSTANTIATE_TEST_SUITE_P(Levels, LevelRowsAtLevel, everyVectorLevel(), vectorLevelTestName);
+
 TEST(LevelRows, ReadRowsThatNeedNoChangeWhereTheyAre) {
   Random random(2);
   const SampleBuffers buffers(makeSample(random, Content::kNoise, 20, 2));
@@ -95,6 +100,17 @@ TEST(LevelRows, AreCopiedToTheDotsOnRequest) {
   Random random(3);
   const SampleBuffers buffers(makeSample(random, Content::kNoise, 20, 2));
   EXPECT_EQ(LevelRows(buffers.page()).levelsInPlace(1), buffers.page().dots + 20);
+}
+
+TEST(LevelRows, ReuseTheirPlacesInARing) {
+  Random random(4);
+  const SampleBuffers buffers(makeSample(random, Content::kNoise, 20, 60));
+  wren::dither::Page page = buffers.page();
+  page.dotRows = 48;
+  const LevelRows rows(page);
+  EXPECT_EQ(rows.dots(47), page.dots + 47 * 20);
+  EXPECT_EQ(rows.dots(48), page.dots);
+  EXPECT_EQ(rows.levelsInPlace(59), page.dots + 11 * 20);
 }
 
 TEST(LevelRows, FlipDotsOfAnInvertedPage) {

@@ -53,13 +53,16 @@ void expectLikeTheReference(const PageOptions& options, const TestPage& page) {
   SCOPED_TRACE(describe(options, page));
   const auto expected = reference::printImage(options, page.pixels.data(), page.bytesPerLine,
                                               page.height, page.width);
-  const auto printed = printWithProduct(options, page);
-  EXPECT_TRUE(sameBytes(reference::bytesOf(expected.commands), printed.bytes));
-  EXPECT_EQ(printed.log, expected.log);
-  ASSERT_EQ(printed.dumps.size(), expected.dumps.size());
-  for (std::size_t i = 0; i < printed.dumps.size(); ++i) {
-    EXPECT_EQ(printed.dumps[i].kind, expected.dumps[i].kind);
-    EXPECT_TRUE(sameBytes(expected.dumps[i].bytes, printed.dumps[i].bytes));
+  for (const bool packed : {false, true}) {
+    SCOPED_TRACE(packed ? "packed" : "bytes");
+    const auto printed = printWithProduct(options, page, packed);
+    EXPECT_TRUE(sameBytes(reference::bytesOf(expected.commands), printed.bytes));
+    EXPECT_EQ(printed.log, expected.log);
+    ASSERT_EQ(printed.dumps.size(), expected.dumps.size());
+    for (std::size_t i = 0; i < printed.dumps.size(); ++i) {
+      EXPECT_EQ(printed.dumps[i].kind, expected.dumps[i].kind);
+      EXPECT_TRUE(sameBytes(expected.dumps[i].bytes, printed.dumps[i].bytes));
+    }
   }
 }
 

@@ -21,9 +21,11 @@ void append(void* messages, const char* text, std::size_t length) {
 
 }  // namespace
 
-PageOutput printWithProduct(const reference::PageOptions& options, const TestPage& page) {
+PageOutput printWithProduct(const reference::PageOptions& options, const TestPage& page,
+                            bool packed) {
   const TemporaryFolder folder;
   RecordingPrinter printer(folder.path());
+  if (packed) printer.takePackedPages();
   printer.header.HWResolution[0] = options.hwResolutionX;
   applyOptions(options, printer);
   std::string messages;

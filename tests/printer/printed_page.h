@@ -22,6 +22,8 @@ struct PageOutput {
 
 /// Prints the page. The debug images go to a folder of this call. Ends the test program if that
 /// folder cannot be used.
-PageOutput printWithProduct(const reference::PageOptions& options, const TestPage& page);
+/// @param packed whether the printer takes its pages packed, as that of a job does.
+PageOutput printWithProduct(const reference::PageOptions& options, const TestPage& page,
+                            bool packed = false);
 
 }  // namespace wren_test

@@ -40,6 +40,9 @@ class RecordingPrinter : public DotMatrixEpPrinter {
     setDebugImageFolder(imageFolder);
     getOutputStreams() = {output_.stream()};
   }
+  /// Takes pages packed, as the printer of a job does.
+  void takePackedPages() { takesBands_ = true; }
+
   std::string bytes() { return output_.bytes(); }
   std::string imageFormat() const { return imageFileFormat; }
   void setImageFormat(const std::string& format) {
@@ -48,7 +51,12 @@ class RecordingPrinter : public DotMatrixEpPrinter {
 
   cups_page_header2_s header = {};
 
+ protected:
+  bool takesBands() const override { return takesBands_; }
+  void printBands(const wren::printer::DotBands& bands) override { writeBands(bands); }
+
  private:
+  bool takesBands_ = false;
   CaptureFile output_;
 };
 
