@@ -8,11 +8,13 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "common/handles.h"
 #include "escpos/reader.h"
 #include "preview/job_picture.h"
+#include "preview/json_report.h"
 #include "preview/message.h"
 
 namespace wren::preview {
@@ -52,12 +54,20 @@ bool readStream(std::FILE* input, escpos::Reader& reader) {
   return readable;
 }
 
-// True if every picture was written.
-bool reportPictures(const WrittenPictures& written) {
+// What to do with each command.
+escpos::Decoder::Sink listing(const Options& options, std::optional<JsonReport>& json) {
+  if (!options.list) return {};
+  if (json.has_value()) return [&json](const escpos::Command& c) { json->addCommand(c); };
+  return [](const escpos::Command& c) { std::puts(escpos::listingLine(c).c_str()); };
+}
+
+void printPictures(const WrittenPictures& written) {
   for (const std::string& file : written.files) std::printf("%s\n", file.c_str());
+}
+
+void printPictureErrors(const WrittenPictures& written) {
   for (const std::string& error : written.errors) printMessage(error);
   if (written.files.empty() && written.errors.empty()) printMessage("no paper was fed, no picture");
-  return written.errors.empty();
 }
 
 }  // namespace
@@ -73,20 +83,24 @@ int runFile(const Options& options) {
     printMessage(options.input + ": the picture would replace its input, name another with -o");
     return 1;
   }
-  escpos::Decoder::Sink listing;
-  if (options.list) {
-    listing = [](const escpos::Command& c) { std::puts(escpos::listingLine(c).c_str()); };
-  }
-  escpos::Reader reader(paperLimits(options), listing);
+  std::optional<JsonReport> json;
+  if (options.json) json.emplace(stdout, options);
+  escpos::Reader reader(paperLimits(options), listing(options, json));
   const bool wasRead = readStream(input, reader);
   if (!wasRead) printMessage(options.input + ": cannot be read to its end");
   printProblems(reader.printer(), options.input);
-  std::printf("%s: %s\n", options.input.c_str(), summary(reader, options.style.dpi).c_str());
-  const bool wasWritten =
-      reportPictures(writePictures(reader.printer().paper(), options, outputName(options)));
+  const WrittenPictures written =
+      writePictures(reader.printer().paper(), options, outputName(options));
+  if (json.has_value()) {
+    json->finish(reader, written);
+  } else {
+    std::printf("%s: %s\n", options.input.c_str(), summary(reader, options.style.dpi).c_str());
+    printPictures(written);
+  }
+  printPictureErrors(written);
   const bool wasShown = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
   const bool isSound = reader.printer().totals().problems == 0;
-  return wasRead && wasWritten && wasShown && isSound ? 0 : 1;
+  return wasRead && written.errors.empty() && wasShown && isSound ? 0 : 1;
 }
 
 }  // namespace wren::preview

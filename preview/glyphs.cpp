@@ -3,72 +3,16 @@
 
 #include "preview/glyphs.h"
 
-#include <array>
-#include <cstdint>
-
 namespace wren::preview {
-namespace {
-
-// Each row holds five pixels; bit 4 is the left one.
-struct Glyph {
-  char letter;
-  std::array<std::uint8_t, kGlyphRows> rows;
-};
-
-constexpr std::array<Glyph, 36> kGlyphs = {{
-    {'0', {0b01110, 0b10001, 0b10011, 0b10101, 0b11001, 0b10001, 0b01110}},
-    {'1', {0b00100, 0b01100, 0b00100, 0b00100, 0b00100, 0b00100, 0b01110}},
-    {'2', {0b01110, 0b10001, 0b00001, 0b00110, 0b01000, 0b10000, 0b11111}},
-    {'3', {0b11111, 0b00010, 0b00100, 0b00010, 0b00001, 0b10001, 0b01110}},
-    {'4', {0b00010, 0b00110, 0b01010, 0b10010, 0b11111, 0b00010, 0b00010}},
-    {'5', {0b11111, 0b10000, 0b11110, 0b00001, 0b00001, 0b10001, 0b01110}},
-    {'6', {0b00110, 0b01000, 0b10000, 0b11110, 0b10001, 0b10001, 0b01110}},
-    {'7', {0b11111, 0b00001, 0b00010, 0b00100, 0b01000, 0b01000, 0b01000}},
-    {'8', {0b01110, 0b10001, 0b10001, 0b01110, 0b10001, 0b10001, 0b01110}},
-    {'9', {0b01110, 0b10001, 0b10001, 0b01111, 0b00001, 0b00010, 0b01100}},
-    {'a', {0b00000, 0b00000, 0b01110, 0b00001, 0b01111, 0b10001, 0b01111}},
-    {'b', {0b10000, 0b10000, 0b11110, 0b10001, 0b10001, 0b10001, 0b11110}},
-    {'c', {0b00000, 0b00000, 0b01110, 0b10001, 0b10000, 0b10001, 0b01110}},
-    {'d', {0b00001, 0b00001, 0b01111, 0b10001, 0b10001, 0b10001, 0b01111}},
-    {'e', {0b00000, 0b00000, 0b01110, 0b10001, 0b11111, 0b10000, 0b01110}},
-    {'f', {0b00110, 0b01001, 0b01000, 0b11100, 0b01000, 0b01000, 0b01000}},
-    {'g', {0b00000, 0b00000, 0b01111, 0b10001, 0b01111, 0b00001, 0b01110}},
-    {'h', {0b10000, 0b10000, 0b10110, 0b11001, 0b10001, 0b10001, 0b10001}},
-    {'i', {0b00100, 0b00000, 0b01100, 0b00100, 0b00100, 0b00100, 0b01110}},
-    {'j', {0b00010, 0b00000, 0b00110, 0b00010, 0b00010, 0b10010, 0b01100}},
-    {'k', {0b10000, 0b10000, 0b10010, 0b10100, 0b11000, 0b10100, 0b10010}},
-    {'l', {0b01100, 0b00100, 0b00100, 0b00100, 0b00100, 0b00100, 0b01110}},
-    {'m', {0b00000, 0b00000, 0b11010, 0b10101, 0b10101, 0b10001, 0b10001}},
-    {'n', {0b00000, 0b00000, 0b10110, 0b11001, 0b10001, 0b10001, 0b10001}},
-    {'o', {0b00000, 0b00000, 0b01110, 0b10001, 0b10001, 0b10001, 0b01110}},
-    {'p', {0b00000, 0b00000, 0b11110, 0b10001, 0b11110, 0b10000, 0b10000}},
-    {'q', {0b00000, 0b00000, 0b01111, 0b10001, 0b01111, 0b00001, 0b00001}},
-    {'r', {0b00000, 0b00000, 0b10110, 0b11001, 0b10000, 0b10000, 0b10000}},
-    {'s', {0b00000, 0b00000, 0b01110, 0b10000, 0b01110, 0b00001, 0b11110}},
-    {'t', {0b01000, 0b01000, 0b11100, 0b01000, 0b01000, 0b01001, 0b00110}},
-    {'u', {0b00000, 0b00000, 0b10001, 0b10001, 0b10001, 0b10011, 0b01101}},
-    {'v', {0b00000, 0b00000, 0b10001, 0b10001, 0b10001, 0b01010, 0b00100}},
-    {'w', {0b00000, 0b00000, 0b10001, 0b10001, 0b10101, 0b10101, 0b01010}},
-    {'x', {0b00000, 0b00000, 0b10001, 0b01010, 0b00100, 0b01010, 0b10001}},
-    {'y', {0b00000, 0b00000, 0b10001, 0b10001, 0b01111, 0b00001, 0b01110}},
-    {'z', {0b00000, 0b00000, 0b11111, 0b00010, 0b00100, 0b01000, 0b11111}},
-}};
-
-const Glyph* glyphOf(char letter) {
-  for (const Glyph& glyph : kGlyphs) {
-    if (glyph.letter == letter) return &glyph;
-  }
-  return nullptr;
-}
-
-}  // namespace
 
 bool textPixel(std::string_view text, unsigned column, unsigned row) {
   const unsigned index = column / kGlyphAdvance;
-  const unsigned glyphColumn = column % kGlyphAdvance;
-  if (index >= text.size() || glyphColumn >= kGlyphColumns || row >= kGlyphRows) return false;
-  const Glyph* glyph = glyphOf(text[index]);
-  return glyph != nullptr && ((glyph->rows[row] >> (kGlyphColumns - 1 - glyphColumn)) & 1) != 0;
+  if (index >= text.size() || row >= kGlyphRows) return false;
+  const char letter = text[index];
+  if (letter < kFirstGlyph || letter > kLastGlyph) return false;
+  const auto glyph = static_cast<std::size_t>(letter - kFirstGlyph);
+  const unsigned bit = kGlyphColumns - 1 - column % kGlyphAdvance;
+  return ((kGlyphs[glyph][row] >> bit) & 1) != 0;
 }
 
 }  // namespace wren::preview

@@ -21,7 +21,7 @@ std::string numberedName(const std::string& path, std::size_t number) {
 
 void writeOne(const escpos::Paper& paper, const escpos::Piece& piece, const PictureStyle& style,
               const std::string& path, WrittenPictures& written) {
-  Picture picture(paper, piece, style);
+  PaperPicture picture(paper, piece, style);
   const std::string error = writePng(picture, path);
   if (error.empty()) {
     written.files.push_back(path);

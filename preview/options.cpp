@@ -15,6 +15,8 @@ void addPictureOptions(CLI::App& app, Options& options) {
   app.add_flag("--marks", options.style.marks,
                "Show a scale in mm, cuts, drawer pulses and beeps in the margin");
   app.add_flag("--list", options.list, "Print every command with its offset and meaning");
+  app.add_flag("--json", options.json,
+               "Report as a JSON document; with --list, with every command");
   app.add_flag("--split", options.split, "Write one picture per page or cut piece");
   app.add_option("--dpi", options.style.dpi, "Dots per inch of the printer")
       ->check(CLI::Range(50, 2400))
@@ -33,7 +35,8 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
                      ->type_name("[HOST:]PORT")
                      ->excludes(file)
                      ->excludes("--output")
-                     ->excludes("--list");
+                     ->excludes("--list")
+                     ->excludes("--json");
   app.add_option("--directory", options.directory, "Existing directory for received jobs")
       ->needs(listen)
       ->check(CLI::ExistingDirectory)

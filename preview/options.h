@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "preview/picture.h"
+#include "preview/paper_picture.h"
 
 namespace wren::preview {
 
@@ -17,6 +17,7 @@ struct Options {
   std::string input = "-";  ///< a file, or "-" for standard input
   std::string output;       ///< picture to write; empty: named after the input
   bool list = false;        ///< print every command
+  bool json = false;        ///< report as a JSON document
   bool split = false;       ///< one picture per page or cut piece
   PictureStyle style;
   unsigned maxLengthMm = 80000;  ///< length of the paper

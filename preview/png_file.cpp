@@ -41,63 +41,112 @@ class PngWriter {
   png_infop info_;
 };
 
-int bitDepth(const Picture& picture) {
-  return picture.inkCount() <= 2 ? 1 : 4;
+// What is written: the format and one row after the other.
+class RowSource {
+ public:
+  virtual ~RowSource() = default;
+  virtual std::uint64_t width() const = 0;
+  virtual std::uint64_t height() const = 0;
+  virtual void writeFormat(const PngWriter& writer) const = 0;
+  /// The pixels of row `y`, a byte each; valid until the next call.
+  virtual const std::uint8_t* row(std::uint64_t y) = 0;
+};
+
+void writeSize(const PngWriter& writer, const RowSource& source, int bitDepth, int colourType) {
+  png_set_IHDR(writer.png(), writer.info(), static_cast<png_uint_32>(source.width()),
+               static_cast<png_uint_32>(source.height()), bitDepth, colourType, PNG_INTERLACE_NONE,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
 }
 
-void writeHeader(const PngWriter& writer, const Picture& picture) {
-  // The default limit of libpng is a million rows; a roll of paper can exceed it.
-  png_set_user_limits(writer.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-  png_set_IHDR(writer.png(), writer.info(), picture.width(),
-               static_cast<png_uint_32>(picture.height()), bitDepth(picture),
-               PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-               PNG_FILTER_TYPE_DEFAULT);
-  png_color palette[kInkCount];
-  for (std::size_t i = 0; i < kInkCount; ++i) {
-    palette[i] = {kInkColours[i].red, kInkColours[i].green, kInkColours[i].blue};
+class PaperRows final : public RowSource {
+ public:
+  explicit PaperRows(PaperPicture& picture) : picture_(picture), row_(picture.width()) {}
+
+  std::uint64_t width() const override { return picture_.width(); }
+  std::uint64_t height() const override { return picture_.height(); }
+
+  void writeFormat(const PngWriter& writer) const override {
+    writeSize(writer, *this, picture_.inkCount() <= 2 ? 1 : 4, PNG_COLOR_TYPE_PALETTE);
+    png_color palette[kInkCount];
+    for (std::size_t i = 0; i < kInkCount; ++i) {
+      palette[i] = {kInkColours[i].red, kInkColours[i].green, kInkColours[i].blue};
+    }
+    png_set_PLTE(writer.png(), writer.info(), palette, static_cast<int>(picture_.inkCount()));
+    const png_uint_32 perMetre = (picture_.pixelsPerInch() * 10000 + 127) / 254;
+    png_set_pHYs(writer.png(), writer.info(), perMetre, perMetre, PNG_RESOLUTION_METER);
   }
-  png_set_PLTE(writer.png(), writer.info(), palette, static_cast<int>(picture.inkCount()));
-  const png_uint_32 perMetre = (picture.pixelsPerInch() * 10000 + 127) / 254;
-  png_set_pHYs(writer.png(), writer.info(), perMetre, perMetre, PNG_RESOLUTION_METER);
-  png_write_info(writer.png(), writer.info());
-  png_set_packing(writer.png());
-}
+
+  const std::uint8_t* row(std::uint64_t y) override {
+    picture_.paintRow(y, row_);
+    return row_.data();
+  }
+
+ private:
+  PaperPicture& picture_;
+  std::vector<std::uint8_t> row_;
+};
+
+class GreyRows final : public RowSource {
+ public:
+  explicit GreyRows(const Picture& picture) : picture_(picture) {}
+
+  std::uint64_t width() const override { return picture_.widthPx; }
+  std::uint64_t height() const override { return picture_.heightPx; }
+  void writeFormat(const PngWriter& writer) const override {
+    writeSize(writer, *this, 8, PNG_COLOR_TYPE_GRAY);
+  }
+  const std::uint8_t* row(std::uint64_t y) override {
+    return picture_.row(static_cast<std::uint32_t>(y));
+  }
+
+ private:
+  const Picture& picture_;
+};
 
 // An error in libpng jumps back to setjmp() and skips destructors, so this function has no local
 // variable that needs one.
-bool writeAll(const PngWriter& writer, Picture& picture, std::FILE* file,
-              std::vector<std::uint8_t>& row) {
+bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file) {
   if (setjmp(png_jmpbuf(writer.png())) != 0) return false;
   png_init_io(writer.png(), file);
-  writeHeader(writer, picture);
-  for (std::uint64_t y = 0; y < picture.height(); ++y) {
-    picture.paintRow(y, row);
-    png_write_row(writer.png(), row.data());
-  }
+  // The default limit of libpng is a million rows; a roll of paper can exceed it.
+  png_set_user_limits(writer.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+  source.writeFormat(writer);
+  png_write_info(writer.png(), writer.info());
+  png_set_packing(writer.png());
+  for (std::uint64_t y = 0; y < source.height(); ++y) png_write_row(writer.png(), source.row(y));
   png_write_end(writer.png(), nullptr);
   return true;
 }
 
-std::string writeTo(std::FILE* file, Picture& picture) {
-  if (picture.height() > PNG_UINT_31_MAX) return "the picture is too long for a PNG";
+std::string writeTo(std::FILE* file, RowSource& source) {
+  if (source.height() > PNG_UINT_31_MAX) return "the picture is too long for a PNG";
   std::string error;
   const PngWriter writer(&error);
   if (!writer.usable()) return "libpng cannot be set up";
-  std::vector<std::uint8_t> row(picture.width());
-  if (!writeAll(writer, picture, file, row)) return error;
+  if (!writeAll(writer, source, file)) return error;
   return {};
 }
 
-}  // namespace
-
-std::string writePng(Picture& picture, const std::string& path) {
+std::string writeRows(RowSource& source, const std::string& path) {
   FilePtr file(std::fopen(path.c_str(), "wb"));
   if (file == nullptr) return std::strerror(errno);
-  std::string error = writeTo(file.get(), picture);
+  std::string error = writeTo(file.get(), source);
   if (std::fclose(file.release()) != 0 && error.empty()) error = std::strerror(errno);
   std::error_code ignored;
   if (!error.empty() && std::filesystem::is_regular_file(path, ignored)) std::remove(path.c_str());
   return error;
+}
+
+}  // namespace
+
+std::string writePng(PaperPicture& picture, const std::string& path) {
+  PaperRows rows(picture);
+  return writeRows(rows, path);
+}
+
+std::string writePng(const Picture& picture, const std::string& path) {
+  GreyRows rows(picture);
+  return writeRows(rows, path);
 }
 
 }  // namespace wren::preview

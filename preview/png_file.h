@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "preview/paper_picture.h"
 #include "preview/picture.h"
 
 namespace wren::preview {
@@ -15,6 +16,9 @@ namespace wren::preview {
 /// the incomplete file is removed, unless `path` is a device or a pipe.
 /// @param picture must not be empty.
 /// @return the error message, or an empty string.
-std::string writePng(Picture& picture, const std::string& path);
+std::string writePng(PaperPicture& picture, const std::string& path);
+
+/// The same for a grey picture, which has no resolution.
+std::string writePng(const Picture& picture, const std::string& path);
 
 }  // namespace wren::preview

@@ -32,12 +32,13 @@ TEST(Options, DefaultToStandardInputAt203Dpi) {
 
 TEST(Options, AreTakenFromTheCommandLine) {
   const auto parsed = parse({"a.prn", "--marks", "--list", "--split", "--dpi", "180", "--scale",
-                             "3", "-o", "b.png", "--max-length", "500"});
+                             "3", "-o", "b.png", "--max-length", "500", "--json"});
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->input, "a.prn");
   EXPECT_EQ(parsed.options->output, "b.png");
   EXPECT_TRUE(parsed.options->style.marks);
   EXPECT_TRUE(parsed.options->list);
+  EXPECT_TRUE(parsed.options->json);
   EXPECT_TRUE(parsed.options->split);
   EXPECT_EQ(parsed.options->style.dpi, 180u);
   EXPECT_EQ(parsed.options->style.scale, 3u);
@@ -64,6 +65,7 @@ TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
                                                                  {"a", "b"},
                                                                  {"--nonsense"},
                                                                  {"--listen", "9100", "a.prn"},
+                                                                 {"--listen", "9100", "--json"},
                                                                  {"--max-seconds", "5"},
                                                                  {"--max-length", "-1"}}) {
     const auto parsed = parse(wrong);

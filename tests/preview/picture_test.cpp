@@ -5,135 +5,65 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-#include "escpos/reader.h"
-#include "preview/glyphs.h"
-#include "tests/escpos/printer_streams.h"
+#include <numeric>
 
 namespace wren::preview {
 namespace {
 
-using streams::bitImage;
-using streams::Bytes;
-using streams::feed;
-using streams::hex;
-using streams::operator+;
+using Pixels = std::vector<std::uint8_t>;
 
-std::vector<std::vector<std::uint8_t>> painted(Picture& picture) {
-  std::vector<std::vector<std::uint8_t>> rows(picture.height());
-  for (std::uint64_t y = 0; y < picture.height(); ++y) {
-    rows[y].resize(picture.width());
-    picture.paintRow(y, rows[y]);
-  }
-  return rows;
+TEST(Picture, IsCroppedToTheAreaThatLiesInIt) {
+  const Picture picture = {4, 3, {0, 1, 2, 3, 10, 11, 12, 13, 20, 21, 22, 23}};
+  const Picture part = cropped(picture, {1, 1, 2, 2});
+  EXPECT_EQ(part.widthPx, 2u);
+  EXPECT_EQ(part.heightPx, 2u);
+  EXPECT_EQ(part.pixels, (Pixels{11, 12, 21, 22}));
+  EXPECT_EQ(cropped(picture, {3, 1, 50, 50}).pixels, (Pixels{13, 23}));
+  EXPECT_EQ(cropped(picture, {4, 0, 1, 1}).pixels, Pixels{});
 }
 
-std::size_t countOf(const std::vector<std::vector<std::uint8_t>>& rows, Ink ink) {
-  std::size_t count = 0;
-  for (const auto& row : rows) count += std::count(row.begin(), row.end(), ink);
-  return count;
+struct ScaleCase {
+  Picture source;
+  Picture scaled;
+};
+
+class PictureScaledDown : public testing::TestWithParam<ScaleCase> {};
+
+TEST_P(PictureScaledDown, HasTheMeanOfTheCoveredArea) {
+  const auto& [source, expected] = GetParam();
+  const Picture scaled = scaledDown(source, expected.widthPx);
+  EXPECT_EQ(scaled.widthPx, expected.widthPx);
+  EXPECT_EQ(scaled.heightPx, expected.heightPx);
+  EXPECT_EQ(scaled.pixels, expected.pixels);
 }
 
-escpos::Paper paperOf(const Bytes& stream) {
-  return escpos::readAll(stream).paper;
+INSTANTIATE_TEST_SUITE_P(
+    Means, PictureScaledDown,
+    testing::Values(
+        // Whole pixels: (0 + 10 + 20 + 30) / 4 and (100 + 100 + 200 + 200) / 4.
+        ScaleCase{{4, 2, {0, 10, 100, 100, 20, 30, 200, 200}}, {2, 1, {15, 150}}},
+        // Shared pixels: (0 + 90 / 2) / 1.5 and (90 / 2 + 255) / 1.5.
+        ScaleCase{{3, 1, {0, 90, 255}}, {2, 1, {30, 200}}},
+        // In both directions, a quarter of the middle pixel belongs to each mean:
+        // (8 * 0 + 255 / 4) / 2.25 = 28.3.
+        ScaleCase{{3, 3, {0, 0, 0, 0, 255, 0, 0, 0, 0}}, {2, 2, {28, 28, 28, 28}}},
+        // 1.5 of 255 and 0 is 127.5, rounded up.
+        ScaleCase{{2, 2, {255, 0, 0, 255}}, {1, 1, {128}}},
+        // At least one row is left.
+        ScaleCase{{4, 1, {10, 20, 30, 40}}, {1, 1, {25}}}));
+
+TEST(Picture, IsNotScaledUp) {
+  const Picture picture = {2, 1, {1, 2}};
+  EXPECT_EQ(scaledDown(picture, 5).pixels, picture.pixels);
 }
 
-TEST(Picture, HasOnePixelForADot) {
-  const auto paper = paperOf(bitImage(1, hex("80 40 80 00 00 00 00 00 FF")) + feed(16));
-  Picture picture(paper, escpos::wholeStrip(paper), {});
-  EXPECT_EQ(picture.width(), 9u);
-  EXPECT_EQ(picture.height(), 8u);
-  EXPECT_EQ(picture.pixelsPerInch(), 203u);
-  EXPECT_EQ(picture.inkCount(), 2u);
-  const auto rows = painted(picture);
-  EXPECT_EQ(rows[0], (std::vector<std::uint8_t>{1, 0, 1, 0, 0, 0, 0, 0, 1}));
-  EXPECT_EQ(rows[1], (std::vector<std::uint8_t>{0, 1, 0, 0, 0, 0, 0, 0, 1}));
-}
-
-TEST(Picture, ScalesADotToASquareOfPixels) {
-  const auto paper = paperOf(bitImage(1, hex("80 00 00 00 00 00 00 80")) + feed(2));
-  Picture picture(paper, escpos::wholeStrip(paper), {203, 3, false});
-  EXPECT_EQ(picture.width(), 24u);
-  EXPECT_EQ(picture.height(), 3u);
-  EXPECT_EQ(picture.pixelsPerInch(), 609u);
-  const auto rows = painted(picture);
-  EXPECT_EQ(countOf(rows, kDot), 18u);
-  EXPECT_EQ(rows[2][2], kDot);
-  EXPECT_EQ(rows[2][3], kPaper);
-}
-
-TEST(Picture, IsEmptyWithoutPaper) {
-  const auto paper = paperOf({});
-  const Picture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
-  EXPECT_EQ(picture.width(), 0u);
-  EXPECT_EQ(picture.height(), 0u);
-}
-
-TEST(Picture, ShowsOnlyItsPiece) {
-  const auto paper = paperOf(bitImage(1, hex("FF")) + feed(16) + hex("1D5600") +
-                             bitImage(1, hex("01")) + feed(16));
-  const auto parts = escpos::pieces(paper);
-  ASSERT_EQ(parts.size(), 2u);
-  Picture second(paper, parts[1], {});
-  const auto rows = painted(second);
-  ASSERT_EQ(rows.size(), 8u);
-  EXPECT_EQ(countOf(rows, kDot), 1u);
-  EXPECT_EQ(rows[7][0], kDot);
-}
-
-// At 254 dpi a millimetre is ten rows.
-TEST(Marks, ScaleHasATickForEveryMillimetre) {
-  const auto paper = paperOf(feed(200) + feed(200) + feed(40));
-  Picture picture(paper, escpos::wholeStrip(paper), {254, 1, true});
-  const auto rows = painted(picture);
-  const auto before =
-      static_cast<std::size_t>(std::find(rows[1].begin(), rows[1].end(), kPaper) - rows[1].begin());
-  std::vector<std::size_t> ticks;
-  for (std::size_t y = 0; y < rows.size(); ++y) {
-    if (rows[y][before - 1] == kScale) ticks.push_back(y);
-  }
-  std::vector<std::size_t> expected;
-  for (std::size_t y = 0; y <= 220; y += 10) expected.push_back(y);
-  EXPECT_EQ(ticks, expected);
-  const auto tickLength = [&](std::size_t y) {
-    return std::count(rows[y].begin(), rows[y].end(), kScale);
-  };
-  EXPECT_LT(tickLength(210), tickLength(150));
-  EXPECT_LT(tickLength(150), tickLength(200));
-}
-
-TEST(Marks, DrawAFullCutSolidAndAPartialCutDashed) {
-  const auto cutInkInRow = [](const char* cut) {
-    const auto paper = paperOf(feed(200) + hex(cut) + feed(200));
-    Picture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
-    const auto rows = painted(picture);
-    return std::count(rows[100].begin(), rows[100].end(), kCutInk);
-  };
-  EXPECT_GT(cutInkInRow("1D5601"), 8);
-  EXPECT_GT(cutInkInRow("1D5600"), cutInkInRow("1D5601"));
-}
-
-TEST(Marks, LabelADrawerPulseInItsColour) {
-  const auto paper = paperOf(hex("1B7000FA32") + feed(255));
-  Picture drawer(paper, escpos::wholeStrip(paper), {203, 1, true});
-  const auto rows = painted(drawer);
-  EXPECT_GT(countOf(rows, kDrawerInk), 0u);
-  EXPECT_EQ(countOf(rows, kBeepInk), 0u);
-  EXPECT_EQ(countOf(rows, kCutInk), 0u);
-}
-
-TEST(Marks, AtOnePositionStackUpToALimit) {
-  Bytes beeps;
-  for (int i = 0; i < 5; ++i) beeps = beeps + hex("1B420101");
-  const auto few = paperOf(feed(2) + beeps);
-  for (int i = 0; i < 1000; ++i) beeps = beeps + hex("1B420101");
-  const auto many = paperOf(feed(2) + beeps);
-  const auto heightOf = [](const escpos::Paper& paper) {
-    return Picture(paper, escpos::wholeStrip(paper), {203, 1, true}).height();
-  };
-  EXPECT_GT(heightOf(few), 5u * kGlyphRows);
-  EXPECT_LT(heightOf(many), 1000u);
+TEST(Picture, KeepsItsMeanLevelAtAnOddScale) {
+  Picture picture = Picture::white(1000, 70);
+  for (std::size_t i = 0; i < picture.pixels.size(); ++i) picture.pixels[i] = i % 2 == 0 ? 0 : 200;
+  const Picture scaled = scaledDown(picture, 123);
+  EXPECT_EQ(scaled.heightPx, 9u);  // 70 * 123 / 1000 = 8.6
+  const double sum = std::accumulate(scaled.pixels.begin(), scaled.pixels.end(), 0.0);
+  EXPECT_NEAR(sum / static_cast<double>(scaled.pixels.size()), 100.0, 0.5);
 }
 
 }  // namespace

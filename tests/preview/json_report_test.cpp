@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/json_report.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "preview/file_run.h"
+#include "tests/escpos/printer_streams.h"
+#include "tests/preview/scratch_folder.h"
+
+namespace wren::preview {
+namespace {
+
+using nlohmann::json;
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::operator+;
+
+// The document of a stream, and of the file it was read from.
+json reportOf(const ScratchFolder& folder, const Bytes& stream, bool list,
+              const std::string& name = "job.prn") {
+  Options options;
+  options.input = folder.write(name, stream);
+  options.json = true;
+  options.list = list;
+  options.style.dpi = 254;  // ten rows to a millimetre
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  runFile(options);
+  testing::internal::GetCapturedStderr();
+  return json::parse(testing::internal::GetCapturedStdout(), nullptr, false);
+}
+
+TEST(JsonReport, ListsEveryCommand) {
+  const ScratchFolder folder;
+  const json report = reportOf(folder, hex("1B40 0000 1B2A010200FF01 1B4A10 41"), true);
+  EXPECT_EQ(report["commands"], json::parse(R"json([
+    {"offset": 0, "length": 2, "kind": "initialise", "bytes": "1B40",
+     "meaning": "initialise the printer"},
+    {"offset": 2, "length": 2, "kind": "nul", "bytes": "0000", "meaning": "2 zero bytes"},
+    {"offset": 4, "length": 7, "kind": "bitImage", "bytes": "1B2A010200",
+     "meaning": "bit image, double density, 2 columns, 9 dots"},
+    {"offset": 11, "length": 3, "kind": "feed", "bytes": "1B4A10",
+     "meaning": "print and feed 16 units (8 rows)"
+},
+    {"offset": 14, "length": 1, "kind": "unknown", "bytes": "41", "meaning": "1 unknown byte"}
+  ])json"));
+}
+
+TEST(JsonReport, NamesEveryKindOfCommand) {
+  const ScratchFolder folder;
+  const json report = reportOf(folder,
+                               hex("00 1B40 1B3C 1B2A010000 1B4A00 1D5600 1B70000000 1B5501 "
+                                   "1B420101 1F1B1F4265657006 1B76 FF 1B"),
+                               true);
+  std::vector<std::string> kinds;
+  for (const json& command : report["commands"]) kinds.push_back(command["kind"]);
+  EXPECT_EQ(kinds, (std::vector<std::string>{"nul", "initialise", "home", "bitImage", "feed", "cut",
+                                             "drawerPulse", "direction", "beep", "buzzerSetup",
+                                             "statusRequest", "unknown", "truncated"}));
+}
+
+// 100 rows, that is 10 mm, then the cut, the drawer and the buzzer.
+TEST(JsonReport, SaysWhatThePaperShows) {
+  const ScratchFolder folder;
+  const json report =
+      reportOf(folder, hex("1B3C") + feed(200) + hex("1D5601 1B70013232 1B420305"), false);
+  json expected = json::parse(R"json({
+    "schema": 1, "bytes": 17, "dpi": 254, "widthDots": 0, "lengthMm": 10.0,
+    "pages": 1, "cuts": 1, "drawerPulses": 1, "beeps": 3,
+    "events": [
+      {"atMm": 0.0, "offset": 0, "kind": "page"},
+      {"atMm": 10.0, "offset": 5, "kind": "partialCut"},
+      {"atMm": 10.0, "offset": 8, "kind": "drawerPulse", "pin": 5, "onMs": 100},
+      {"atMm": 10.0, "offset": 13, "kind": "beep", "count": 3}
+    ],
+    "problemCount": 0, "problems": [], "pictureErrors": []
+  })json");
+  expected["file"] = folder.file("job.prn");
+  expected["pictures"] = {folder.file("job.png")};
+  EXPECT_EQ(report, expected);
+}
+
+TEST(JsonReport, NamesProblemsAndPictureErrors) {
+  const ScratchFolder folder;
+  const json problem = reportOf(folder, hex("1B40 41"), false);
+  EXPECT_EQ(problem["problemCount"], 1);
+  EXPECT_EQ(problem["problems"],
+            json::parse(R"json([{"offset": 2, "text": "1 unknown byte"}])json"));
+  EXPECT_EQ(problem["pictures"], json::array());
+}
+
+TEST(JsonReport, IsValidForAFileNameThatIsNotUtf8) {
+  const ScratchFolder folder;
+  const json report = reportOf(folder, feed(16), true, "caf\xE9.prn");
+  ASSERT_FALSE(report.is_discarded());
+  EXPECT_EQ(report["file"], folder.file("caf\xEF\xBF\xBD.prn"));
+}
+
+TEST(JsonReport, HasAnEmptyListForAStreamWithoutCommands) {
+  const ScratchFolder folder;
+  EXPECT_EQ(reportOf(folder, {}, true)["commands"], json::array());
+}
+
+}  // namespace
+}  // namespace wren::preview

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "preview/paper_picture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "escpos/reader.h"
+#include "preview/glyphs.h"
+#include "tests/escpos/printer_streams.h"
+
+namespace wren::preview {
+namespace {
+
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::operator+;
+
+std::vector<std::vector<std::uint8_t>> painted(PaperPicture& picture) {
+  std::vector<std::vector<std::uint8_t>> rows(picture.height());
+  for (std::uint64_t y = 0; y < picture.height(); ++y) {
+    rows[y].resize(picture.width());
+    picture.paintRow(y, rows[y]);
+  }
+  return rows;
+}
+
+std::size_t countOf(const std::vector<std::vector<std::uint8_t>>& rows, Ink ink) {
+  std::size_t count = 0;
+  for (const auto& row : rows) count += std::count(row.begin(), row.end(), ink);
+  return count;
+}
+
+escpos::Paper paperOf(const Bytes& stream) {
+  return escpos::readAll(stream).paper;
+}
+
+TEST(PaperPicture, HasOnePixelForADot) {
+  const auto paper = paperOf(bitImage(1, hex("80 40 80 00 00 00 00 00 FF")) + feed(16));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {});
+  EXPECT_EQ(picture.width(), 9u);
+  EXPECT_EQ(picture.height(), 8u);
+  EXPECT_EQ(picture.pixelsPerInch(), 203u);
+  EXPECT_EQ(picture.inkCount(), 2u);
+  const auto rows = painted(picture);
+  EXPECT_EQ(rows[0], (std::vector<std::uint8_t>{1, 0, 1, 0, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(rows[1], (std::vector<std::uint8_t>{0, 1, 0, 0, 0, 0, 0, 0, 1}));
+}
+
+TEST(PaperPicture, ScalesADotToASquareOfPixels) {
+  const auto paper = paperOf(bitImage(1, hex("80 00 00 00 00 00 00 80")) + feed(2));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 3, false});
+  EXPECT_EQ(picture.width(), 24u);
+  EXPECT_EQ(picture.height(), 3u);
+  EXPECT_EQ(picture.pixelsPerInch(), 609u);
+  const auto rows = painted(picture);
+  EXPECT_EQ(countOf(rows, kDot), 18u);
+  EXPECT_EQ(rows[2][2], kDot);
+  EXPECT_EQ(rows[2][3], kPaper);
+}
+
+TEST(PaperPicture, IsEmptyWithoutPaper) {
+  const auto paper = paperOf({});
+  const PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+  EXPECT_EQ(picture.width(), 0u);
+  EXPECT_EQ(picture.height(), 0u);
+}
+
+TEST(PaperPicture, ShowsOnlyItsPiece) {
+  const auto paper = paperOf(bitImage(1, hex("FF")) + feed(16) + hex("1D5600") +
+                             bitImage(1, hex("01")) + feed(16));
+  const auto parts = escpos::pieces(paper);
+  ASSERT_EQ(parts.size(), 2u);
+  PaperPicture second(paper, parts[1], {});
+  const auto rows = painted(second);
+  ASSERT_EQ(rows.size(), 8u);
+  EXPECT_EQ(countOf(rows, kDot), 1u);
+  EXPECT_EQ(rows[7][0], kDot);
+}
+
+// At 254 dpi a millimetre is ten rows.
+TEST(Marks, ScaleHasATickForEveryMillimetre) {
+  const auto paper = paperOf(feed(200) + feed(200) + feed(40));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {254, 1, true});
+  const auto rows = painted(picture);
+  const auto before =
+      static_cast<std::size_t>(std::find(rows[1].begin(), rows[1].end(), kPaper) - rows[1].begin());
+  std::vector<std::size_t> ticks;
+  for (std::size_t y = 0; y < rows.size(); ++y) {
+    if (rows[y][before - 1] == kScale) ticks.push_back(y);
+  }
+  std::vector<std::size_t> expected;
+  for (std::size_t y = 0; y <= 220; y += 10) expected.push_back(y);
+  EXPECT_EQ(ticks, expected);
+  const auto tickLength = [&](std::size_t y) {
+    return std::count(rows[y].begin(), rows[y].end(), kScale);
+  };
+  EXPECT_LT(tickLength(210), tickLength(150));
+  EXPECT_LT(tickLength(150), tickLength(200));
+}
+
+TEST(Marks, DrawAFullCutSolidAndAPartialCutDashed) {
+  const auto cutInkInRow = [](const char* cut) {
+    const auto paper = paperOf(feed(200) + hex(cut) + feed(200));
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+    const auto rows = painted(picture);
+    return std::count(rows[100].begin(), rows[100].end(), kCutInk);
+  };
+  EXPECT_GT(cutInkInRow("1D5601"), 8);
+  EXPECT_GT(cutInkInRow("1D5600"), cutInkInRow("1D5601"));
+}
+
+TEST(Marks, LabelADrawerPulseInItsColour) {
+  const auto paper = paperOf(hex("1B7000FA32") + feed(255));
+  PaperPicture drawer(paper, escpos::wholeStrip(paper), {203, 1, true});
+  const auto rows = painted(drawer);
+  EXPECT_GT(countOf(rows, kDrawerInk), 0u);
+  EXPECT_EQ(countOf(rows, kBeepInk), 0u);
+  EXPECT_EQ(countOf(rows, kCutInk), 0u);
+}
+
+TEST(Marks, AtOnePositionStackUpToALimit) {
+  Bytes beeps;
+  for (int i = 0; i < 5; ++i) beeps = beeps + hex("1B420101");
+  const auto few = paperOf(feed(2) + beeps);
+  for (int i = 0; i < 1000; ++i) beeps = beeps + hex("1B420101");
+  const auto many = paperOf(feed(2) + beeps);
+  const auto heightOf = [](const escpos::Paper& paper) {
+    return PaperPicture(paper, escpos::wholeStrip(paper), {203, 1, true}).height();
+  };
+  EXPECT_GT(heightOf(few), 5u * kGlyphRows);
+  EXPECT_LT(heightOf(many), 20u * kGlyphRows);
+}
+
+// Whether `text` is drawn in `ink` with blank pixels of the margin around it on all sides.
+bool shows(const std::vector<std::vector<std::uint8_t>>& rows, const std::string& text, Ink ink) {
+  const std::size_t width = text.size() * kGlyphAdvance;
+  const auto isText = [&](std::size_t left, std::size_t top) {
+    for (unsigned y = 0; y < kGlyphRows; ++y) {
+      for (unsigned x = 0; x < width; ++x) {
+        const std::uint8_t wanted = textPixel(text, x, y) ? ink : kMargin;
+        if (rows[top + y][left + x] != wanted) return false;
+      }
+    }
+    return true;
+  };
+  for (std::size_t top = 0; top + kGlyphRows < rows.size(); ++top) {
+    for (std::size_t left = 0; left + width < rows[top].size(); ++left) {
+      if (isText(left, top)) return true;
+    }
+  }
+  return false;
+}
+
+struct LabelCase {
+  const char* command;
+  const char* text;
+  Ink ink;
+};
+
+class MarkLabel : public testing::TestWithParam<LabelCase> {};
+
+// The mark is at the end of the paper, where the label needs room below it.
+TEST_P(MarkLabel, IsWholeAndInWords) {
+  const auto paper = paperOf(feed(200) + hex(GetParam().command));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+  EXPECT_TRUE(shows(painted(picture), GetParam().text, GetParam().ink)) << GetParam().text;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Marks, MarkLabel,
+    testing::Values(LabelCase{"1D5600", "full cut", kCutInk},
+                    LabelCase{"1D5601", "partial cut", kCutInk},
+                    // Connector 0 is pin 2, 1 is pin 5; units of 2 ms.
+                    LabelCase{"1B70003232", "drawer, pin 2, 100 ms", kDrawerInk},
+                    LabelCase{"1B7001FA32", "drawer, pin 5, 500 ms", kDrawerInk},
+                    LabelCase{"1B420102", "1 beep", kBeepInk},
+                    LabelCase{"1B420302", "3 beeps", kBeepInk}));
+
+TEST(Marks, RulerSaysMillimetres) {
+  const auto paper = paperOf(feed(200) + feed(200) + feed(40));  // 220 rows
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {254, 1, true});
+  const auto rows = painted(picture);
+  EXPECT_TRUE(shows(rows, "0 mm", kScale));
+  EXPECT_TRUE(shows(rows, "10 mm", kScale));
+  EXPECT_FALSE(shows(rows, "30 mm", kScale));
+}
+
+// At 50 dpi a centimetre is 20 pixels, less than a line of text.
+TEST(Marks, RulerHasFewerNumbersWhereTheyWouldTouch) {
+  const auto paper = paperOf(feed(200) + feed(200));  // 200 rows are 102 mm
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {50, 1, true});
+  const auto rows = painted(picture);
+  EXPECT_TRUE(shows(rows, "50 mm", kScale));
+  EXPECT_FALSE(shows(rows, "10 mm", kScale));
+}
+
+// The margin on the right ends 8 pixels after the longest label, or after the paper.
+TEST(Marks, LeaveNoEmptyStripOnTheRight) {
+  const auto marginOf = [](const Bytes& marks) {
+    const auto paper = paperOf(feed(200) + marks);
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+    const auto row = painted(picture)[50];
+    return static_cast<std::size_t>(std::find(row.rbegin(), row.rend(), kPaper) - row.rbegin());
+  };
+  EXPECT_EQ(marginOf({}), 8u);
+  const std::size_t beep = marginOf(hex("1B420101"));
+  const std::size_t cut = marginOf(hex("1B420101 1D5601"));
+  // "partial cut" has five letters more than "1 beep".
+  EXPECT_EQ(cut - beep, 5u * kGlyphAdvance);
+}
+
+TEST(PaperPicture, TurnsItsInksIntoGreyLevels) {
+  const auto paper = paperOf(bitImage(1, hex("80 00 00 00 00 00 00 80")) + feed(2));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {});
+  const Picture grey = greyPicture(picture);
+  EXPECT_EQ(grey.widthPx, 8u);
+  EXPECT_EQ(grey.heightPx, 1u);
+  EXPECT_EQ(grey.pixels, (std::vector<std::uint8_t>{0, 255, 255, 255, 255, 255, 255, 0}));
+}
+
+}  // namespace
+}  // namespace wren::preview
