@@ -35,6 +35,8 @@ source "$WREN_ROOT/tools/arm64.sh"
 source "$WREN_ROOT/tools/bench.sh"
 # shellcheck source=tools/checks.sh
 source "$WREN_ROOT/tools/checks.sh"
+# shellcheck source=tools/root.sh
+source "$WREN_ROOT/tools/root.sh"
 # shellcheck source=tools/package.sh
 source "$WREN_ROOT/tools/package.sh"
 # shellcheck source=tools/queue.sh
@@ -61,12 +63,15 @@ Usage: ./wren COMMAND [ARGUMENTS]
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
         runs the tests under qemu: every byte has to be the same there.
-  bench [--pairs N] [--against PROGRAM]
+  bench [--pairs N] [--levels] [--against PROGRAM]
+  bench [--pairs N] --print
   bench --kernels [FLAGS]
         Compares the time and memory of the filter with a program that computes
         nothing and with other printer filters (docs/PERFORMANCE.md), N times
         each. PROGRAM is another build of rastertowren, measured in the same
-        rounds. --kernels times the inner loops alone.
+        rounds. --levels compares the vector levels of this machine. --print
+        measures from lp to the bytes at the printer. --kernels times the inner
+        loops alone.
   lint
         clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
         of these tools than Debian 12's are advice and do not fail.
@@ -75,8 +80,10 @@ Usage: ./wren COMMAND [ARGUMENTS]
   mutate [--list] [--count N] [FOLDER...]
         Mutation test: makes small changes in the product code, one at a time, and
         lists those that no test detects. Takes most of an hour.
-  package
-        Builds the Debian package below build/package and runs lintian on it.
+  package [--release bookworm|trixie|sid] [--arch amd64|arm64|armhf]
+        Builds the Debian package below build/package and runs lintian on it. With a
+        release or an architecture, builds it in a bare system of that release, below
+        build/packages, and runs the golden jobs with the files of the package.
   add-queue NAME URI [58|80|112]
         Adds a print queue to this machine's scheduler, with the settings that keep
         a receipt upright and at the top; installs the filter if it is missing.

@@ -4,9 +4,9 @@
 // wren-bench-floor job-id user title copies options file
 //
 // The lower limit for the time of a filter. It opens and marks the PPD, reads the raster with
-// CUPS, measures the blank edges, and writes as many bytes to standard output and to the two
-// debug images of a page as the filter, each in one write. Nothing is halftoned: the output is
-// not printable.
+// CUPS, measures the blank edges, and writes as many bytes to standard output and, with the option
+// DebugImages=On, to the two debug images of a page as the filter, each in one write. Nothing is
+// halftoned: the output is not printable.
 
 #include <cups/ppd.h>
 #include <cups/raster.h>
@@ -46,6 +46,11 @@ struct Buffer {
   }
 };
 
+struct Job {
+  double maxMediaPoints = 0;  // 0 is no limit
+  bool savesImages = false;
+};
+
 struct Trim {
   std::size_t first;
   std::size_t rows;
@@ -81,19 +86,23 @@ void writeImage(const char* kind, int number, std::size_t headerBytes, std::uint
   close(descriptor);
 }
 
-double maxMediaWidth(const char* options) {
+Job readJob(const char* options) {
   ppd_file_t* ppd = ppdOpenFile(std::getenv("PPD"));
   if (ppd == nullptr) std::exit(1);
   ppdMarkDefaults(ppd);
   cups_option_t* list = nullptr;
   const int count = cupsParseOptions(options, 0, &list);
   cupsMarkOptions(ppd, count, list);
+  const char* images = cupsGetOption("DebugImages", count, list);
+  Job job;
+  job.savesImages = images != nullptr && std::strcmp(images, "On") == 0;
   cupsFreeOptions(count, list);
   const ppd_attr_t* attribute = ppdFindAttr(ppd, "MaxMediaWidth", nullptr);
-  const double points =
-      attribute != nullptr && attribute->value != nullptr ? std::atof(attribute->value) : 0.0;
+  if (attribute != nullptr && attribute->value != nullptr) {
+    job.maxMediaPoints = std::atof(attribute->value);
+  }
   ppdClose(ppd);
-  return points;
+  return job;
 }
 
 // Bytes of the bands of a page and of the commands around them.
@@ -102,10 +111,11 @@ std::size_t printerBytes(std::size_t columns, std::size_t rows) {
   return 2 + bands * (5 + columns + 3) + 3;
 }
 
-void printPage(Buffer& page, Buffer& output, const cups_page_header2_t& header, double points,
+void printPage(Buffer& page, Buffer& output, const cups_page_header2_t& header, const Job& job,
                int number) {
   const std::size_t strideBytes = header.cupsBytesPerLine;
-  const auto printable = static_cast<std::size_t>(points / 72.0 * header.HWResolution[0]);
+  const auto printable =
+      static_cast<std::size_t>(job.maxMediaPoints / 72.0 * header.HWResolution[0]);
   const std::size_t columns = printable > 0 && strideBytes > printable ? printable : strideBytes;
   if (columns < strideBytes) {
     for (std::size_t y = 0; y < header.cupsHeight; ++y) {
@@ -114,11 +124,15 @@ void printPage(Buffer& page, Buffer& output, const cups_page_header2_t& header, 
     }
   }
   const Trim trim = measure(page.bytes, strideBytes, columns, header.cupsHeight);
-  writeImage("origin", 2 * number, kGreyHeaderBytes, page.bytes, strideBytes * header.cupsHeight);
-  const std::size_t dotRowBytes = (strideBytes + 31) / 32 * 4;
+  if (job.savesImages) {
+    writeImage("origin", 2 * number, kGreyHeaderBytes, page.bytes, strideBytes * header.cupsHeight);
+  }
+  const std::size_t dotRowBytes = job.savesImages ? (strideBytes + 31) / 32 * 4 : 0;
   const std::size_t outputBytes = printerBytes(columns, trim.rows);
   std::uint8_t* bytes = output.atLeast(outputBytes + dotRowBytes * trim.rows);
-  writeImage("dithered", 2 * number + 1, kDotHeaderBytes, bytes, dotRowBytes * trim.rows);
+  if (job.savesImages) {
+    writeImage("dithered", 2 * number + 1, kDotHeaderBytes, bytes, dotRowBytes * trim.rows);
+  }
   put(STDOUT_FILENO, bytes, outputBytes);
 }
 
@@ -131,7 +145,7 @@ int main(int argc, char** argv) {
   }
   const int input = open(argv[6], O_RDONLY);
   if (input == -1) return 1;
-  const double points = maxMediaWidth(argv[5]);
+  const Job job = readJob(argv[5]);
   static const std::uint8_t commands[kPrologueBytes] = {};
   put(STDOUT_FILENO, commands, kPrologueBytes);
   cups_raster_t* stream = cupsRasterOpen(input, CUPS_RASTER_READ);
@@ -142,7 +156,7 @@ int main(int argc, char** argv) {
   while (cupsRasterReadHeader2(stream, &header) != 0) {
     const unsigned size = header.cupsHeight * header.cupsBytesPerLine;
     if (cupsRasterReadPixels(stream, page.atLeast(size), size) == 0) break;
-    printPage(page, output, header, points, pages++);
+    printPage(page, output, header, job, pages++);
   }
   put(STDOUT_FILENO, commands, kEpilogueBytes);
   cupsRasterClose(stream);

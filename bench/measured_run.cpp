@@ -7,12 +7,12 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -51,8 +51,11 @@ void mapUser(uid_t user, gid_t group) {
   close(output);
   close(nothing);
   setenv("PPD", command.ppd.c_str(), 1);
-  execl(command.program.c_str(), command.program.c_str(), "1", "user", "title", "1",
-        command.options.c_str(), command.raster.c_str(), static_cast<char*>(nullptr));
+  std::vector<const char*> arguments = {command.program.c_str()};
+  if (!command.firstArgument.empty()) arguments.push_back(command.firstArgument.c_str());
+  arguments.insert(arguments.end(), {"1", "user", "title", "1", command.options.c_str(),
+                                     command.raster.c_str(), nullptr});
+  execv(command.program.c_str(), const_cast<char* const*>(arguments.data()));
   _exit(127);
 }
 
@@ -60,13 +63,37 @@ double milliseconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
 }
 
-long long takeImages() {
-  long long bytes = 0;
-  for (const auto& entry : fs::directory_iterator(place.images)) {
-    bytes += static_cast<long long>(entry.file_size());
-    fs::remove(entry.path());
+// The 64-bit FNV-1a hash (Fowler, Noll, Vo), over words of eight bytes where there are eight.
+std::uint64_t hashOf(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<char> part(1 << 16);
+  std::uint64_t hash = 0xCBF29CE484222325U;
+  while (file.read(part.data(), static_cast<std::streamsize>(part.size())), file.gcount() > 0) {
+    const auto count = static_cast<std::size_t>(file.gcount());
+    for (std::size_t i = 0; i < count; i += sizeof hash) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, part.data() + i, std::min(sizeof word, count - i));
+      hash = (hash ^ word) * 0x100000001B3U;
+    }
   }
-  return bytes;
+  return hash;
+}
+
+void takeFile(const fs::path& path, long long& bytes, Hash hash, Usage& usage) {
+  std::error_code missing;
+  const auto size = fs::file_size(path, missing);
+  if (missing) return;
+  bytes += static_cast<long long>(size);
+  // The names of the images change from run to run, and so does their order.
+  if (hash == Hash::kTake) usage.hash += hashOf(path);
+  fs::remove(path);
+}
+
+void takeFiles(Hash hash, Usage& usage) {
+  takeFile(place.output, usage.outBytes, hash, usage);
+  for (const auto& entry : fs::directory_iterator(place.images)) {
+    takeFile(entry.path(), usage.fileBytes, hash, usage);
+  }
 }
 
 }  // namespace
@@ -99,7 +126,8 @@ SpoolBelow::~SpoolBelow() {
   fs::remove_all(folder_, ignored);
 }
 
-Usage measure(const Command& command) {
+Usage measure(const Command& command, Hash hash) {
+  const auto start = std::chrono::steady_clock::now();
   const pid_t child = fork();
   if (child == 0) become(command);
   int status = 0;
@@ -109,13 +137,12 @@ Usage measure(const Command& command) {
     usage.status = 127;
     return usage;
   }
+  usage.wallMs =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
   usage.cpuMs = milliseconds(used.ru_utime) + milliseconds(used.ru_stime);
   usage.peakMiB = static_cast<double>(used.ru_maxrss) / 1024;
   usage.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  struct stat output {};
-  if (stat(place.output.c_str(), &output) == 0) usage.outBytes = output.st_size;
-  unlink(place.output.c_str());
-  usage.fileBytes = takeImages();
+  takeFiles(hash, usage);
   return usage;
 }
 

@@ -11,7 +11,8 @@
 
 namespace wren::bench {
 
-/// One raster file. A goal is the time of the filter as a multiple of the floor program's.
+/// One raster file. A goal is the time of the filter as a multiple of the floor program's, both
+/// with debug images.
 struct Workload {
   const char* name;
   int pages;
@@ -23,9 +24,9 @@ struct Workload {
 
 inline constexpr double kRollPixels = 576.0 * 40000;
 inline constexpr Workload kWorkloads[] = {
-    {"R1", 20, 576.0 * 1200, 1.35, 2.3, 4.0},
-    {"R2", 1, kRollPixels, 1.35, 2.3, 4.0},
-    {"R3", 20, 832.0 * 2000, 1.35, 2.3, 6.5},
+    {"R1", 20, 576.0 * 1200, 1.15, 1.5, 2.6},
+    {"R2", 1, kRollPixels, 1.0, 1.2, 2.0},
+    {"R3", 20, 832.0 * 2000, 1.2, 1.7, 4.2},
 };
 inline constexpr std::size_t kRoll = 1;  // index of the workload with one long page
 
@@ -50,17 +51,26 @@ inline constexpr Halftone kHalftones[] = {
     {"QVDithering", "stencil", Family::kStencil},
 };
 
-inline constexpr double kGoalStartUp = 1.15;
-inline constexpr double kGoalPeakMiB = 16;  // R1 and R3
+inline constexpr double kGoalStartUp = 1.05;
+inline constexpr double kGoalPeakMiB = 16;      // R1 and R3
+inline constexpr double kGoalRollPages = 2.15;  // R2: bytes per pixel above an empty job
 
 constexpr double goalOf(const Workload& workload, Family family) {
   if (family == Family::kThreshold) return workload.goalThreshold;
   return family == Family::kDiffusion ? workload.goalDiffusion : workload.goalStencil;
 }
 
-/// Peak memory on the roll above that of an empty job, in bytes per pixel of the page.
-constexpr double goalRollPages(Family family) {
-  return family == Family::kStencil ? 4.2 : 2.2;
-}
+/// The time of the filter as a share of another printer filter's, which has to stay below: with
+/// the classic methods, and with the stencil method. 0 is no goal.
+struct PeerGoal {
+  const char* name;
+  double classic;
+  double stencil;
+};
+
+inline constexpr PeerGoal kPeerGoals[] = {
+    {"rastertoepson", 0.7, 0},  // it only encodes bits
+    {"rastertoescpx", 0.65, 0.65},
+};
 
 }  // namespace wren::bench

@@ -16,6 +16,14 @@ function(wren_library folder)
   wren_check_headers(${folder} wren_${folder} ${arg_EXCLUDE_HEADERS})
 endfunction()
 
+# wren_vector_kernels(<files>)
+#
+# Sources of the current folder that use Highway. Without optimisation its headers need its
+# library, which no program links.
+function(wren_vector_kernels)
+  set_source_files_properties(${ARGV} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Debug>:-O1>)
+endfunction()
+
 # wren_check_headers(<folder> <library> [<file to leave out>...])
 #
 # Compiles each header of the current folder as a unit of its own.

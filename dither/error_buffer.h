@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 #include "dither/allocator.h"
 #include "dither/methods.h"
@@ -32,9 +33,13 @@ class ErrorBuffer {
     ringBytes_ = roundedUp(delayBytes + reachBytes_ + tileBytes_, tileBytes_);
     lineStrideBytes_ = ringBytes_ + tailBytes_;
     const std::size_t bytes = lineCount * lineStrideBytes_;
-    block_ = allocateBytes(allocator, bytes);
-    if (block_ != nullptr) std::memset(block_.get(), 0, bytes);
-    return block_ != nullptr;
+    std::size_t room = bytes + kAlignment;
+    block_ = allocateBytes(allocator, room);
+    if (block_ == nullptr) return false;
+    void* start = block_.get();
+    lines_ = static_cast<std::uint8_t*>(std::align(kAlignment, bytes, start, room));
+    std::memset(lines_, 0, bytes);
+    return true;
   }
 
   /// How far a tap reads to either side of the pixel above: its columns, in bytes.
@@ -44,12 +49,12 @@ class ErrorBuffer {
   std::size_t lineStrideBytes() const { return lineStrideBytes_; }
 
   /// Where the current tile writes to the first line: one vector for each step.
-  std::uint8_t* head() const { return block_.get() + head_; }
+  std::uint8_t* head() const { return lines_ + head_; }
 
   /// The position `bytes` before the head, at most the delay and the reach. A tile and twice
   /// the reach may be read from there, as far as they have been written.
   const std::uint8_t* delayed(std::size_t bytes) const {
-    return block_.get() + (head_ >= bytes ? head_ - bytes : head_ + ringBytes_ - bytes);
+    return lines_ + (head_ >= bytes ? head_ - bytes : head_ + ringBytes_ - bytes);
   }
 
   /// Moves the head to the next tile.
@@ -64,10 +69,14 @@ class ErrorBuffer {
   }
 
  private:
+  // A cache line: no store of a vector may cross two of them.
+  static constexpr std::size_t kAlignment = 64;
+
   std::size_t tileBytes_;
   std::size_t reachBytes_;
   std::size_t tailBytes_;
   MallocBytes block_;
+  std::uint8_t* lines_ = nullptr;
   std::size_t lineCount_ = 0;
   std::size_t ringBytes_ = 0;
   std::size_t lineStrideBytes_ = 0;

@@ -16,6 +16,7 @@
 #include "common/vector_level.h"
 #include "common/vector_targets.h"
 #include "dither/error_buffer.h"
+#include "dither/error_diffusion_scalar.h"
 #include "dither/error_terms.h"
 #include "dither/methods.h"
 #include "dither/wavefront_lanes.h"
@@ -148,41 +149,28 @@ constexpr std::size_t termInRow(int dx) {
 }
 
 // The 16 pixels of a lane that is not inside its row, in the middle. The bytes around them
-// belong to the ends of the same rows, so that rows of at least 16 pixels are copied 16 bytes
-// at a time: copies of a length that varies are slow.
+// belong to the ends of the same rows: 16 bytes are copied at a time, because copies of a
+// length that varies are slow. Pixels between two rows are undefined.
 class EdgePixels {
  public:
+  /// The pixels of the tile in the lane's row and in its next row.
+  std::array<Segment, 2> segments;
+
   std::uint8_t* tile() { return bytes_.data() + kTileSteps; }
 
-  void clear() { std::memset(tile(), 0, kTileSteps); }
-  void load(const Segment& segment, bool isWideRow) {
-    const Copy copy = copyOf(segment, isWideRow);
-    if (isWideRow) {
-      std::memcpy(copy.here, copy.row, kTileSteps);
-    } else {
-      std::memcpy(copy.here, copy.row, segment.count);
-    }
+  void load(const Segment& segment) {
+    std::memcpy(placeOf(segment), segment.pixels - before(segment), kTileSteps);
   }
-  void store(const Segment& segment, bool isWideRow) {
-    const Copy copy = copyOf(segment, isWideRow);
-    if (isWideRow) {
-      std::memcpy(copy.row, copy.here, kTileSteps);
-    } else {
-      std::memcpy(copy.row, copy.here, segment.count);
-    }
+  void store(const Segment& segment) {
+    std::memcpy(segment.pixels - before(segment), placeOf(segment), kTileSteps);
   }
 
  private:
-  struct Copy {
-    std::uint8_t* here;
-    std::uint8_t* row;
-  };
-
   // A segment from step 0 on is the end of a row: it is copied with the pixels before it.
-  Copy copyOf(const Segment& segment, bool isWideRow) {
-    const std::size_t before = isWideRow && segment.step == 0 ? kTileSteps - segment.count : 0;
-    return {tile() + segment.step - before, segment.pixels - before};
+  static std::size_t before(const Segment& segment) {
+    return segment.step == 0 ? kTileSteps - segment.count : 0;
   }
+  std::uint8_t* placeOf(const Segment& segment) { return tile() + segment.step - before(segment); }
 
   std::array<std::uint8_t, 3 * kTileSteps> bytes_;
 };
@@ -226,12 +214,10 @@ class Wavefront {
   // Distance to the pixel above in a delay line.
   std::size_t rowAboveBytes() const { return kLanes * skew_.lag + 1; }
   std::size_t tileCount() const;
-  bool isWide() const { return rows_.width() >= kTileSteps; }
 
   void findEdgeLanes();
   HWY_INLINE void gather(Tile& levels);
   void gatherAcrossRows(std::size_t lane);
-  void maskGaps(std::size_t lane, const std::array<Segment, 2>& segments, std::uint8_t byte);
   HWY_INLINE void diffuse(Tile& tile);
   HWY_INLINE void scatter(const Tile& dots);
   void scatterAcrossRows(std::size_t lane);
@@ -270,9 +256,10 @@ class Wavefront {
   // `oneLeft`, `twoLeft` and `nextTwoLeft` between two tiles.
   std::array<std::array<std::int8_t, kLanes>, 3> left_ = {};
 
-  // For each step of the tile 255 in the lanes that have a pixel, 0 in the others: their
-  // error terms are 0.
-  std::array<std::array<std::uint8_t, kLanes>, kTileSteps> pixelMask_;
+  // Each lane has pixels in the steps before `rowEnd_` and from `rowStart_` on: its row and its
+  // next row. In the other steps of the tile its error terms are 0.
+  std::array<std::uint8_t, kLanes> rowEnd_;
+  std::array<std::uint8_t, kLanes> rowStart_;
 
   std::array<EdgePixels, kLanes> edgePixels_;
 };
@@ -285,28 +272,22 @@ std::size_t Wavefront<Kernel>::tileCount() const {
   return roundedUp(start + rows_.width(), kTileSteps) / kTileSteps;
 }
 
-// Sets the mask of the steps in which a lane has no pixel.
-template <const DiffusionKernel& Kernel>
-void Wavefront<Kernel>::maskGaps(std::size_t lane, const std::array<Segment, 2>& segments,
-                                 std::uint8_t byte) {
-  std::size_t step = 0;
-  for (const Segment& segment : segments) {
-    for (; step < segment.step; ++step) pixelMask_[step][lane] = byte;
-    step += segment.count;
-  }
-  for (; step < kTileSteps; ++step) pixelMask_[step][lane] = byte;
-}
-
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::gatherAcrossRows(std::size_t lane) {
   EdgePixels& edge = edgePixels_[lane];
-  edge.clear();
   lanes_[lane].openNextRow(step_, rows_, skew_);
-  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
-  for (const Segment& segment : segments) {
-    if (segment.count > 0) edge.load(segment, isWide());
+  edge.segments = lanes_[lane].segments(step_, rows_.width(), skew_);
+  rowEnd_[lane] = 0;
+  rowStart_[lane] = kTileSteps;
+  for (const Segment& segment : edge.segments) {
+    if (segment.count == 0) continue;
+    edge.load(segment);
+    if (segment.step == 0) {
+      rowEnd_[lane] = static_cast<std::uint8_t>(segment.count);
+    } else {
+      rowStart_[lane] = static_cast<std::uint8_t>(segment.step);
+    }
   }
-  maskGaps(lane, segments, 0);
   pixels_[lane] = edge.tile();
 }
 
@@ -396,6 +377,8 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
                     hn::LoadU(kSignedBytes, left_[1].data()),
                     hn::LoadU(kSignedBytes, left_[2].data())};
   const ByteVector offset = hn::Set(kBytes, kLevelOffset);
+  const SignedVector rowEnd = hn::BitCast(kSignedBytes, hn::LoadU(kBytes, rowEnd_.data()));
+  const SignedVector rowStart = hn::BitCast(kSignedBytes, hn::LoadU(kBytes, rowStart_.data()));
   for (std::size_t step = 0; step < kTileSteps; ++step) {
     const std::size_t at = step * kLanes;
     SignedVector level = hn::BitCast(kSignedBytes, hn::Xor(tile.v[step], offset));
@@ -406,7 +389,9 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
     const ByteVector white = hn::BitCast(kBytes, hn::VecFromMask(kSignedBytes, isWhite));
     // The level of a black pixel, 255 - level of a white one.
     const ByteVector distance = hn::Xor(hn::Xor(hn::BitCast(kBytes, level), offset), white);
-    const ByteVector error = hn::And(distance, hn::LoadU(kBytes, pixelMask_[step].data()));
+    const SignedVector now = hn::Set(kSignedBytes, static_cast<std::int8_t>(step));
+    const auto hasPixel = hn::Or(hn::Gt(rowEnd, now), hn::Not(hn::Gt(rowStart, now)));
+    const ByteVector error = hn::IfThenElseZero(hn::RebindMask(kBytes, hasPixel), distance);
     storeTerms(error, white, head + at, lineStride, left, kAllTerms);
     tile.v[step] = white;
   }
@@ -418,11 +403,10 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
 
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane) {
-  const auto segments = lanes_[lane].segments(step_, rows_.width(), skew_);
-  for (const Segment& segment : segments) {
-    if (segment.count > 0) edgePixels_[lane].store(segment, isWide());
+  EdgePixels& edge = edgePixels_[lane];
+  for (const Segment& segment : edge.segments) {
+    if (segment.count > 0) edge.store(segment);
   }
-  maskGaps(lane, segments, 255);
   lanes_[lane].closeRow(step_, rows_, skew_);
 }
 
@@ -444,6 +428,7 @@ void Wavefront<Kernel>::advance() {
   for (std::uint8_t*& pixels : pixels_) pixels += kTileSteps;
   while (edgeCount_ > 0 && lanes_[firstEdge_].isInsideRow(step_)) {
     pixels_[firstEdge_] = lanes_[firstEdge_].pixels(step_);
+    rowEnd_[firstEdge_] = kTileSteps;
     firstEdge_ = edgeLane(1);
     --edgeCount_;
   }
@@ -452,7 +437,6 @@ void Wavefront<Kernel>::advance() {
 template <const DiffusionKernel& Kernel>
 void Wavefront<Kernel>::run() {
   for (std::size_t i = 0; i < kLanes; ++i) lanes_[i] = Lane(rows_, i, skew_);
-  for (auto& step : pixelMask_) step.fill(255);
   const std::size_t tiles = tileCount();
   for (std::size_t i = 0; i < tiles; ++i) {
     Tile tile;
@@ -468,6 +452,8 @@ void Wavefront<Kernel>::run() {
 template <const DiffusionKernel& Kernel>
 bool diffuseWavefront(const LevelRows& rows, Allocator allocator) {
   if (rows.width() == 0 || rows.height() == 0) return true;
+  // Each row begins and ends in different tiles.
+  if (rows.width() < kTileSteps) return diffuseScalar(Kernel, rows, allocator);
   Wavefront<Kernel> wavefront(rows);
   if (!wavefront.allocate(allocator)) return false;
   wavefront.run();

@@ -67,6 +67,13 @@ std::uint8_t* LevelRows::levelsInPlace(std::size_t y) const {
   return to;
 }
 
+void LevelRows::prefetch(std::size_t y) const {
+  constexpr std::size_t kCacheLineBytes = 64;
+  if (y >= page_.height) return;
+  const std::uint8_t* row = source(y);
+  for (std::size_t x = 0; x < page_.width; x += kCacheLineBytes) __builtin_prefetch(row + x);
+}
+
 const std::uint8_t* LevelRows::levels(std::size_t y) const {
   return page_.tone != nullptr || page_.mirrored ? levelsInPlace(y) : source(y);
 }

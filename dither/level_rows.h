@@ -27,6 +27,9 @@ class LevelRows {
   /// one sequential read per row, after which the rows are in cache.
   std::uint8_t* levelsInPlace(std::size_t y) const;
 
+  /// Asks for row `y` to be brought into cache; does nothing below the page.
+  void prefetch(std::size_t y) const;
+
   /// Where the dots of row `y` go.
   std::uint8_t* dots(std::size_t y) const;
 

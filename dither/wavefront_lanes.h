@@ -95,13 +95,17 @@ class Lane {
   }
 
  private:
+  static constexpr std::size_t kRowsAhead = 2;
+
   // A row with its levels in place. Beyond the last row of the page it has no pixels.
   struct OpenRow {
     OpenRow() = default;
     OpenRow(const LevelRows& rows, std::size_t number) : y(number) {
       if (y >= rows.height()) return;
       pixels = rows.levelsInPlace(y);
-      insideEnd = rows.width() < kTileSteps ? 0 : rows.width() - kTileSteps + 1;
+      // Rows are opened in order, with long pauses in which the processor's own prefetch stops.
+      rows.prefetch(y + kRowsAhead);
+      insideEnd = rows.width() - kTileSteps + 1;
     }
 
     std::size_t y = 0;

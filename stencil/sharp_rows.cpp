@@ -7,7 +7,6 @@
 #include <array>
 #include <cstring>
 
-#include "stencil/equal_pixels.h"
 #include "stencil/gaussian_kernel.h"
 #include "stencil/sharpen_kernel.h"
 
@@ -49,7 +48,8 @@ SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int w
       columns_(static_cast<std::size_t>(pitch_)),
       levels_(at(chunks_)),
       blurredLevels_(at(chunks_)),
-      runs_(at(chunks_)) {}
+      runLevels_(at(chunks_), kMixedChunk),
+      runRows_(at(chunks_)) {}
 
 void SharpRows::next(std::uint8_t* out) {
   while (read_ < std::min(y_ + kBlurRadius + 1, height_)) readRow();
@@ -60,7 +60,7 @@ void SharpRows::next(std::uint8_t* out) {
 }
 
 void SharpRows::readRow() {
-  float* tone = toneRow(read_);
+  std::int16_t* tone = toneRow(read_);
   applyCurve(page_ + read_ * stride_, tone);
   repeatBorders(tone);
   blurRow(tone, blurredRow(read_));
@@ -69,60 +69,67 @@ void SharpRows::readRow() {
   ++read_;
 }
 
-void SharpRows::applyCurve(const std::uint8_t* pixels, float* out) {
-  int x = 0;
-  for (std::size_t chunk = 0; x + kChunk <= width_; x += kChunk, ++chunk) {
-    const bool uniform = areSixteenEqual(pixels + x);
-    levels_[chunk] = uniform ? curve_[pixels[x]] : kMixed;
-    if (uniform) {
-      std::fill_n(out + x, kChunk, static_cast<float>(curve_[pixels[x]]));
-    } else {
-      for (int i = x; i < x + kChunk; ++i) out[i] = static_cast<float>(curve_[pixels[i]]);
-    }
+void SharpRows::applyCurve(const std::uint8_t* pixels, std::int16_t* out) {
+  const int whole = width_ / kChunk;
+  applyToneCurve(curve_, pixels, out, levels_.data(), whole);
+  if (whole == chunks_) return;
+  levels_.back() = kMixedChunk;
+  for (int x = whole * kChunk; x < width_; ++x) {
+    out[x] = static_cast<std::int16_t>(curve_[pixels[x]] << kLevelFractionBits);
   }
-  if (x < width_) levels_.back() = kMixed;
-  for (; x < width_; ++x) out[x] = static_cast<float>(curve_[pixels[x]]);
 }
 
-void SharpRows::repeatBorders(float* row) const {
+void SharpRows::repeatBorders(std::int16_t* row) const {
   std::fill_n(row - kMargin, kMargin, row[0]);
   std::fill(row + width_, row + pitch_ - kMargin, row[width_ - 1]);
 }
 
 // A chunk that is uniform together with its neighbours keeps its level: the weights of
 // the blur add up to 1.
-int SharpRows::levelAfterBlur(int chunk) const {
-  const int level = levels_[at(chunk)];
-  const bool uniform = (chunk == 0 || levels_[at(chunk - 1)] == level) &&
-                       (chunk + 1 == chunks_ || levels_[at(chunk + 1)] == level);
-  return uniform ? level : kMixed;
+void SharpRows::findLevelsAfterBlur() {
+  const std::int16_t* levels = levels_.data();
+  std::int16_t* after = blurredLevels_.data();
+  const int last = chunks_ - 1;
+  after[0] = levels[0] == levels[std::min(1, last)] ? levels[0] : kMixedChunk;
+  for (int chunk = 1; chunk < last; ++chunk) {
+    const std::int16_t level = levels[chunk];
+    const bool isUniform = (levels[chunk - 1] == level) & (levels[chunk + 1] == level);
+    after[chunk] = isUniform ? level : kMixedChunk;
+  }
+  if (last > 0) after[last] = levels[last - 1] == levels[last] ? levels[last] : kMixedChunk;
 }
 
-void SharpRows::blurRow(const float* tone, float* out) {
-  std::array<const float*, kUnsharpSize> rows{};
+void SharpRows::blurRow(const std::int16_t* tone, std::int16_t* out) {
+  std::array<const std::int16_t*, kUnsharpSize> rows{};
   for (int k = 0; k < kUnsharpSize; ++k) rows[at(k)] = tone + k - kBlurRadius;
+  findLevelsAfterBlur();
   for (int chunk = 0; chunk < chunks_; ++chunk) {
-    const int level = levelAfterBlur(chunk);
-    blurredLevels_[at(chunk)] = level;
-    if (level == kMixed) continue;
-    std::fill_n(out + std::ptrdiff_t{chunk} * kChunk, kChunk, static_cast<float>(level));
+    const std::int16_t level = blurredLevels_[at(chunk)];
+    if (level == kMixedChunk) continue;
+    std::fill_n(out + std::ptrdiff_t{chunk} * kChunk, kChunk,
+                static_cast<std::int16_t>(level << kLevelFractionBits));
   }
   forEachMixedRun(
-      chunks_, kChunk, [this](int chunk) { return blurredLevels_[at(chunk)] != kMixed; },
+      chunks_, kChunk, [this](int chunk) { return blurredLevels_[at(chunk)] != kMixedChunk; },
       [&](int from, int to) { blur(rows.data(), weights_, out, from, to); });
 }
 
+// Written for the compiler's vectoriser: no branch, all numbers of one size.
 void SharpRows::extendRuns() {
-  for (std::size_t chunk = 0; chunk < runs_.size(); ++chunk) {
-    UniformRun& run = runs_[chunk];
-    const int level = blurredLevels_[chunk];
-    if (level == kMixed || level != run.level) run = {level, 0};
-    if (level != kMixed) ++run.rows;
+  const std::int16_t* levels = blurredLevels_.data();
+  std::int16_t* runLevels = runLevels_.data();
+  std::int16_t* rows = runRows_.data();
+  for (int chunk = 0; chunk < chunks_; ++chunk) {
+    const std::int16_t level = levels[chunk];
+    const auto longer = static_cast<std::int16_t>(rows[chunk] + (rows[chunk] < kUnsharpSize));
+    const std::int16_t uniform = level == runLevels[chunk] ? longer : std::int16_t{1};
+    rows[chunk] = level == kMixedChunk ? std::int16_t{0} : uniform;
+    runLevels[chunk] = level;
   }
 }
 
 void SharpRows::blurColumns() {
-  std::array<const float*, kUnsharpSize> rows{};
+  std::array<const std::int16_t*, kUnsharpSize> rows{};
   for (int k = 0; k < kUnsharpSize; ++k) {
     rows[at(k)] = blurredRow(std::clamp(y_ + k - kBlurRadius, 0, height_ - 1));
   }
@@ -132,10 +139,10 @@ void SharpRows::blurColumns() {
 }
 
 // A uniform chunk keeps its level: the two gains differ by 1.
-void SharpRows::sharpenRow(const float* tone, std::uint8_t* out) const {
+void SharpRows::sharpenRow(const std::int16_t* tone, std::uint8_t* out) const {
   for (int chunk = 0; chunk < chunks_; ++chunk) {
     if (!isUniform(chunk)) continue;
-    std::memset(out + std::ptrdiff_t{chunk} * kChunk, runs_[at(chunk)].level, kChunk);
+    std::memset(out + std::ptrdiff_t{chunk} * kChunk, runLevels_[at(chunk)], kChunk);
   }
   forEachMixedRun(
       chunks_, kChunk, [this](int chunk) { return isUniform(chunk); },

@@ -11,9 +11,11 @@
 namespace wren::stencil {
 
 /// out[x] = `kLevelGain * levels[x] - kBlurGain * blurred[x]`, clamped to 0..255, for
-/// from <= x < to. The inputs are whole numbers from 0 to 255, so no step rounds.
+/// from <= x < to. The inputs are whole levels from 0 to 255, in sixteenths
+/// (`kLevelFractionBits`), so no step rounds.
 ///
 /// Precondition: `to - from` is a multiple of 16.
-void sharpen(const float* levels, const float* blurred, std::uint8_t* out, int from, int to);
+void sharpen(const std::int16_t* levels, const std::int16_t* blurred, std::uint8_t* out, int from,
+             int to);
 
 }  // namespace wren::stencil

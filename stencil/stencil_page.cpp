@@ -25,13 +25,13 @@ bool countPage(const std::uint8_t* source, std::ptrdiff_t stride, int width, int
   return true;
 }
 
-bool diffusePage(SharpRows& sharp, WavefrontDiffuser& diffuser, int height, std::uint8_t* result,
-                 std::ptrdiff_t stride, const CancelCheck& cancel) {
-  for (int y = 0; y < height; y += WavefrontDiffuser::kBlockRows) {
+bool diffusePage(SharpRows& sharp, WavefrontDiffuser& diffuser, int height,
+                 const CancelCheck& cancel) {
+  for (int y = 0; y < height; y += diffuser.blockRows()) {
     if (cancel.isCancelled()) return false;
-    const int rows = std::min(WavefrontDiffuser::kBlockRows, height - y);
+    const int rows = std::min(diffuser.blockRows(), height - y);
     for (int r = 0; r < rows; ++r) sharp.next(diffuser.row(r));
-    diffuser.run(result + y * stride, stride, rows);
+    diffuser.run();
   }
   return true;
 }
@@ -45,8 +45,8 @@ bool stencilPage(const std::uint8_t* source, std::ptrdiff_t sourceStride, int wi
   if (!countPage(source, sourceStride, width, height, cancel, builder)) return false;
   const int threshold = momentThreshold(builder.histogram());
   SharpRows sharp(source, sourceStride, width, height, stencilToneCurve());
-  WavefrontDiffuser diffuser(width, height, threshold);
-  return diffusePage(sharp, diffuser, height, result, resultStride, cancel);
+  WavefrontDiffuser diffuser(width, height, threshold, result, resultStride);
+  return diffusePage(sharp, diffuser, height, cancel);
 }
 
 }  // namespace wren::stencil

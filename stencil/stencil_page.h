@@ -26,7 +26,7 @@ namespace wren::stencil {
 /// Precondition: width and height are at most 2^31 - 128, so that positions beyond the
 /// page fit in an int, and width * height is at most 2^31 - 1.
 /// @param cancel asked at least once in 256 rows.
-/// @return false when the job was cancelled; the lower rows of `result` are unwritten then.
+/// @return false when the job was cancelled; `result` is not complete then.
 bool stencilPage(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
                  std::uint8_t* result, std::ptrdiff_t resultStride, CancelCheck cancel = {});
 

@@ -10,13 +10,15 @@ declare -rA DEBIAN_PACKAGES=(
            libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [picture]="imagemagick fonts-dejavu-core"
-  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git"
+  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
   [lint]="clang-tidy cppcheck shellcheck"
   [fuzz]="clang"
   [package]="build-essential debhelper lintian git"
+  [root]="debootstrap util-linux"
+  [emulator]="qemu-user-static"
 )
 
 # The same by Homebrew's names. macOS already has CUPS.
@@ -31,6 +33,8 @@ declare -rA BREW_PACKAGES=(
   [lint]="llvm cppcheck shellcheck"
   [fuzz]="llvm"
   [package]=""
+  [root]=""
+  [emulator]=""
 )
 
 # need PURPOSE...: installs the packages for these purposes that are missing.

@@ -25,6 +25,7 @@ namespace fs = std::filesystem;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 using wren::printer::PageMemory;
+using wren::printer::writeBandImage;
 using wren::printer::writeImage;
 using wren_test::BmpFile;
 using wren_test::bytesOf;
@@ -275,6 +276,56 @@ TEST(DebugImageWriting, NeedsNoMemoryForItsRows) {
     };
     const auto noMemory = [](std::size_t) { return wren::MallocBytes(); };
     EXPECT_TRUE(sameBytes(written(PageMemory()), written(PageMemory(noMemory)))) << row.width;
+  }
+}
+
+// Bands of `rows` rows, of a pattern without repetition.
+wren::printer::DotBands makeBands(std::size_t width, std::size_t rows) {
+  wren::printer::DotBands bands;
+  EXPECT_TRUE(bands.resize(width, rows));
+  for (std::size_t i = 0; i < bands.bandCount(); ++i) {
+    for (std::size_t x = 0; x < width; ++x) {
+      bands.band(i)[x] = static_cast<std::uint8_t>((i * 131 + x * 37) >> (x % 5));
+    }
+  }
+  return bands;
+}
+
+// Dots as bytes, from their definition: bit 7 of a column is its top row.
+std::string pixelsOf(const wren::printer::DotBands& bands) {
+  std::string pixels;
+  for (std::size_t y = 0; y < bands.rows(); ++y) {
+    for (std::size_t x = 0; x < bands.width(); ++x) {
+      pixels += (bands.band(y / 8)[x] & (0x80 >> y % 8)) != 0 ? '\xFF' : '\0';
+    }
+  }
+  return pixels;
+}
+
+TEST(DebugImageWriting, OfBandsIsThatOfTheirPixels) {
+  const auto noMemory = [](std::size_t bytes) {
+    return bytes > 512 ? wren::MallocBytes() : wren::printer::allocatePage(bytes);
+  };
+  for (const auto& [width, rows] :
+       {std::pair<std::size_t, std::size_t>{1, 1}, {8, 8}, {9, 15}, {33, 17}, {300, 41}}) {
+    const auto bands = makeBands(width, rows);
+    const std::string pixels = pixelsOf(bands);
+    const auto written = [&](auto write) {
+      wren_test::CaptureFile file;
+      write(fileno(file.stream()));
+      std::fseek(file.stream(), 0, SEEK_END);
+      return file.bytes();
+    };
+    PageMemory memory;
+    const std::string expected = written([&](int file) {
+      writeImage(file, {bytesOf(pixels), width, rows, width}, 1, memory);
+    });
+    PageMemory little(noMemory);
+    EXPECT_TRUE(
+        sameBytes(expected, written([&](int file) { writeBandImage(file, bands, memory); })));
+    EXPECT_TRUE(
+        sameBytes(expected, written([&](int file) { writeBandImage(file, bands, little); })))
+        << width << " x " << rows << ", a band at a time";
   }
 }
 

@@ -17,11 +17,11 @@ namespace {
 
 constexpr auto kTimeout = std::chrono::seconds(30);
 
-// The receive buffer is small, so that a held connection soon blocks its sender.
-int listenOnLoopback(int* port) {
+int listenOnLoopback(int* port, int bufferBytes) {
   const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const int bufferBytes = 8192;
-  setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &bufferBytes, sizeof bufferBytes);
+  if (bufferBytes > 0) {
+    setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &bufferBytes, sizeof bufferBytes);
+  }
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -37,7 +37,7 @@ int listenOnLoopback(int* port) {
 
 }  // namespace
 
-CaptureServer::CaptureServer() : listener_(listenOnLoopback(&port_)) {
+CaptureServer::CaptureServer(int bufferBytes) : listener_(listenOnLoopback(&port_, bufferBytes)) {
   thread_ = std::thread([this] { serve(); });
 }
 
@@ -65,7 +65,7 @@ bool CaptureServer::waitUntilHeld() {
   return changed_.wait_for(lock, kTimeout, [this] { return held_; });
 }
 
-std::vector<std::vector<std::uint8_t>> CaptureServer::take(std::size_t count) {
+std::vector<CaptureServer::Connection> CaptureServer::take(std::size_t count) {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, kTimeout, [&] { return finished_.size() >= count; });
   return std::exchange(finished_, {});
@@ -79,16 +79,18 @@ void CaptureServer::serve() {
 }
 
 void CaptureServer::readAll(int connection) {
-  std::vector<std::uint8_t> bytes;
+  Connection received;
   std::array<std::uint8_t, 4096> part;
   for (;;) {
-    waitWhileHeld(bytes.size());
+    waitWhileHeld(received.bytes.size());
     const auto count = read(connection, part.data(), part.size());
+    if (count > 0 || received.bytes.empty()) received.lastByte = std::chrono::steady_clock::now();
+    if (received.bytes.empty()) received.firstByte = received.lastByte;
     if (count <= 0) break;
-    bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+    received.bytes.insert(received.bytes.end(), part.begin(), part.begin() + count);
   }
   const std::lock_guard lock(mutex_);
-  finished_.push_back(std::move(bytes));
+  finished_.push_back(std::move(received));
   changed_.notify_all();
 }
 

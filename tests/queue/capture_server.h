@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -13,8 +14,19 @@
 
 class CaptureServer {
  public:
+  /// What one connection sent, and when; the times of one without bytes are those of its end.
+  struct Connection {
+    std::vector<std::uint8_t> bytes;
+    std::chrono::steady_clock::time_point firstByte;
+    std::chrono::steady_clock::time_point lastByte;
+  };
+
+  /// A receive buffer that soon blocks the sender of a held connection.
+  static constexpr int kSmallBufferBytes = 8192;
+
   /// Listens on a free port of 127.0.0.1. Throws std::runtime_error on failure.
-  CaptureServer();
+  /// @param bufferBytes of the receive buffer; 0 leaves it as the system has it.
+  explicit CaptureServer(int bufferBytes = kSmallBufferBytes);
   ~CaptureServer();
   CaptureServer(const CaptureServer&) = delete;
   CaptureServer& operator=(const CaptureServer&) = delete;
@@ -32,7 +44,7 @@ class CaptureServer {
 
   /// The connections that ended since the last call, in order. Waits for `count` of them, at most
   /// 30 seconds.
-  std::vector<std::vector<std::uint8_t>> take(std::size_t count);
+  std::vector<Connection> take(std::size_t count);
 
  private:
   void serve();
@@ -45,6 +57,6 @@ class CaptureServer {
   std::condition_variable changed_;
   std::size_t holdAfter_ = SIZE_MAX;
   bool held_ = false;
-  std::vector<std::vector<std::uint8_t>> finished_;
+  std::vector<Connection> finished_;
   std::thread thread_;
 };

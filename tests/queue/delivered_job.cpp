@@ -76,7 +76,7 @@ DeliveredJob TestBench::print(const std::string& queue, const std::string& optio
 
 Bytes TestBench::takeReceived() {
   const auto connections = printer.take(1);
-  return connections.size() == 1 ? connections[0] : Bytes();
+  return connections.size() == 1 ? connections[0].bytes : Bytes();
 }
 
 std::vector<FilterRun> TestBench::takeRuns() const {

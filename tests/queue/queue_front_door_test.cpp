@@ -28,8 +28,9 @@ TEST(QueueFrontDoor, AddsAQueueThatDoctorRepairsAndThatPrints) {
   if (status == kSkipped) GTEST_SKIP() << "not root, and no user namespace";
   ASSERT_EQ(status, 0);
   const auto checks = printer.take(1);
-  EXPECT_TRUE(std::all_of(checks.begin(), checks.end(), [](const Bytes& b) { return b.empty(); }))
-      << "something was printed";
+  EXPECT_TRUE(std::all_of(checks.begin(), checks.end(), [](const auto& c) {
+    return c.bytes.empty();
+  })) << "something was printed";
   EXPECT_EQ(bench->printer.take(kOtherQueues).size(), kOtherQueues) << "doctor checks each once";
 
   bench->takeRuns();
@@ -38,8 +39,8 @@ TEST(QueueFrontDoor, AddsAQueueThatDoctorRepairsAndThatPrints) {
   const auto runs = bench->takeRuns();
   ASSERT_EQ(received.size(), 1U);
   ASSERT_EQ(runs.size(), 1U);
-  EXPECT_FALSE(received[0].empty());
-  EXPECT_THAT(received[0], SameBytes(runs[0].directBytes));
+  EXPECT_FALSE(received[0].bytes.empty());
+  EXPECT_THAT(received[0].bytes, SameBytes(runs[0].directBytes));
 }
 
 }  // namespace

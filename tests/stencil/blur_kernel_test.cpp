@@ -12,6 +12,7 @@
 #include "stencil/gaussian_kernel.h"
 #include "tests/stencil/reference_image.h"
 #include "tests/stencil/test_pages.h"
+#include "tests/support/vector_levels.h"
 
 namespace wren::stencil {
 namespace {
@@ -26,29 +27,36 @@ BlurWeights stencilWeights() {
 class Pass {
  public:
   explicit Pass(int width)
-      : rows_(kUnsharpSize, std::vector<float>(static_cast<std::size_t>((width + 15) / 16 * 16))) {}
+      : rows_(kUnsharpSize,
+              std::vector<std::int16_t>(static_cast<std::size_t>((width + 15) / 16 * 16))) {}
 
-  float& at(int tap, int x) {
-    return rows_[static_cast<std::size_t>(tap)][static_cast<std::size_t>(x)];
+  void set(int tap, int x, int level) {
+    rows_[static_cast<std::size_t>(tap)][static_cast<std::size_t>(x)] =
+        static_cast<std::int16_t>(level << kLevelFractionBits);
   }
 
   Bytes blurred(const BlurWeights& weights) const {
-    std::array<const float*, kUnsharpSize> pointers{};
+    std::array<const std::int16_t*, kUnsharpSize> pointers{};
     for (std::size_t k = 0; k < rows_.size(); ++k) pointers[k] = rows_[k].data();
-    std::vector<float> out(rows_[0].size(), -1.0F);
+    std::vector<std::int16_t> out(rows_[0].size(), -1);
     blur(pointers.data(), weights, out.data(), 0, static_cast<int>(out.size()));
-    return {out.begin(), out.end()};
+    Bytes levels;
+    for (const std::int16_t sixteenths : out) {
+      EXPECT_EQ(sixteenths & ((1 << kLevelFractionBits) - 1), 0);
+      levels.push_back(static_cast<std::uint8_t>(sixteenths >> kLevelFractionBits));
+    }
+    return levels;
   }
 
  private:
-  std::vector<std::vector<float>> rows_;
+  std::vector<std::vector<std::int16_t>> rows_;
 };
 
 // A page of `kUnsharpSize` rows is one pass: its middle row sees every row once.
 Bytes blurredMiddleRow(const QVImage& page) {
   Pass pass(page.width);
   for (int tap = 0; tap < kUnsharpSize; ++tap) {
-    for (int x = 0; x < page.width; ++x) pass.at(tap, x) = pixelAt(page, x, tap);
+    for (int x = 0; x < page.width; ++x) pass.set(tap, x, pixelAt(page, x, tap));
   }
   Bytes row = pass.blurred(stencilWeights());
   row.resize(static_cast<std::size_t>(page.width));
@@ -62,8 +70,12 @@ Bytes referenceMiddleRow(const QVImage& page) {
   return {row, row + page.width};
 }
 
-// A million random sums; about one in two thousand is near a rounding edge.
-TEST(BlurKernel, EqualsTheReferenceOnNoise) {
+class BlurKernel : public wren_test::VectorLevelTest {};
+INSTANTIATE_TEST_SUITE_P(Level, BlurKernel, testing::ValuesIn(wren::machineVectorLevels()),
+                         wren_test::vectorLevelTestName);
+
+// A million random sums; about one in twenty thousand is near a rounding edge.
+TEST_P(BlurKernel, EqualsTheReferenceOnNoise) {
   for (unsigned seed = 0; seed < 250; ++seed) {
     const QVImage page = noisePage(4096, kUnsharpSize, seed);
     ASSERT_TRUE(sameBytes(referenceMiddleRow(page), blurredMiddleRow(page), page.width)) << seed;
@@ -71,7 +83,7 @@ TEST(BlurKernel, EqualsTheReferenceOnNoise) {
 }
 
 // Steps from one level to another at every tap, for all pairs of levels.
-TEST(BlurKernel, EqualsTheReferenceOnEveryStep) {
+TEST_P(BlurKernel, EqualsTheReferenceOnEveryStep) {
   for (int edge = 0; edge < kUnsharpSize; ++edge) {
     QVImage page(256 * 256, kUnsharpSize, QV_IMG_GRAY);
     std::uint8_t* pixel = page.data;
@@ -86,7 +98,7 @@ TEST(BlurKernel, EqualsTheReferenceOnEveryStep) {
 
 // One row of a page of any size: neighbours along the row or down the column, and the
 // edge pixels repeated beyond the page.
-TEST(BlurKernel, EqualsTheReferenceOnEverySize) {
+TEST_P(BlurKernel, EqualsTheReferenceOnEverySize) {
   const BlurWeights weights = stencilWeights();
   onEveryPage(1, [&](const QVImage& page, PageMaker& maker) {
     const bool horizontal = maker.below(2) == 0;
@@ -97,7 +109,7 @@ TEST(BlurKernel, EqualsTheReferenceOnEverySize) {
       for (int x = 0; x < page.width; ++x) {
         const int column = std::clamp(x + (horizontal ? step : 0), 0, page.width - 1);
         const int row = std::clamp(y + (horizontal ? 0 : step), 0, page.height - 1);
-        pass.at(tap, x) = pixelAt(page, column, row);
+        pass.set(tap, x, pixelAt(page, column, row));
       }
     }
     Bytes actual = pass.blurred(weights);
@@ -109,40 +121,41 @@ TEST(BlurKernel, EqualsTheReferenceOnEverySize) {
   });
 }
 
-// With two weights of 1/2 every odd sum lies exactly on the rounding edge.
-TEST(BlurKernel, RoundsSumsOnTheEdgeUp) {
-  std::array<double, kUnsharpSize> halves{};
-  halves[4] = 0.5;
-  halves[6] = 0.5;
+// With eight weights of 1/8 and two groups of equal inputs every odd sum lies exactly on the
+// rounding edge.
+TEST_P(BlurKernel, RoundsSumsOnTheEdgeUp) {
+  std::array<double, kUnsharpSize> eighths{};
+  for (const std::size_t tap : {1, 2, 3, 4, 6, 7, 8, 9}) eighths[tap] = 0.125;
   Pass pass(256);
   Bytes expected;
   for (int x = 0; x < 256; ++x) {
-    pass.at(4, x) = static_cast<float>(x);
-    pass.at(6, x) = static_cast<float>(x / 2);
+    for (const int tap : {1, 2, 3, 4}) pass.set(tap, x, x);
+    for (const int tap : {6, 7, 8, 9}) pass.set(tap, x, x / 2);
     expected.push_back(static_cast<std::uint8_t>((x + x / 2 + 1) / 2));
   }
-  EXPECT_TRUE(sameBytes(expected, pass.blurred(blurWeights(halves.data())), 256));
+  EXPECT_TRUE(sameBytes(expected, pass.blurred(blurWeights(eighths.data())), 256));
 }
 
 // `SharpRows` skips pixels whose surroundings have one level.
-TEST(BlurKernel, KeepsEveryLevelOfAUniformPage) {
+TEST_P(BlurKernel, KeepsEveryLevelOfAUniformPage) {
   Pass pass(256);
   Bytes expected;
   for (int x = 0; x < 256; ++x) {
-    for (int tap = 0; tap < kUnsharpSize; ++tap) pass.at(tap, x) = static_cast<float>(x);
+    for (int tap = 0; tap < kUnsharpSize; ++tap) pass.set(tap, x, x);
     expected.push_back(static_cast<std::uint8_t>(x));
   }
   EXPECT_TRUE(sameBytes(expected, pass.blurred(stencilWeights()), 256));
 }
 
-TEST(BlurKernel, WritesItsRangeOnly) {
-  std::vector<float> out(64, -1.0F);
-  std::vector<float> row(80, 7.0F);
-  std::array<const float*, kUnsharpSize> overlapping{};
+TEST_P(BlurKernel, WritesItsRangeOnly) {
+  const std::int16_t level = 7 << kLevelFractionBits;
+  std::vector<std::int16_t> out(64, -1);
+  std::vector<std::int16_t> row(80, level);
+  std::array<const std::int16_t*, kUnsharpSize> overlapping{};
   for (std::size_t k = 0; k < overlapping.size(); ++k) overlapping[k] = row.data() + k;
   blur(overlapping.data(), stencilWeights(), out.data(), 16, 48);
   for (std::size_t x = 0; x < out.size(); ++x) {
-    EXPECT_EQ(out[x], x >= 16 && x < 48 ? 7.0F : -1.0F) << x;
+    EXPECT_EQ(out[x], x >= 16 && x < 48 ? level : -1) << x;
   }
 }
 

@@ -9,6 +9,7 @@
 
 #include "tests/stencil/reference_image.h"
 #include "tests/stencil/test_pages.h"
+#include "tests/support/vector_levels.h"
 
 namespace wren::stencil {
 namespace {
@@ -30,7 +31,11 @@ Bytes referenceRows(const QVImage& page) {
   return bytesOf(reference::enh_unsharp_mask(copy, 300.0F, 11));
 }
 
-TEST(SharpRows, EqualTheReferenceOnEverySize) {
+class SharpRowsTest : public wren_test::VectorLevelTest {};
+INSTANTIATE_TEST_SUITE_P(Level, SharpRowsTest, testing::ValuesIn(wren::machineVectorLevels()),
+                         wren_test::vectorLevelTestName);
+
+TEST_P(SharpRowsTest, EqualTheReferenceOnEverySize) {
   onEveryPage(1, [](const QVImage& page, PageMaker&) {
     EXPECT_TRUE(sameBytes(referenceRows(page), streamed(page), page.width));
   });
@@ -38,7 +43,7 @@ TEST(SharpRows, EqualTheReferenceOnEverySize) {
 
 // Boxes of one level that begin and end anywhere: uniform areas start and stop at every
 // place of a chunk, and one level follows another.
-TEST(SharpRows, EqualTheReferenceAroundBoxesOfOneLevel) {
+TEST_P(SharpRowsTest, EqualTheReferenceAroundBoxesOfOneLevel) {
   PageMaker maker(2);
   for (int i = 0; i < 300; ++i) {
     const int width = 60 + maker.below(90);

@@ -26,7 +26,8 @@ enum class SpoolKind {
 /// Whether this process may mount folders in a mount namespace.
 bool canMount();
 
-/// Path of the filter to run: the real one if `canMount`, else the second build.
+/// Path of the filter to run: the real one if `canMount`, else the second build. The environment
+/// variable WREN_TEST_FILTER names another one, such as that of a package.
 std::string filterProgram();
 
 /// Called in the child before exec. Mounts `privateFolder`/spool over the spool folder and, if it
