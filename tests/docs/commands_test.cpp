@@ -83,8 +83,12 @@ std::string optionOf(const std::string& word) {
   return word.size() > 1 && word[0] == '-' ? word.substr(0, 2) : "";
 }
 
+std::string commandFault(const SimpleCommand& command);
+
+// Behind "--" stands a command of its own.
 std::string optionsFault(const SimpleCommand& command, std::size_t from, const std::string& help) {
   for (std::size_t i = from; i < command.size(); ++i) {
+    if (command[i] == "--") return commandFault({command.begin() + i + 1, command.end()});
     const std::string option = optionOf(command[i]);
     if (!option.empty() && !hasWord(help, option)) return "has no option " + option;
   }
@@ -153,6 +157,7 @@ std::string testProgramFault(const std::string& path) {
 }
 
 std::string commandFault(const SimpleCommand& command) {
+  if (command.empty()) return "is no command";
   const std::string& program = command[0];
   if (kSystemPrograms.count(program) != 0) return {};
   if (!builtProgram(program).empty()) {
