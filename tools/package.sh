@@ -13,12 +13,18 @@ readonly PACKAGE_ARCHITECTURES="amd64 arm64 armhf"
 package_command() {
   local release="" arch=""
   read_package_arguments "$@"
-  need build package
   if [[ -z $release$arch ]]; then
+    need build package
     package_here
-  else
-    package_in_root "${release:-$(this_release)}" "${arch:-$(dpkg --print-architecture)}"
+    return
   fi
+  release=${release:-$(this_release)} arch=${arch:-$(dpkg --print-architecture)}
+  [[ " $ROOT_RELEASES " == *" $release "* ]] ||
+    fail_usage "--release wants one of $ROOT_RELEASES, not '$release'"
+  [[ " $PACKAGE_ARCHITECTURES " == *" $arch "* ]] ||
+    fail_usage "--arch wants one of $PACKAGE_ARCHITECTURES, not '$arch'"
+  need build package
+  package_in_root "$release" "$arch"
 }
 
 # Sets the local variables of its caller: release, arch.
@@ -31,13 +37,16 @@ read_package_arguments() {
     esac
     shift
   done
-  [[ -z $release || " $ROOT_RELEASES " == *" $release "* ]] ||
-    fail_usage "--release wants one of $ROOT_RELEASES, not '$release'"
-  [[ -z $arch || " $PACKAGE_ARCHITECTURES " == *" $arch "* ]] ||
-    fail_usage "--arch wants one of $PACKAGE_ARCHITECTURES, not '$arch'"
 }
 
-this_release() { sed -n 's/^VERSION_CODENAME=//p' /etc/os-release; }
+# Sid calls itself by the name of the next release, but has no version yet.
+this_release() {
+  if grep -q '^VERSION_ID=' /etc/os-release; then
+    sed -n 's/^VERSION_CODENAME=//p' /etc/os-release
+  else
+    echo sid
+  fi
+}
 
 package_here() {
   local folder=$WREN_ROOT/build/package log=$WREN_ROOT/build/package.log
