@@ -30,6 +30,13 @@
 
 #include <hwy/detect_targets.h>
 
+#ifdef WREN_NEON_KERNELS
+// NEON needs no function attributes. With them, gcc refuses to inline Highway's functions into
+// implicit constructors, which have none.
+#undef HWY_HAVE_RUNTIME_DISPATCH
+#define HWY_HAVE_RUNTIME_DISPATCH 0
+#endif
+
 #ifdef WREN_X86_KERNELS
 #undef HWY_DISABLED_TARGETS
 #define HWY_DISABLED_TARGETS (~(HWY_SSSE3 | HWY_SSE4 | HWY_AVX2 | HWY_EMU128 | HWY_SCALAR))

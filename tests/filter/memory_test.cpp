@@ -80,13 +80,13 @@ class PagePeak : public testing::Test {
 };
 
 // docs/ARCHITECTURE.md states these figures.
-TEST_F(PagePeak, OfTheClassicMethodsIsAtMost2Point2Pages) {
+TEST_F(PagePeak, OfTheClassicMethodsIsAtMost1Point4Pages) {
   if (!kMemoryCounts) GTEST_SKIP() << "not measured with a sanitizer";
   for (const char* type : {"None", "FloydSteinberg", "JarvisJudiceNinke", "StevensonArce"}) {
     const double pages = pagesInMemory(type);
     RecordProperty(type, std::to_string(pages));
-    EXPECT_LE(pages, 2.2) << type;
-    EXPECT_GE(pages, 2.0) << type << ": the measurement itself is in doubt";
+    EXPECT_LE(pages, 1.4) << type;
+    EXPECT_GE(pages, 1.1) << type << ": the measurement itself is in doubt";
   }
 }
 
@@ -99,7 +99,7 @@ TEST_F(PagePeak, OfTheStencilMethodIsAtMost2Point2Pages) {
 
 TEST_F(PagePeak, DoesNotGrowWithTheNumberOfPages) {
   if (!kMemoryCounts) GTEST_SKIP() << "not measured with a sanitizer";
-  EXPECT_LE(pagesInMemory("None", 3), 2.2);
+  EXPECT_LE(pagesInMemory("None", 3), 1.4);
 }
 
 // --- No memory ---
