@@ -156,8 +156,8 @@ void diffuse(State& state, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
   for (auto _ : state) {
     WavefrontDiffuser diffuser(kWidth, kHeight, kThreshold, out.data(), kWidth);
-    for (int y = 0; y < kHeight; y += diffuser.blockRows()) {
-      const int rows = std::min(diffuser.blockRows(), kHeight - y);
+    for (int y = 0; y < kHeight; y += WavefrontDiffuser::kBlockRows) {
+      const int rows = std::min(WavefrontDiffuser::kBlockRows, kHeight - y);
       for (int r = 0; r < rows; ++r) {
         std::copy_n(page.pixels.data() + (y + r) * kWidth, kWidth, diffuser.row(r));
       }

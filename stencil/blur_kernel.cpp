@@ -4,6 +4,7 @@
 #include "stencil/blur_kernel.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "common/vector_level.h"
@@ -82,92 +83,138 @@ constexpr std::size_t kLanes = hn::MaxLanes(kWords);
 constexpr std::size_t kPairs = kBlurRadius / 2 + 1;  // of taps with different weights
 static_assert(kBlurRadius % 2 == 1, "the middle tap makes the number of weights even");
 
-struct VectorWeights {
-  WordVector upper[kPairs];  // alternately those of the two taps
-  WordVector lower[kBlurRadius + 1];
-};
-
 HWY_INLINE WordVector alternately(std::int16_t even, std::int16_t odd) {
   return hn::InterleaveLower(kWords, hn::Set(kWords, even), hn::Set(kWords, odd));
 }
 
+struct VectorWeights {
+  HWY_INLINE explicit VectorWeights(const BlurWeights& weights)
+      : shift(alternately(1, kShiftWeight)) {
+    for (std::size_t i = 0; i < kPairs; ++i) {
+      upper[i] = alternately(weights.upper[2 * i], weights.upper[2 * i + 1]);
+    }
+    for (std::size_t k = 0; k <= kBlurRadius; ++k) lower[k] = hn::Set(kWords, weights.lower[k]);
+  }
+
+  WordVector upper[kPairs];  // alternately those of the two taps
+  WordVector lower[kBlurRadius + 1];
+  WordVector shift;
+};
+
 // The sums of a vector of pixels, in the order of `InterleaveLower` and `InterleaveUpper`.
 struct PixelSums {
-  SumVector low;
-  SumVector low2;  // part of `low` where products are not added in pairs
-  SumVector high;
-  SumVector high2;
+  PixelSums() = default;
 
-  // Adds a * weight + b * weight.
+  // a * weight + b * weight.
+  HWY_INLINE PixelSums(WordVector a, WordVector b, WordVector weights)
+      : low(hn::Zero(kSums)), low2(low), high(low), high2(low) {
+    add(a, b, weights);
+  }
+
   HWY_INLINE void add(WordVector a, WordVector b, WordVector weights) {
     low =
         hn::ReorderWidenMulAccumulate(kSums, hn::InterleaveLower(kWords, a, b), weights, low, low2);
     high = hn::ReorderWidenMulAccumulate(kSums, hn::InterleaveUpper(kWords, a, b), weights, high,
                                          high2);
   }
+
+  // The whole sums in `low` and `high`.
+  HWY_INLINE PixelSums ordered() const {
+    PixelSums sums;
+    sums.low = hn::RearrangeToOddPlusEven(low, low2);
+    sums.high = hn::RearrangeToOddPlusEven(high, high2);
+    return sums;
+  }
+
+  SumVector low;
+  SumVector low2;  // products of odd lanes where the machine does not add them in pairs
+  SumVector high;
+  SumVector high2;
 };
 
+using TapRows = std::array<const std::int16_t*, kUnsharpSize>;
+
 // The inputs of tap `k` and of the tap with the same weight.
-HWY_INLINE WordVector tapInputs(const std::int16_t* const* rows, std::size_t k, int x) {
+HWY_INLINE WordVector tapInputs(const TapRows& rows, std::size_t k, int x) {
   const WordVector first = hn::LoadU(kWords, rows[k] + x);
   return k == kBlurRadius ? first
                           : hn::Add(first, hn::LoadU(kWords, rows[kUnsharpSize - 1 - k] + x));
 }
 
-HWY_INLINE PixelSums fastSums(const std::int16_t* const* rows, const VectorWeights& weights,
-                              WordVector shiftWeights, int x) {
-  const SumVector zero = hn::Zero(kSums);
-  PixelSums sums = {zero, zero, zero, zero};
-  WordVector rest = hn::Zero(kWords);
-  for (std::size_t i = 0; i < kPairs; ++i) {
-    const WordVector a = tapInputs(rows, 2 * i, x);
-    const WordVector b = tapInputs(rows, 2 * i + 1, x);
+HWY_INLINE WordVector lowerProducts(WordVector a, WordVector b, const WordVector* weights) {
+  return hn::Add(hn::MulHigh(a, weights[0]), hn::MulHigh(b, weights[1]));
+}
+
+HWY_INLINE PixelSums fastSums(const TapRows& rows, const VectorWeights& weights, int x) {
+  WordVector a = tapInputs(rows, 0, x);
+  WordVector b = tapInputs(rows, 1, x);
+  PixelSums sums(a, b, weights.upper[0]);
+  WordVector rest = lowerProducts(a, b, weights.lower);
+  for (std::size_t i = 1; i < kPairs; ++i) {
+    a = tapInputs(rows, 2 * i, x);
+    b = tapInputs(rows, 2 * i + 1, x);
     sums.add(a, b, weights.upper[i]);
-    rest = hn::Add(rest, hn::MulHigh(a, weights.lower[2 * i]));
-    rest = hn::Add(rest, hn::MulHigh(b, weights.lower[2 * i + 1]));
+    rest = hn::Add(rest, lowerProducts(a, b, weights.lower + 2 * i));
   }
-  sums.add(rest, hn::Set(kWords, kShiftFactor), shiftWeights);
-  sums.low = hn::RearrangeToOddPlusEven(sums.low, sums.low2);
-  sums.high = hn::RearrangeToOddPlusEven(sums.high, sums.high2);
-  return sums;
+  sums.add(rest, hn::Set(kWords, kShiftFactor), weights.shift);
+  return sums.ordered();
 }
 
 HWY_INLINE auto isUndecided(SumVector sums) {
   return hn::Eq(hn::And(sums, hn::Set(kSums, kUndecidedMask)), hn::Zero(kSums));
 }
 
-HWY_INLINE SumVector levelsOf(SumVector sums) {
-  return hn::ShiftLeft<kLevelFractionBits>(hn::ShiftRight<kSumBits>(sums));
+// Stores the levels of a vector of pixels.
+HWY_INLINE void storeLevels(const PixelSums& sums, std::int16_t* out) {
+  constexpr int kDropped = BlurWeights::kWeightBits;  // sixteenths are left
+  const WordVector levels = hn::ReorderDemote2To(kWords, hn::ShiftRight<kDropped>(sums.low),
+                                                 hn::ShiftRight<kDropped>(sums.high));
+  hn::StoreU(hn::And(levels, hn::Set(kWords, -(1 << kLevelFractionBits))), kWords, out);
+}
+
+// Computes the undecided pixels of a vector again.
+HWY_NOINLINE void decide(const std::int16_t* const* rows, const BlurWeights& weights,
+                         const PixelSums& sums, std::int16_t* out, int x) {
+  std::int16_t undecided[kLanes];
+  hn::StoreU(hn::ReorderDemote2To(kWords, hn::VecFromMask(kSums, isUndecided(sums.low)),
+                                  hn::VecFromMask(kSums, isUndecided(sums.high))),
+             kWords, undecided);
+  for (std::size_t lane = 0; lane < kLanes; ++lane) {
+    const int column = x + static_cast<int>(lane);
+    if (undecided[lane] != 0) out[column] = definedLevel(rows, weights, column);
+  }
+}
+
+// Two vectors at once share the test and the addresses.
+template <int Vectors>
+HWY_INLINE void blurVectorsAt(const std::int16_t* const* rows, const TapRows& taps,
+                              const BlurWeights& weights, const VectorWeights& vectors,
+                              std::int16_t* out, int x) {
+  constexpr int kStep = static_cast<int>(kLanes);
+  PixelSums sums[Vectors];
+  for (int i = 0; i < Vectors; ++i) sums[i] = fastSums(taps, vectors, x + i * kStep);
+  auto undecided = hn::Or(isUndecided(sums[0].low), isUndecided(sums[0].high));
+  for (int i = 1; i < Vectors; ++i) {
+    undecided = hn::Or(undecided, hn::Or(isUndecided(sums[i].low), isUndecided(sums[i].high)));
+  }
+  for (int i = 0; i < Vectors; ++i) storeLevels(sums[i], out + x + i * kStep);
+  if (HWY_LIKELY(hn::AllFalse(kSums, undecided))) return;
+  for (int i = 0; i < Vectors; ++i) decide(rows, weights, sums[i], out, x + i * kStep);
 }
 
 }  // namespace
 
 void blurVectors(const std::int16_t* const* rows, const BlurWeights& weights, std::int16_t* out,
                  int from, int to) {
-  VectorWeights vectors;
-  for (std::size_t i = 0; i < kPairs; ++i) {
-    vectors.upper[i] = alternately(weights.upper[2 * i], weights.upper[2 * i + 1]);
+  const VectorWeights vectors(weights);
+  TapRows taps;  // a copy, which no store to `out` can change
+  std::copy_n(rows, taps.size(), taps.begin());
+  constexpr int kStep = static_cast<int>(kLanes);
+  int x = from;
+  for (; x + 2 * kStep <= to; x += 2 * kStep) {
+    blurVectorsAt<2>(rows, taps, weights, vectors, out, x);
   }
-  for (std::size_t k = 0; k <= kBlurRadius; ++k) {
-    vectors.lower[k] = hn::Set(kWords, weights.lower[k]);
-  }
-  const WordVector shiftWeights = alternately(1, kShiftWeight);
-  for (int x = from; x < to; x += static_cast<int>(kLanes)) {
-    const PixelSums sums = fastSums(rows, vectors, shiftWeights, x);
-    hn::StoreU(hn::ReorderDemote2To(kWords, levelsOf(sums.low), levelsOf(sums.high)), kWords,
-               out + x);
-    const auto low = isUndecided(sums.low);
-    const auto high = isUndecided(sums.high);
-    if (HWY_LIKELY(hn::AllFalse(kSums, hn::Or(low, high)))) continue;
-    std::int16_t undecided[kLanes];
-    hn::StoreU(
-        hn::ReorderDemote2To(kWords, hn::VecFromMask(kSums, low), hn::VecFromMask(kSums, high)),
-        kWords, undecided);
-    for (std::size_t lane = 0; lane < kLanes; ++lane) {
-      const int column = x + static_cast<int>(lane);
-      if (undecided[lane] != 0) out[column] = definedLevel(rows, weights, column);
-    }
-  }
+  if (x < to) blurVectorsAt<1>(rows, taps, weights, vectors, out, x);
 }
 
 }  // namespace wren::stencil::HWY_NAMESPACE
@@ -179,9 +226,37 @@ HWY_AFTER_NAMESPACE();
 namespace wren::stencil {
 namespace {
 
+constexpr int kScalarPx = 64;
+
+// Adds the inputs a + b of a tap, or a alone, to `count` sums.
+HWY_NOINLINE void addTap(const std::int16_t* a, const std::int16_t* b, std::int16_t upper,
+                         std::int16_t lower, std::int32_t* __restrict sums, int count) {
+  for (int i = 0; i < count; ++i) {
+    const auto input = static_cast<std::int16_t>(a[i] + b[i]);
+    sums[i] += input * upper + static_cast<std::int16_t>((input * lower) >> 16);
+  }
+}
+
+// Written for the compiler's vectoriser: most processors without a vector level of ours have
+// instructions for these loops.
 void blurScalar(const std::int16_t* const* rows, const BlurWeights& weights, std::int16_t* out,
                 int from, int to) {
-  for (int x = from; x < to; ++x) out[x] = definedLevel(rows, weights, x);
+  constexpr std::int16_t kNone[kScalarPx] = {};
+  for (int x = from; x < to; x += kScalarPx) {
+    const int count = std::min(kScalarPx, to - x);
+    std::int32_t sums[kScalarPx];
+    std::fill_n(sums, count, kShiftFactor * kShiftWeight);
+    for (std::size_t k = 0; k <= kBlurRadius; ++k) {
+      const std::int16_t* other = k == kBlurRadius ? kNone : rows[kUnsharpSize - 1 - k] + x;
+      addTap(rows[k] + x, other, weights.upper[k], weights.lower[k], sums, count);
+    }
+    for (int i = 0; i < count; ++i) {
+      out[x + i] = static_cast<std::int16_t>(sums[i] >> kSumBits << kLevelFractionBits);
+    }
+    for (int i = 0; i < count; ++i) {
+      if ((sums[i] & kUndecidedMask) == 0) out[x + i] = definedLevel(rows, weights, x + i);
+    }
+  }
 }
 
 constexpr KernelTable<decltype(&blurScalar)> kBlur = WREN_KERNEL_TABLE(blurScalar, blurVectors);

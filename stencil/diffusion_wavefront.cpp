@@ -9,47 +9,16 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include "common/vector_level.h"
 #include "common/vector_targets.h"
+#include "stencil/diffusion_scalar.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "stencil/diffusion_wavefront.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
-
-#ifndef WREN_STENCIL_DIFFUSION_WAVEFRONT
-#define WREN_STENCIL_DIFFUSION_WAVEFRONT
-
-namespace wren::stencil {
-
-// The weights of the six taps.
-inline constexpr float kRight = diffusionWeight(+1, 0);
-inline constexpr float kSecondRight = diffusionWeight(+2, 0);
-inline constexpr float kBelowSecondLeft = diffusionWeight(-2, 1);
-inline constexpr float kBelowLeft = diffusionWeight(-1, 1);
-inline constexpr float kBelow = diffusionWeight(0, 1);
-inline constexpr float kBelowRight = diffusionWeight(+1, 1);
-static_assert(std::size(kDiffusionTaps) == 6, "a step knows every tap");
-
-// One column more than the error terms need: the sum that a row completes in a step is then
-// not on the way to the next step of the row below.
-inline constexpr int kLag = kDiffusionLag + 1;
-static_assert(kLag <= DiffusionState::kHistory);
-
-// Steps without a pixel between two rows of a lane: before the first column one error term
-// of 0 for the sum of that column, behind the last column two for the sums of the last two.
-inline constexpr int kGapSteps = 3;
-
-// Bits of the level of a white pixel with two black neighbours. A white neighbour adds a
-// `kNeighbourCorrection`, a charge.
-inline constexpr std::int32_t kLeastWhiteBits = kWhiteBits - 2 * kNeighbourCorrection;
-
-}  // namespace wren::stencil
-
-#endif  // WREN_STENCIL_DIFFUSION_WAVEFRONT
 
 #if WREN_IS_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
@@ -61,7 +30,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Floats = hn::CappedTag<float, DiffusionState::kMaxLanes>;
 using Ints = hn::RebindToSigned<Floats>;
 using Bytes = hn::ScalableTag<std::uint8_t>;
-using BlockBytes = hn::CappedTag<std::uint8_t, 16>;
 using FloatVector = hn::Vec<Floats>;
 using IntVector = hn::Vec<Ints>;
 using ByteVector = hn::Vec<Bytes>;
@@ -71,16 +39,9 @@ constexpr Ints kInts;
 constexpr Bytes kBytes;
 
 constexpr int kLanes = static_cast<int>(hn::MaxLanes(kFloats));
-#ifndef WREN_V
-#define WREN_V 2
-#endif
-constexpr int kVectors = kLanes == 8 ? WREN_V : 4;
-constexpr int kRows = kVectors * kLanes;
-static_assert(kRows <= DiffusionState::kMaxRows);
-constexpr int kGroupRows = 16;  // rows of a tile
-constexpr int kGroups = kRows / kGroupRows;
-constexpr int kGroupVectors = kGroupRows / kLanes;
-static_assert(kRows % kGroupRows == 0);
+constexpr int kRows = DiffusionState::kRows;
+constexpr int kVectors = kRows / kLanes;
+static_assert(kRows == 16, "a tile is transposed in blocks of 16 bytes");
 
 // Steps of a tile.
 constexpr int kSteps = static_cast<int>(hn::MaxLanes(kBytes));
@@ -100,10 +61,10 @@ constexpr int rowOfByte(int i) {
 // Tiles: the same steps of 16 rows. Before the transpose vector i is a row; after it, byte i of
 // a 16-byte block is row i, and vector s holds the steps s, s + 16, ...
 struct Tile {
-  ByteVector v[kGroupRows];
+  ByteVector v[kRows];
 };
 
-using AllRows = std::make_index_sequence<kGroupRows>;
+using AllRows = std::make_index_sequence<kRows>;
 
 // Written out for every vector, so that as much of the tile as possible stays in registers.
 template <std::size_t... I>
@@ -117,10 +78,9 @@ HWY_INLINE Tile transposed(const Tile& tile) {
                      AllRows());
 }
 
-// The levels or dots of one tile of each group, by step.
+// The levels or dots of a tile, by step.
 struct Steps {
-  static constexpr std::size_t kGroupBytes = kGroupRows * kSteps;
-  alignas(64) std::uint8_t bytes[kGroups][kGroupBytes];
+  alignas(64) std::uint8_t bytes[kRows * kSteps];
 
   static constexpr std::size_t offset(int step) {
     return static_cast<std::size_t>(step % 16 * kSteps + step / 16 * 16);
@@ -137,8 +97,7 @@ struct Lane {
 
 // Where a vector stores what later steps need.
 struct StepPlace {
-  float* below;   // complete sums of error terms for the row below
-  float* second;  // error terms for the second pixel to the right
+  float* start;  // error terms for the pixel after the next, but for that of the next pixel
   std::int32_t* charges;
 };
 
@@ -152,6 +111,15 @@ struct Edges {
   hn::Mask<Floats> inside;
   hn::Mask<Floats> border;
 };
+
+HWY_INLINE Edges loadEdges(const std::int32_t* masks) {
+  return {hn::RebindMask(kFloats, hn::MaskFromVec(hn::LoadU(kInts, masks))),
+          hn::RebindMask(kFloats, hn::MaskFromVec(hn::LoadU(kInts, masks + kRows)))};
+}
+
+// Where a step has the masks from: it needs none, they are stored because all blocks without a
+// border row have the same, or they are computed.
+enum class EdgeMasks { kNone, kStored, kComputed };
 
 // Which rows of the page the lanes are on.
 struct RowMasks {
@@ -179,14 +147,14 @@ HWY_INLINE Edges edgesOf(const DiffusionState& state, const RowMasks& rows, int 
   return {hn::RebindMask(kFloats, inside), hn::RebindMask(kFloats, border)};
 }
 
-// (v1, v2, ..., last): moves every lane down by one. The lane of the row above.
-template <class D>
-HWY_INLINE hn::Vec<D> shiftedIn(D d, hn::Vec<D> v, hn::TFromD<D> last) {
-  alignas(64) std::int32_t next[kLanes];
-  for (int i = 0; i < kLanes; ++i) next[i] = (i + 1) % kLanes;
-  const auto rotated = hn::TableLookupLanes(v, hn::SetTableIndices(d, next));
-  const auto isLast = hn::Not(hn::FirstN(d, kLanes - 1));
-  return hn::IfThenElse(isLast, hn::Set(d, last), rotated);
+// (v1, v2, ..., next0): moves every lane down by one.
+template <class D, class V>
+HWY_INLINE V shiftedIn(D d, V v, V next) {
+  if constexpr (kLanes == 4) {
+    return hn::CombineShiftRightBytes<4>(d, next, v);
+  } else {
+    return hn::CombineShiftRightBytes<4>(d, hn::ConcatLowerUpper(d, next, v), v);
+  }
 }
 
 HWY_INLINE FloatVector pixelsOf(const std::uint8_t* bytes) {
@@ -194,44 +162,47 @@ HWY_INLINE FloatVector pixelsOf(const std::uint8_t* bytes) {
   return hn::ConvertTo(kFloats, hn::PromoteTo(kInts, hn::LoadU(few, bytes)));
 }
 
-// Decides the pixels of a vector and stores what later steps need. `sums` are the error terms
-// from the row above, `charges` the charges of the row above.
-template <bool AtEdge>
-HWY_INLINE IntVector decide(Lane& lane, FloatVector sums, IntVector charges, FloatVector pixels,
-                            FloatVector threshold, const Edges& edges, StepPlace place) {
+// What a step leaves for later ones.
+struct Decided {
+  FloatVector below;   // complete sums of error terms for the row below
+  FloatVector second;  // error terms for the second pixel to the right
+  IntVector charges;
+};
+
+// Decides the pixels of a vector. `chargesAbove` are the charges of the row above.
+template <EdgeMasks Masks>
+HWY_INLINE Decided decide(Lane& lane, IntVector chargesAbove, FloatVector pixels,
+                          FloatVector threshold, const Edges& edges, const StepPlace& place) {
   const auto weight = [](float w) HWY_ATTR { return hn::Set(kFloats, w); };
-  const FloatVector second = hn::Load(kFloats, place.second - 2 * kRows);
+  const FloatVector start = hn::Load(kFloats, place.start - 2 * kRows);
   const IntVector chargesLeft = hn::Load(kInts, place.charges - kRows);
-  const FloatVector v = hn::Add(hn::Add(hn::Add(sums, second), lane.right), pixels);
+  const FloatVector v = hn::Add(hn::Add(start, lane.right), pixels);
   const auto white = hn::Gt(v, threshold);
-  FloatVector whiteLevel =
-      hn::BitCast(kFloats, hn::Add(hn::Add(hn::Set(kInts, kLeastWhiteBits), charges), chargesLeft));
-  if constexpr (AtEdge) {
+  FloatVector whiteLevel = hn::BitCast(
+      kFloats, hn::Add(hn::Add(hn::Set(kInts, kLeastWhiteBits), chargesAbove), chargesLeft));
+  if constexpr (Masks != EdgeMasks::kNone) {
     whiteLevel = hn::IfThenElse(edges.border, hn::Set(kFloats, kWhite), whiteLevel);
   }
   FloatVector error = hn::Sub(v, hn::IfThenElseZero(white, whiteLevel));
-  if constexpr (AtEdge) error = hn::IfThenElseZero(edges.inside, error);
+  if constexpr (Masks != EdgeMasks::kNone) error = hn::IfThenElseZero(edges.inside, error);
+  const FloatVector below = hn::Add(lane.twoTerms, hn::Mul(error, weight(kBelowSecondLeft)));
   lane.right = hn::Mul(error, weight(kRight));
-  hn::Store(hn::Mul(error, weight(kSecondRight)), kFloats, place.second);
-  hn::Store(hn::Add(lane.twoTerms, hn::Mul(error, weight(kBelowSecondLeft))), kFloats, place.below);
   lane.twoTerms = hn::Add(lane.oneTerm, hn::Mul(error, weight(kBelowLeft)));
   lane.oneTerm = hn::Add(lane.firstTerm, hn::Mul(error, weight(kBelow)));
   lane.firstTerm = hn::Mul(error, weight(kBelowRight));
-  const IntVector now =
+  const IntVector charges =
       hn::IfThenElseZero(hn::RebindMask(kInts, white), hn::Set(kInts, kNeighbourCorrection));
-  hn::Store(now, kInts, place.charges);
-  return now;
+  hn::Store(charges, kInts, place.charges);
+  return {below, hn::Mul(error, weight(kSecondRight)), charges};
 }
 
 // Dots from charges: the packing saturates them to 255.
 HWY_INLINE void storeDots(const IntVector* charges, std::uint8_t* bytes) {
   const hn::Repartition<std::int16_t, Ints> words;
-  const hn::Rebind<std::uint8_t, decltype(words)> few;
-  constexpr int kFew = static_cast<int>(
-      hn::MaxLanes(hn::Rebind<std::uint8_t, hn::Repartition<std::int16_t, Ints>>()));
-  for (int i = 0; i < kGroupVectors / 2; ++i) {
-    hn::StoreU(hn::DemoteTo(few, hn::ReorderDemote2To(words, charges[2 * i], charges[2 * i + 1])),
-               few, bytes + i * kFew);
+  const hn::Rebind<std::uint8_t, decltype(words)> packed;
+  for (int i = 0; i < kVectors; i += 2) {
+    hn::StoreU(hn::DemoteTo(packed, hn::ReorderDemote2To(words, charges[i], charges[i + 1])),
+               packed, bytes + i * kLanes);
   }
 }
 
@@ -244,42 +215,67 @@ constexpr int rowOfDot(int i) {
   return rowOfLane(vector, block * 4 + i % 4);
 }
 
-template <bool AtEdge, std::size_t... K>
+// The row above the block and the last row of the block, at their columns of this step.
+struct OtherBlocks {
+  const float* sumsAbove;
+  const std::int32_t* chargesAbove;
+  float* sums;
+  std::int32_t* charges;
+};
+
+template <EdgeMasks Masks>
+HWY_INLINE Edges edgesFor(const DiffusionState& state, const RowMasks& rows,
+                          const std::int32_t* stored, int vector, int step) {
+  if constexpr (Masks == EdgeMasks::kStored) return loadEdges(stored);
+  if constexpr (Masks == EdgeMasks::kComputed) return edgesOf(state, rows, vector, step);
+  return {hn::FirstN(kFloats, 0), hn::FirstN(kFloats, 0)};  // not used
+}
+
+template <EdgeMasks Masks, std::size_t... K>
 HWY_INLINE void stepAll(Wave& wave, const DiffusionState& state, const RowMasks& rows, int u,
-                        StepPlace place, const std::uint8_t* levels, std::uint8_t* dots,
+                        const std::int32_t* masks, const StepPlace& place,
+                        const OtherBlocks& others, const std::uint8_t* levels, std::uint8_t* dots,
                         std::index_sequence<K...>) {
+  FloatVector below[kVectors];
+  FloatVector second[kVectors];
   IntVector charges[kVectors];
   const auto one = [&](auto index) HWY_ATTR {
     constexpr int k = decltype(index)::value;
     constexpr int kAbove = (k + kVectors - 1) % kVectors * kLanes;
-    Edges edges;
-    if constexpr (AtEdge) edges = edgesOf(state, rows, k, u);
-    FloatVector sums = hn::Load(kFloats, place.below + kAbove - (kLag - 2) * kRows);
-    IntVector above = hn::Load(kInts, place.charges + kAbove - kLag * kRows);
+    const Edges edges = edgesFor<Masks>(state, rows, masks + k * kLanes, k, u);
+    IntVector chargesAbove = hn::Load(kInts, place.charges + kAbove - kLag * kRows);
     if constexpr (k == 0) {
-      sums = shiftedIn(kFloats, sums, state.sums[u]);
-      above = shiftedIn(kInts, above, state.charges[u]);
+      chargesAbove = shiftedIn(kInts, chargesAbove, hn::LoadU(kInts, others.chargesAbove));
     }
-    const FloatVector pixels =
-        pixelsOf(levels + k / kGroupVectors * Steps::kGroupBytes + k % kGroupVectors * kLanes);
-    const StepPlace own = {place.below + k * kLanes, place.second + k * kLanes,
-                           place.charges + k * kLanes};
-    charges[k] = decide<AtEdge>(wave.lanes[k], sums, above, pixels, wave.threshold, edges, own);
+    const Decided decided =
+        decide<Masks>(wave.lanes[k], chargesAbove, pixelsOf(levels + k * kLanes), wave.threshold,
+                      edges, {place.start + k * kLanes, place.charges + k * kLanes});
+    below[k] = decided.below;
+    second[k] = decided.second;
+    charges[k] = decided.charges;
+    if constexpr (k > 0) {
+      hn::Store(hn::Add(below[k - 1], second[k]), kFloats, place.start + k * kLanes);
+    }
   };
   (one(std::integral_constant<int, static_cast<int>(K)>()), ...);
-  for (int g = 0; g < kGroups; ++g) {
-    storeDots(charges + g * kGroupVectors, dots + g * Steps::kGroupBytes);
-  }
+  constexpr int kLast = kVectors - 1;
+  const FloatVector belowLast =
+      shiftedIn(kFloats, below[kLast], hn::LoadU(kFloats, others.sumsAbove));
+  hn::Store(hn::Add(belowLast, second[0]), kFloats, place.start);
+  // The first lane is the last row. The other lanes land on places that later steps overwrite.
+  hn::StoreU(below[kLast], kFloats, others.sums);
+  hn::StoreU(charges[kLast], kInts, others.charges);
+  storeDots(charges, dots);
 }
 
-HWY_INLINE void loadWave(const DiffusionState& state, Wave& wave) {
-  for (int k = 0; k < kVectors; ++k) {
-    const auto value = [&](std::size_t i) HWY_ATTR {
-      return hn::LoadU(kFloats, state.values[i].data() + k * kLanes);
-    };
-    wave.lanes[k] = {value(0), value(1), value(2), value(3)};
-  }
-  wave.threshold = hn::Set(kFloats, state.threshold);
+// Built whole: the compilers give constructors that nobody wrote no vector instructions.
+template <std::size_t... K>
+HWY_INLINE Wave loadWave(const DiffusionState& state, std::index_sequence<K...>) {
+  const auto value = [&](std::size_t i, std::size_t k) HWY_ATTR {
+    return hn::LoadU(kFloats, state.values[i].data() + k * kLanes);
+  };
+  return {{Lane{value(0, K), value(1, K), value(2, K), value(3, K)}...},
+          hn::Set(kFloats, state.threshold)};
 }
 
 HWY_INLINE void storeWave(const Wave& wave, DiffusionState& state) {
@@ -301,43 +297,61 @@ HWY_INLINE void keepHistory(Line& line, int count) {
   std::memmove(line.data(), line.data() + count * kRows, kKept * sizeof line[0]);
 }
 
+// `slot` of a line of the period, which the last row or the row above may have passed already.
+inline int slotIn(const DiffusionState& state, int slot) {
+  if (slot < 0) return slot + state.period;
+  return slot < state.period ? slot : slot - state.period;
+}
+
+// Stores the masks of a tile for blocks without a border row.
+HWY_NOINLINE void storeMasks(const DiffusionState& state, int u, std::int32_t* masks) {
+  const RowMasks noBorders = {};
+  for (int s = 0; s < kSteps; ++s, masks += 2 * kRows) {
+    for (int k = 0; k < kVectors; ++k) {
+      const Edges edges = edgesOf(state, noBorders, k, u + s);
+      const auto keep = [&](hn::Mask<Floats> mask, std::int32_t* to) HWY_ATTR {
+        hn::StoreU(hn::VecFromMask(kInts, hn::RebindMask(kInts, mask)), kInts, to + k * kLanes);
+      };
+      keep(edges.inside, masks);
+      keep(edges.border, masks + kRows);
+    }
+  }
+}
+
 // The steps from `u` of a period, at most `kSteps`.
-template <bool AtEdge>
-HWY_NOINLINE void diffuseTile(DiffusionState& state, const RowMasks& rows, int u, int count,
-                              const Steps& levels, Steps& dots) {
-  Wave wave;
-  loadWave(state, wave);
-  StepPlace place = {state.belowLine.data() + DiffusionState::kHistory * kRows,
-                     state.secondLine.data() + DiffusionState::kHistory * kRows,
+template <EdgeMasks Masks>
+HWY_NOINLINE void diffuseTile(DiffusionState& state, const RowMasks& rows,
+                              const std::int32_t* masks, int u, int count, const Steps& levels,
+                              Steps& dots) {
+  Wave wave = loadWave(state, std::make_index_sequence<kVectors>());
+  StepPlace place = {state.startLine.data() + DiffusionState::kHistory * kRows,
                      state.chargeLine.data() + DiffusionState::kHistory * kRows};
+  float* const sums = state.sums;
+  std::int32_t* const charges = state.charges;
+  const auto slot = [&](int i) {
+    if constexpr (Masks != EdgeMasks::kNone) return slotIn(state, i);
+    return i;
+  };
   for (int begin = 0; begin < count; begin += 16) {
     const int end = std::min(count, begin + 16);
-    const std::size_t base = Steps::offset(begin);
-    const std::uint8_t* levelBytes = levels.bytes[0] + base;
-    std::uint8_t* dotBytes = dots.bytes[0] + base;
-    for (int s = begin; s < end; ++s) {
-      stepAll<AtEdge>(wave, state, rows, u + s, place, levelBytes, dotBytes,
-                      std::make_index_sequence<kVectors>());
-      // The first lane is the last row. The other lanes land on places that later steps
-      // overwrite.
-      constexpr int kLast = (kVectors - 1) * kLanes;
-      const int sumSlot = u + s - kLag * kRows + 2;
-      const int chargeSlot = u + s - kLag * kRows + kLag;
-      hn::StoreU(hn::Load(kFloats, place.below + kLast), kFloats,
-                 state.sums + (AtEdge && sumSlot < 0 ? sumSlot + state.period : sumSlot));
-      hn::StoreU(
-          hn::Load(kInts, place.charges + kLast), kInts,
-          state.charges + (AtEdge && chargeSlot < 0 ? chargeSlot + state.period : chargeSlot));
-      place.below += kRows;
-      place.second += kRows;
+    const std::uint8_t* levelBytes = levels.bytes + Steps::offset(begin);
+    std::uint8_t* dotBytes = dots.bytes + Steps::offset(begin);
+    for (int now = u + begin; now < u + end; ++now) {
+      stepAll<Masks>(wave, state, rows, now, masks, place,
+                     {.sumsAbove = sums + slot(now + 2),
+                      .chargesAbove = charges + now,
+                      .sums = sums + slot(now + 2 - kLag * kRows),
+                      .charges = charges + slot(now + kLag - kLag * kRows)},
+                     levelBytes, dotBytes, std::make_index_sequence<kVectors>());
+      place.start += kRows;
       place.charges += kRows;
       levelBytes += kSteps;
       dotBytes += kSteps;
+      masks += 2 * kRows;
     }
   }
   storeWave(wave, state);
-  keepHistory(state.belowLine, count);
-  keepHistory(state.secondLine, count);
+  keepHistory(state.startLine, count);
   keepHistory(state.chargeLine, count);
 }
 
@@ -346,18 +360,14 @@ template <std::size_t... I>
 HWY_INLINE void gather(const DiffusionState& state, int u, Steps& levels,
                        std::index_sequence<I...>) {
   const std::uint8_t* first = state.levels + state.leadPx + u - 1;
-  for (int g = 0; g < kGroups; ++g) {
-    const auto rowAt = [&](int i) HWY_ATTR {
-      return hn::LoadU(kBytes, first + rowOfByte(g * kGroupRows + i) * (state.pitch - kLag));
-    };
-    const Tile tile = transposed(Tile{{rowAt(static_cast<int>(I))...}});
-    (hn::Store(tile.v[I], kBytes, levels.bytes[g] + I * kSteps), ...);
-  }
+  const Tile tile = transposed(
+      Tile{{hn::LoadU(kBytes, first + rowOfByte(static_cast<int>(I)) * (state.pitch - kLag))...}});
+  (hn::Store(tile.v[I], kBytes, levels.bytes + I * kSteps), ...);
 }
 
 template <std::size_t... I>
-HWY_INLINE Tile dotRows(const Steps& dots, int group, std::index_sequence<I...>) {
-  return transposed(Tile{{hn::Load(kBytes, dots.bytes[group] + I * kSteps)...}});
+HWY_INLINE Tile dotRows(const Steps& dots, std::index_sequence<I...>) {
+  return transposed(Tile{{hn::Load(kBytes, dots.bytes + I * kSteps)...}});
 }
 
 // Writes the dots of a tile whose lanes are all on pixels of the page.
@@ -365,13 +375,10 @@ template <std::size_t... I>
 HWY_INLINE void scatter(const DiffusionState& state, int u, const Steps& dots,
                         std::index_sequence<I...>) {
   std::uint8_t* first = state.result + state.y * state.resultStride + u - 1;
-  for (int g = 0; g < kGroups; ++g) {
-    const Tile rows = dotRows(dots, g, AllRows());
-    (hn::StoreU(
-         rows.v[I], kBytes,
-         first + rowOfDot(g * kGroupRows + static_cast<int>(I)) * (state.resultStride - kLag)),
-     ...);
-  }
+  const Tile rows = dotRows(dots, AllRows());
+  (hn::StoreU(rows.v[I], kBytes,
+              first + rowOfDot(static_cast<int>(I)) * (state.resultStride - kLag)),
+   ...);
 }
 
 // Copies the dots that are on pixels of row `y`: those of the columns from `x`.
@@ -385,16 +392,18 @@ void copyDots(const DiffusionState& state, const std::uint8_t* dots, int count, 
 }
 
 void scatterAtEdge(const DiffusionState& state, int u, int count, const Steps& dots) {
-  for (int g = 0; g < kGroups; ++g) {
-    const Tile rows = dotRows(dots, g, AllRows());
-    for (int i = 0; i < kGroupRows; ++i) {
-      alignas(64) std::uint8_t bytes[kSteps];
-      hn::Store(rows.v[i], kBytes, bytes);
-      const int row = rowOfDot(g * kGroupRows + i);
-      const int x = u - kLag * row - 1;
-      copyDots(state, bytes, count, state.y + row, x);
-      copyDots(state, bytes, std::min(count, -x), state.y + row - kRows, x + state.period);
+  const Tile rows = dotRows(dots, AllRows());
+  for (int i = 0; i < kRows; ++i) {
+    const int y = state.y + rowOfDot(i);
+    const int x = u - kLag * rowOfDot(i) - 1;
+    if (count == kSteps && x >= 0 && x <= state.width - kSteps && y < state.height) {
+      hn::StoreU(rows.v[i], kBytes, state.result + y * state.resultStride + x);
+      continue;
     }
+    alignas(64) std::uint8_t bytes[kSteps];
+    hn::Store(rows.v[i], kBytes, bytes);
+    copyDots(state, bytes, count, y, x);
+    if (x < 0) copyDots(state, bytes, std::min(count, -x), y - kRows, x + state.period);
   }
 }
 
@@ -414,33 +423,36 @@ RowMasks rowMasks(const DiffusionState& state) {
 
 }  // namespace
 
-int blockRowsVectors() {
-  return kRows;
-}
-
 // One period: the rows of a block but for their last columns, and the last columns of the
 // block before.
 void diffuseBlockVectors(DiffusionState& state) {
   const RowMasks rows = rowMasks(state);
-  const bool hasBorderRow = state.y == 0 || state.y + kRows >= state.height;
+  const bool hasBorderRow = state.y <= kRows || state.y + kRows >= state.height;
   // After the last row only what is left of the block before.
   const int lastRow = (state.height - 1) % kRows;
   const int steps =
       state.y < state.height ? state.period : kLag * lastRow + 1 + state.width - state.period;
   Steps levels;
   Steps dots;
+  std::int32_t* masks = state.edgeMasks;
   for (int u = 0; u < steps; u += kSteps) {
     const int count = std::min(kSteps, state.period - u);
     gather(state, u, levels, AllRows());
-    const bool atEdge = hasBorderRow || u < kLag * kRows || u + kSteps > state.width;
-    if (atEdge) {
-      diffuseTile<true>(state, rows, u, count, levels, dots);
-      scatterAtEdge(state, u, count, dots);
-    } else {
-      diffuseTile<false>(state, rows, u, count, levels, dots);
+    if (u >= kLag * kRows && u + kSteps <= state.width && !hasBorderRow) {
+      diffuseTile<EdgeMasks::kNone>(state, rows, masks, u, count, levels, dots);
       scatter(state, u, dots, AllRows());
+      continue;
     }
+    if (hasBorderRow) {
+      diffuseTile<EdgeMasks::kComputed>(state, rows, masks, u, count, levels, dots);
+    } else {
+      if (!state.hasEdgeMasks) storeMasks(state, u, masks);
+      diffuseTile<EdgeMasks::kStored>(state, rows, masks, u, count, levels, dots);
+      masks += 2 * kRows * kSteps;
+    }
+    scatterAtEdge(state, u, count, dots);
   }
+  state.hasEdgeMasks = state.hasEdgeMasks || !hasBorderRow;
   for (int r = 0; r < kRows; ++r) {
     std::uint8_t* row = state.levels + r * state.pitch;
     std::memcpy(row, row + state.period, static_cast<std::size_t>(state.leadPx));
@@ -456,52 +468,6 @@ HWY_AFTER_NAMESPACE();
 namespace wren::stencil {
 namespace {
 
-constexpr int kScalarBlockRows = 16;
-
-int blockRowsScalar() {
-  return kScalarBlockRows;
-}
-
-void diffuseRowScalar(const DiffusionState& state, const std::uint8_t* levels, int y) {
-  std::uint8_t* out = state.result + y * state.resultStride;
-  const bool isBorderRow = y == 0 || y == state.height - 1;
-  float right = 0.0F;
-  float second = 0.0F;
-  float nextSecond = 0.0F;
-  float twoTerms = 0.0F;
-  float oneTerm = 0.0F;
-  float firstTerm = 0.0F;
-  std::int32_t chargeLeft = 0;
-  for (int x = 0; x < state.width; ++x) {
-    const float v = ((state.sums[x] + second) + right) + static_cast<float>(levels[x]);
-    const bool white = v > state.threshold;
-    const bool isBorder = isBorderRow || x == 0 || x == state.width - 1;
-    const std::int32_t bits =
-        isBorder ? kWhiteBits : kLeastWhiteBits + state.charges[x] + chargeLeft;
-    const float error = white ? v - std::bit_cast<float>(bits) : v;
-    chargeLeft = white ? kNeighbourCorrection : 0;
-    state.charges[x] = chargeLeft;
-    out[x] = white ? 255 : 0;
-    right = error * kRight;
-    second = nextSecond;
-    nextSecond = error * kSecondRight;
-    if (x >= 2) state.sums[x - 2] = twoTerms + error * kBelowSecondLeft;
-    twoTerms = oneTerm + error * kBelowLeft;
-    oneTerm = firstTerm + error * kBelow;
-    firstTerm = error * kBelowRight;
-  }
-  if (state.width >= 2) state.sums[state.width - 2] = twoTerms;
-  state.sums[state.width - 1] = oneTerm;
-}
-
-void diffuseBlockScalar(DiffusionState& state) {
-  const int rows = std::min(kScalarBlockRows, state.height - state.y);
-  for (int r = 0; r < rows; ++r) {
-    diffuseRowScalar(state, state.levels + r * state.pitch + state.leadPx, state.y + r);
-  }
-}
-
-constexpr KernelTable<int (*)()> kBlockRows = WREN_KERNEL_TABLE(blockRowsScalar, blockRowsVectors);
 constexpr KernelTable<void (*)(DiffusionState&)> kDiffuseBlock =
     WREN_KERNEL_TABLE(diffuseBlockScalar, diffuseBlockVectors);
 
@@ -512,13 +478,14 @@ constexpr int kPadding = 64;
 
 WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold, std::uint8_t* result,
                                      std::ptrdiff_t resultStride)
-    : blockRows_(kernelOf(kBlockRows)()), kernel_(kernelOf(kDiffuseBlock)) {
-  const int lead = kLag * blockRows_;
+    : kernel_(kernelOf(kDiffuseBlock)) {
+  const int lead = kLag * kBlockRows;
   const int period = std::max(width + kGapSteps, lead + kPadding);
   const std::ptrdiff_t pitch = lead + std::ptrdiff_t{period} + kPadding;
-  levels_.resize(static_cast<std::size_t>(pitch * blockRows_));
+  levels_.resize(static_cast<std::size_t>(pitch * kBlockRows));
   sums_.resize(static_cast<std::size_t>(period) + kPadding);
   charges_.resize(static_cast<std::size_t>(period) + kPadding);
+  edgeMasks_.resize(DiffusionState::kMaxEdgeSteps * 2 * kBlockRows);
   state_ = {.width = width,
             .height = height,
             .threshold = static_cast<float>(threshold),
@@ -529,12 +496,13 @@ WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold, std::
             .pitch = pitch,
             .levels = levels_.data(),
             .sums = sums_.data(),
-            .charges = charges_.data()};
+            .charges = charges_.data(),
+            .edgeMasks = edgeMasks_.data()};
 }
 
 void WavefrontDiffuser::run() {
   kernel_(state_);
-  state_.y += blockRows_;
+  state_.y += kBlockRows;
   if (state_.y >= state_.height) kernel_(state_);
 }
 

@@ -15,8 +15,8 @@ QVImage edf_cus(const QVImage& image, int threshold) {
   if (image.width <= 0 || image.height <= 0) return out;
   const std::ptrdiff_t stride = image.width;
   WavefrontDiffuser diffuser(image.width, image.height, threshold, out.data, stride);
-  for (int y = 0; y < image.height; y += diffuser.blockRows()) {
-    const int rows = std::min(diffuser.blockRows(), image.height - y);
+  for (int y = 0; y < image.height; y += WavefrontDiffuser::kBlockRows) {
+    const int rows = std::min(WavefrontDiffuser::kBlockRows, image.height - y);
     for (int r = 0; r < rows; ++r) {
       std::memcpy(diffuser.row(r), image.data + (y + r) * stride,
                   static_cast<std::size_t>(image.width));

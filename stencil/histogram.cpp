@@ -11,16 +11,13 @@ namespace wren::stencil {
 
 void HistogramBuilder::add(const std::uint8_t* pixels, int count) {
   int x = 0;
-  for (; count - x >= 8; x += 8) {
+  for (; count - x >= 16; x += 16) {
     const std::uint8_t* p = pixels + x;
-    if (areEightEqual(p)) {
-      tables_[0][*p] += 8;
+    if (areSixteenEqual(p)) {
+      tables_[0][*p] += 16;
       continue;
     }
-    for (std::size_t k = 0; k < tables_.size(); ++k) {
-      ++tables_[k][p[2 * k]];
-      ++tables_[k][p[2 * k + 1]];
-    }
+    for (std::size_t i = 0; i < 16; ++i) ++tables_[i / 2 % tables_.size()][p[i]];
   }
   for (; x < count; ++x) ++tables_[0][pixels[x]];
 }

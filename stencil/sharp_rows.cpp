@@ -19,18 +19,6 @@ BlurWeights stencilBlurWeights() {
   return blurWeights(kernel.data());
 }
 
-// Calls `work(first column, last column + 1)` for each longest run of chunks that are not
-// uniform.
-template <typename IsUniform, typename Work>
-inline void forEachMixedRun(int chunks, int chunkPx, IsUniform isUniform, Work work) {
-  for (int chunk = 0; chunk < chunks; ++chunk) {
-    if (isUniform(chunk)) continue;
-    const int first = chunk;
-    while (chunk < chunks && !isUniform(chunk)) ++chunk;
-    work(first * chunkPx, chunk * chunkPx);
-  }
-}
-
 }  // namespace
 
 SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int width, int height,
@@ -54,6 +42,9 @@ SharpRows::SharpRows(const std::uint8_t* page, std::ptrdiff_t strideBytes, int w
 void SharpRows::next(std::uint8_t* out) {
   while (read_ < std::min(y_ + kBlurRadius + 1, height_)) readRow();
   if (y_ + kBlurRadius >= height_) extendRuns();  // rows below the page repeat the last one
+  // Uniform: all rows under the blur have one level in the chunk.
+  const std::int16_t* rows = runRows_.data();
+  findMixedRuns([rows](int chunk) { return rows[chunk] >= kUnsharpSize; });
   blurColumns();
   sharpenRow(toneRow(y_), out);
   ++y_;
@@ -99,19 +90,41 @@ void SharpRows::findLevelsAfterBlur() {
   if (last > 0) after[last] = levels[last - 1] == levels[last] ? levels[last] : kMixedChunk;
 }
 
+template <typename IsUniform>
+void SharpRows::findMixedRuns(IsUniform isUniform) {
+  mixedRuns_.clear();
+  for (int chunk = 0; chunk < chunks_; ++chunk) {
+    if (isUniform(chunk)) continue;
+    const int first = chunk;
+    while (chunk < chunks_ && !isUniform(chunk)) ++chunk;
+    mixedRuns_.push_back({first, chunk});
+  }
+}
+
+// Calls `fill(chunk)` for the chunks between the mixed runs.
+template <typename Fill>
+void SharpRows::forEachUniformChunk(Fill fill) const {
+  int chunk = 0;
+  for (const ChunkRun& run : mixedRuns_) {
+    for (; chunk < run.first; ++chunk) fill(chunk);
+    chunk = run.end;
+  }
+  for (; chunk < chunks_; ++chunk) fill(chunk);
+}
+
 void SharpRows::blurRow(const std::int16_t* tone, std::int16_t* out) {
   std::array<const std::int16_t*, kUnsharpSize> rows{};
   for (int k = 0; k < kUnsharpSize; ++k) rows[at(k)] = tone + k - kBlurRadius;
   findLevelsAfterBlur();
-  for (int chunk = 0; chunk < chunks_; ++chunk) {
-    const std::int16_t level = blurredLevels_[at(chunk)];
-    if (level == kMixedChunk) continue;
+  const std::int16_t* levels = blurredLevels_.data();
+  findMixedRuns([levels](int chunk) { return levels[chunk] != kMixedChunk; });
+  forEachUniformChunk([&](int chunk) {
     std::fill_n(out + std::ptrdiff_t{chunk} * kChunk, kChunk,
-                static_cast<std::int16_t>(level << kLevelFractionBits));
+                static_cast<std::int16_t>(levels[chunk] << kLevelFractionBits));
+  });
+  for (const ChunkRun& run : mixedRuns_) {
+    blur(rows.data(), weights_, out, run.first * kChunk, run.end * kChunk);
   }
-  forEachMixedRun(
-      chunks_, kChunk, [this](int chunk) { return blurredLevels_[at(chunk)] != kMixedChunk; },
-      [&](int from, int to) { blur(rows.data(), weights_, out, from, to); });
 }
 
 // Written for the compiler's vectoriser: no branch, all numbers of one size.
@@ -133,20 +146,19 @@ void SharpRows::blurColumns() {
   for (int k = 0; k < kUnsharpSize; ++k) {
     rows[at(k)] = blurredRow(std::clamp(y_ + k - kBlurRadius, 0, height_ - 1));
   }
-  forEachMixedRun(
-      chunks_, kChunk, [this](int chunk) { return isUniform(chunk); },
-      [&](int from, int to) { blur(rows.data(), weights_, columns_.data(), from, to); });
+  for (const ChunkRun& run : mixedRuns_) {
+    blur(rows.data(), weights_, columns_.data(), run.first * kChunk, run.end * kChunk);
+  }
 }
 
 // A uniform chunk keeps its level: the two gains differ by 1.
 void SharpRows::sharpenRow(const std::int16_t* tone, std::uint8_t* out) const {
-  for (int chunk = 0; chunk < chunks_; ++chunk) {
-    if (!isUniform(chunk)) continue;
+  forEachUniformChunk([&](int chunk) {
     std::memset(out + std::ptrdiff_t{chunk} * kChunk, runLevels_[at(chunk)], kChunk);
+  });
+  for (const ChunkRun& run : mixedRuns_) {
+    sharpen(tone, columns_.data(), out, run.first * kChunk, run.end * kChunk);
   }
-  forEachMixedRun(
-      chunks_, kChunk, [this](int chunk) { return isUniform(chunk); },
-      [&](int from, int to) { sharpen(tone, columns_.data(), out, from, to); });
 }
 
 }  // namespace wren::stencil

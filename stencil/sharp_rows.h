@@ -39,18 +39,26 @@ class SharpRows {
   static constexpr int kToneRows = kBlurRadius + 1;
   static constexpr int kBlurredRows = kUnsharpSize;
 
+  // Chunks from `first` up to, not including, `end`.
+  struct ChunkRun {
+    int first;
+    int end;
+  };
+
   void readRow();
   void applyCurve(const std::uint8_t* pixels, std::int16_t* out);
   void repeatBorders(std::int16_t* row) const;
   void blurRow(const std::int16_t* tone, std::int16_t* out);
   void findLevelsAfterBlur();
   void extendRuns();
+  template <typename IsUniform>
+  void findMixedRuns(IsUniform isUniform);
+  template <typename Fill>
+  void forEachUniformChunk(Fill fill) const;
   void blurColumns();
   void sharpenRow(const std::int16_t* tone, std::uint8_t* out) const;
 
   static std::size_t at(int index) { return static_cast<std::size_t>(index); }
-  // True when all rows under the blur are uniform with one level in this chunk.
-  bool isUniform(int chunk) const { return runRows_[at(chunk)] >= kUnsharpSize; }
 
   std::int16_t* toneRow(int y) { return tone_.data() + (y % kToneRows) * pitch_ + kMargin; }
   std::int16_t* blurredRow(int y) {
@@ -80,6 +88,10 @@ class SharpRows {
   // Rows up to the one read last in which the chunk was uniform with the same level, at most
   // `kUnsharpSize`.
   std::vector<std::int16_t> runRows_;
+
+  // The longest runs of chunks that are not uniform, at first in the row read last, then in the
+  // row returned next.
+  std::vector<ChunkRun> mixedRuns_;
 };
 
 }  // namespace wren::stencil

@@ -27,9 +27,9 @@ bool countPage(const std::uint8_t* source, std::ptrdiff_t stride, int width, int
 
 bool diffusePage(SharpRows& sharp, WavefrontDiffuser& diffuser, int height,
                  const CancelCheck& cancel) {
-  for (int y = 0; y < height; y += diffuser.blockRows()) {
+  for (int y = 0; y < height; y += WavefrontDiffuser::kBlockRows) {
     if (cancel.isCancelled()) return false;
-    const int rows = std::min(diffuser.blockRows(), height - y);
+    const int rows = std::min(WavefrontDiffuser::kBlockRows, height - y);
     for (int r = 0; r < rows; ++r) sharp.next(diffuser.row(r));
     diffuser.run();
   }

@@ -3,7 +3,7 @@
 //
 // The whole stencil halftone on a page in memory, as a job runs it. It reads the page
 // once for the threshold and once for the dots, makes no copy of it, and needs about
-// 120 bytes of memory per column.
+// 60 bytes of memory per column.
 
 #pragma once
 

@@ -3,10 +3,8 @@
 
 #include "stencil/tone_kernel.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
 
 #include "common/vector_level.h"
 #include "common/vector_targets.h"
@@ -27,11 +25,17 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 constexpr std::size_t kTableLevels = 16;  // that one instruction looks up
 
-// Halves the number of tables: those with odd numbers are for the levels in `isOdd`.
-template <std::size_t Count, class Vector, class Mask>
-HWY_INLINE void selectTables(Vector (&tables)[kTableLevels], Mask isOdd) {
-  for (std::size_t i = 0; i < Count; ++i) {
-    tables[i] = hn::IfThenElse(isOdd, tables[2 * i + 1], tables[2 * i]);
+// The entries of the 2^Bits tables from `table` on: the bits 4, 5, ... of the levels choose the
+// table.
+template <int Bits, class D>
+HWY_INLINE hn::Vec<D> entryOf(D bytes, const std::uint8_t* table, hn::Vec<D> entry,
+                              const hn::Mask<D>* bits) {
+  if constexpr (Bits == 0) {
+    return hn::TableLookupBytes(hn::LoadDup128(bytes, table), entry);
+  } else {
+    const auto even = entryOf<Bits - 1>(bytes, table, entry, bits);
+    const auto odd = entryOf<Bits - 1>(bytes, table + (kTableLevels << (Bits - 1)), entry, bits);
+    return hn::IfThenElse(bits[Bits - 1], odd, even);
   }
 }
 
@@ -39,52 +43,52 @@ HWY_INLINE void selectTables(Vector (&tables)[kTableLevels], Mask isOdd) {
 // table.
 template <class D>
 HWY_INLINE hn::Vec<D> lookedUp(D bytes, const ToneCurve& curve, hn::Vec<D> levels) {
-  const auto entry = hn::And(levels, hn::Set(bytes, 0x0F));
-  hn::Vec<D> tables[kTableLevels];
-  for (std::size_t i = 0; i < kTableLevels; ++i) {
-    tables[i] = hn::TableLookupBytes(hn::LoadDup128(bytes, curve.data() + i * kTableLevels), entry);
-  }
-  selectTables<8>(tables, hn::TestBit(levels, hn::Set(bytes, 0x10)));
-  selectTables<4>(tables, hn::TestBit(levels, hn::Set(bytes, 0x20)));
-  selectTables<2>(tables, hn::TestBit(levels, hn::Set(bytes, 0x40)));
-  selectTables<1>(tables, hn::TestBit(levels, hn::Set(bytes, 0x80)));
-  return tables[0];
+  const hn::Mask<D> bits[4] = {
+      hn::TestBit(levels, hn::Set(bytes, 0x10)), hn::TestBit(levels, hn::Set(bytes, 0x20)),
+      hn::TestBit(levels, hn::Set(bytes, 0x40)), hn::TestBit(levels, hn::Set(bytes, 0x80))};
+  return entryOf<4>(bytes, curve.data(), hn::And(levels, hn::Set(bytes, 0x0F)), bits);
 }
 
 template <class Half>
-HWY_INLINE void storeSixteenths(Half half, hn::Vec<Half> levels, std::int16_t* out) {
+HWY_INLINE void storeHalf(Half /*half*/, hn::Vec<Half> levels, std::int16_t* out) {
   const hn::Rebind<std::int16_t, Half> words;
   hn::StoreU(hn::ShiftLeft<kLevelFractionBits>(hn::PromoteTo(words, levels)), words, out);
 }
 
-// One chunk in each block of 16 bytes of a vector.
+template <class D>
+HWY_INLINE void storeSixteenths(D /*bytes*/, hn::Vec<D> levels, std::int16_t* out) {
+  const hn::Half<D> half;
+  storeHalf(half, hn::LowerHalf(half, levels), out);
+  storeHalf(half, hn::UpperHalf(half, levels), out + hn::MaxLanes(half));
+}
+
+// The chunks of a vector are its blocks of 16 bytes.
 template <class D>
 HWY_INLINE void applyToVector(D bytes, const ToneCurve& curve, const std::uint8_t* pixels,
                               std::int16_t* out, std::int16_t* chunkLevels) {
-  constexpr std::size_t kLanes = hn::MaxLanes(D());
-  constexpr std::size_t kChunks = kLanes / kChunkPx;
+  constexpr std::size_t kChunks = hn::MaxLanes(D()) / kChunkPx;
   const auto levels = hn::LoadU(bytes, pixels);
-  const auto first = hn::TableLookupBytes(levels, hn::Zero(bytes));  // of its chunk
-  const auto isFirst = hn::Eq(levels, first);
-  const hn::Half<D> half;
-  if (hn::AllTrue(bytes, isFirst)) {
-    for (std::size_t i = 0; i < kChunks; ++i) {
-      const std::uint8_t level = curve[pixels[i * kChunkPx]];
-      chunkLevels[i] = level;
-      std::fill_n(out + i * kChunkPx, kChunkPx,
-                  static_cast<std::int16_t>(level << kLevelFractionBits));
-    }
+  const auto firsts = hn::TableLookupBytes(levels, hn::Zero(bytes));  // of each chunk
+  const auto isFirst = hn::Eq(levels, firsts);
+  std::array<std::uint16_t, 4> equal;  // one bit for each pixel
+  hn::StoreMaskBits(bytes, isFirst, reinterpret_cast<std::uint8_t*>(equal.data()));
+  bool isUniform = true;
+  for (std::size_t i = 0; i < kChunks; ++i) {
+    const bool isUniformChunk = equal[i] == 0xFFFF;
+    chunkLevels[i] = isUniformChunk ? curve[pixels[i * kChunkPx]] : kMixedChunk;
+    isUniform = isUniform && isUniformChunk;
+  }
+  if (!isUniform) {
+    storeSixteenths(bytes, lookedUp(bytes, curve, levels), out);
     return;
   }
-  std::array<std::uint8_t, 8> bits;
-  hn::StoreMaskBits(bytes, isFirst, bits.data());
+  const hn::CappedTag<std::int16_t, kChunkPx> words;
   for (std::size_t i = 0; i < kChunks; ++i) {
-    const bool isUniform = (bits[2 * i] & bits[2 * i + 1]) == 0xFF;
-    chunkLevels[i] = isUniform ? curve[pixels[i * kChunkPx]] : kMixedChunk;
+    const auto level = static_cast<std::int16_t>(chunkLevels[i] << kLevelFractionBits);
+    for (std::size_t x = 0; x < kChunkPx; x += hn::MaxLanes(words)) {
+      hn::StoreU(hn::Set(words, level), words, out + i * kChunkPx + x);
+    }
   }
-  const auto toned = lookedUp(bytes, curve, levels);
-  storeSixteenths(half, hn::LowerHalf(half, toned), out);
-  storeSixteenths(half, hn::UpperHalf(half, toned), out + hn::MaxLanes(half));
 }
 
 }  // namespace

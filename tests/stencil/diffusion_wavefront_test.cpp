@@ -18,8 +18,8 @@ namespace {
 Bytes diffused(const QVImage& page, int threshold) {
   Bytes out(page.byteCount());
   WavefrontDiffuser diffuser(page.width, page.height, threshold, out.data(), page.width);
-  for (int y = 0; y < page.height; y += diffuser.blockRows()) {
-    const int rows = std::min(diffuser.blockRows(), page.height - y);
+  for (int y = 0; y < page.height; y += WavefrontDiffuser::kBlockRows) {
+    const int rows = std::min(WavefrontDiffuser::kBlockRows, page.height - y);
     for (int r = 0; r < rows; ++r) {
       std::memcpy(diffuser.row(r), page.data + (y + r) * page.width,
                   static_cast<std::size_t>(page.width));

@@ -74,8 +74,8 @@ namespace wren::stencil {
 namespace {
 
 constexpr std::size_t kWidth = 576;
-constexpr std::size_t kBytesPerColumn = 128;
-constexpr std::size_t kFixed = 16384;
+constexpr std::size_t kBytesPerColumn = 64;
+constexpr std::size_t kFixed = 32768;
 
 std::size_t peakOfPage(int height) {
   std::vector<std::uint8_t> page(kWidth * static_cast<std::size_t>(height), 100);
