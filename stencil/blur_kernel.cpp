@@ -150,6 +150,7 @@ HWY_INLINE PixelSums fastSums(const TapRows& rows, const VectorWeights& weights,
   WordVector b = tapInputs(rows, 1, x);
   PixelSums sums(a, b, weights.upper[0]);
   WordVector rest = lowerProducts(a, b, weights.lower);
+#pragma GCC unroll 8
   for (std::size_t i = 1; i < kPairs; ++i) {
     a = tapInputs(rows, 2 * i, x);
     b = tapInputs(rows, 2 * i + 1, x);
@@ -192,11 +193,14 @@ HWY_INLINE void blurVectorsAt(const std::int16_t* const* rows, const TapRows& ta
                               std::int16_t* out, int x) {
   constexpr int kStep = static_cast<int>(kLanes);
   PixelSums sums[Vectors];
+#pragma GCC unroll 8
   for (int i = 0; i < Vectors; ++i) sums[i] = fastSums(taps, vectors, x + i * kStep);
   auto undecided = hn::Or(isUndecided(sums[0].low), isUndecided(sums[0].high));
+#pragma GCC unroll 8
   for (int i = 1; i < Vectors; ++i) {
     undecided = hn::Or(undecided, hn::Or(isUndecided(sums[i].low), isUndecided(sums[i].high)));
   }
+#pragma GCC unroll 8
   for (int i = 0; i < Vectors; ++i) storeLevels(sums[i], out + x + i * kStep);
   if (HWY_LIKELY(hn::AllFalse(kSums, undecided))) return;
   for (int i = 0; i < Vectors; ++i) decide(rows, weights, sums[i], out, x + i * kStep);

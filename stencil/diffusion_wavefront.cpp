@@ -200,6 +200,7 @@ HWY_INLINE Decided decide(Lane& lane, IntVector chargesAbove, FloatVector pixels
 HWY_INLINE void storeDots(const IntVector* charges, std::uint8_t* bytes) {
   const hn::Repartition<std::int16_t, Ints> words;
   const hn::Rebind<std::uint8_t, decltype(words)> packed;
+#pragma GCC unroll 8
   for (int i = 0; i < kVectors; i += 2) {
     hn::StoreU(hn::DemoteTo(packed, hn::ReorderDemote2To(words, charges[i], charges[i + 1])),
                packed, bytes + i * kLanes);

@@ -17,6 +17,7 @@ void HistogramBuilder::add(const std::uint8_t* pixels, int count) {
       tables_[0][*p] += 16;
       continue;
     }
+#pragma GCC unroll 16
     for (std::size_t i = 0; i < 16; ++i) ++tables_[i / 2 % tables_.size()][p[i]];
   }
   for (; x < count; ++x) ++tables_[0][pixels[x]];
