@@ -155,7 +155,7 @@ void blurRow(State& state) {
 void diffuse(State& state, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
   for (auto _ : state) {
-    WavefrontDiffuser diffuser(kWidth, kHeight, kThreshold, out.data(), kWidth);
+    WavefrontDiffuser diffuser(kWidth, kHeight, kThreshold, {out.data(), kWidth});
     for (int y = 0; y < kHeight; y += WavefrontDiffuser::kBlockRows) {
       const int rows = std::min(WavefrontDiffuser::kBlockRows, kHeight - y);
       for (int r = 0; r < rows; ++r) {
@@ -192,7 +192,7 @@ void sharpenRows(State& state, const Page& page) {
 void wholePage(State& state, const Page& page) {
   std::vector<std::uint8_t> out(page.pixels.size());
   for (auto _ : state) {
-    stencilPage(page.pixels.data(), kWidth, kWidth, kHeight, out.data(), kWidth);
+    stencilPage(page.pixels.data(), kWidth, kWidth, kHeight, {out.data(), kWidth});
     benchmark::ClobberMemory();
   }
   countPixels(state);

@@ -86,7 +86,7 @@ void runStencil(const std::uint8_t* levels, const dither::Page& job, std::uint8_
                 CancelCheck cancel) {
   const auto width = static_cast<std::ptrdiff_t>(job.width);
   stencil::stencilPage(levels, width, static_cast<int>(job.width), static_cast<int>(job.height),
-                       out, width, cancel);
+                       {out, width}, cancel);
 }
 
 // The bytes of the rows beyond their width. The stencil method reads them as 0, and the caller
@@ -183,13 +183,33 @@ bool makePageDots(const DotOptions& options, const GreyPage& page, std::uint8_t*
   return true;
 }
 
+namespace {
+
+bool needsNoCopy(const DotOptions& options) {
+  return options.brightness == 0 && options.contrast == 0 && !options.rotate180 &&
+         !options.mirror && !options.negative;
+}
+
+void makeStencilDotRows(const GreyPage& page, const DotRing& ring, CancelCheck cancel) {
+  const auto width = static_cast<std::ptrdiff_t>(page.width);
+  stencil::stencilPage(page.levels, width, static_cast<int>(page.width),
+                       static_cast<int>(page.height),
+                       {ring.rows, width, kDotRingRows, ring.finished}, cancel);
+}
+
+}  // namespace
+
 bool canMakeDotRows(const DotOptions& options, const GreyPage& page) {
   return page.levels != nullptr && hasPrintableSize(page.width, page.height) &&
-         page.strideBytes == page.width && !options.stencil;
+         page.strideBytes == page.width && (!options.stencil || needsNoCopy(options));
 }
 
 void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
-                 CancelCheck /*cancel*/) {
+                 CancelCheck cancel) {
+  if (options.stencil) {
+    makeStencilDotRows(page, ring, cancel);
+    return;
+  }
   ToneTable tone;
   dither::Page job = ditherPageOf(options, page, ring.rows, tone);
   job.dotRows = kDotRingRows;

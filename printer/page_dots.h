@@ -59,7 +59,7 @@ struct DotRing {
 };
 
 /// Rows of a `DotRing`.
-inline constexpr std::size_t kDotRingRows = 48;
+inline constexpr int kDotRingRows = 48;
 
 /// Whether `makeDotRows` can make the dots of a page: its rows have no padding, and the method
 /// needs no copy of the page.
@@ -67,6 +67,8 @@ bool canMakeDotRows(const DotOptions& options, const GreyPage& page);
 
 /// Makes the same dots as `makePageDots`, for a page for which `canMakeDotRows`, a few rows at
 /// a time.
+/// @param cancel as for `makePageDots`; not all rows are finished once it is cancelled.
+/// Out of memory: calls the new-handler, or throws std::bad_alloc.
 void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
                  CancelCheck cancel);
 

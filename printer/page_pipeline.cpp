@@ -130,6 +130,10 @@ void WrenPrinter::printPackedPage(const PrintedPage& page) {
   makeDotRows(dotOptionsOf(*this, halftoneType_), page.levels(),
               {dotRows_.data(), packer.finishedRows()}, {asksCancel, this});
   if (isCancelled()) return;
+  if (useQVDithering_) {
+    const auto length = static_cast<int>(static_cast<unsigned>(page.height * page.width));
+    logStencil(static_cast<int>(page.width), static_cast<int>(page.bytesPerLine), length);
+  }
   logPage(page, bands_.band(0));
   saveBandImage(bands_);
   if (!isCancelled()) printBands(bands_);

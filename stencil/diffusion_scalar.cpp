@@ -56,7 +56,7 @@ void diffuseBlockScalar(DiffusionState& state) {
   for (int r = 0; r < rows; ++r) {
     const int y = state.y + r;
     diffuseRow({.levels = state.levels + r * state.pitch + state.leadPx,
-                .dots = state.result + y * state.resultStride,
+                .dots = state.result.row(y),
                 .sums = state.sums,
                 .charges = state.charges,
                 .width = state.width,

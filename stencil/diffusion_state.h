@@ -13,6 +13,7 @@
 #include <iterator>
 
 #include "stencil/recipe.h"
+#include "stencil/stencil_dots.h"
 
 namespace wren::stencil {
 
@@ -40,6 +41,10 @@ inline constexpr std::int32_t kLeastWhiteBits = kWhiteBits - 2 * kNeighbourCorre
 /// The page that is halftoned and all that a kernel keeps between two blocks of rows.
 struct DiffusionState {
   static constexpr int kRows = 16;  // of a block
+  // A ring must hold the rows of two blocks and those that wait to be taken, and no block may
+  // wrap.
+  static_assert(StencilDots::kMinRingRows % kRows == 0 &&
+                2 * kRows + 8 <= StencilDots::kMinRingRows);
   static constexpr int kMaxLanes = 8;
   static constexpr int kMaxSteps = 32;  // of a tile
   static constexpr int kHistory = 4;    // steps that a tile needs of the one before
@@ -52,8 +57,7 @@ struct DiffusionState {
   int width;
   int height;
   float threshold;
-  std::uint8_t* result;
-  std::ptrdiff_t resultStride;
+  StencilDots result;
 
   int y = 0;             // the first row of the block
   int period;            // steps from one row of a lane to its next row

@@ -375,10 +375,10 @@ HWY_INLINE Tile dotRows(const Steps& dots, std::index_sequence<I...>) {
 template <std::size_t... I>
 HWY_INLINE void scatter(const DiffusionState& state, int u, const Steps& dots,
                         std::index_sequence<I...>) {
-  std::uint8_t* first = state.result + state.y * state.resultStride + u - 1;
+  std::uint8_t* first = state.result.row(state.y) + u - 1;
   const Tile rows = dotRows(dots, AllRows());
   (hn::StoreU(rows.v[I], kBytes,
-              first + rowOfDot(static_cast<int>(I)) * (state.resultStride - kLag)),
+              first + rowOfDot(static_cast<int>(I)) * (state.result.strideBytes - kLag)),
    ...);
 }
 
@@ -388,8 +388,7 @@ void copyDots(const DiffusionState& state, const std::uint8_t* dots, int count, 
   const int from = std::max(x, 0);
   const int to = std::min(x + count, state.width);
   if (from >= to) return;
-  std::memcpy(state.result + y * state.resultStride + from, dots + (from - x),
-              static_cast<std::size_t>(to - from));
+  std::memcpy(state.result.row(y) + from, dots + (from - x), static_cast<std::size_t>(to - from));
 }
 
 void scatterAtEdge(const DiffusionState& state, int u, int count, const Steps& dots) {
@@ -398,7 +397,7 @@ void scatterAtEdge(const DiffusionState& state, int u, int count, const Steps& d
     const int y = state.y + rowOfDot(i);
     const int x = u - kLag * rowOfDot(i) - 1;
     if (count == kSteps && x >= 0 && x <= state.width - kSteps && y < state.height) {
-      hn::StoreU(rows.v[i], kBytes, state.result + y * state.resultStride + x);
+      hn::StoreU(rows.v[i], kBytes, state.result.row(y) + x);
       continue;
     }
     alignas(64) std::uint8_t bytes[kSteps];
@@ -477,8 +476,8 @@ constexpr int kPadding = 64;
 
 }  // namespace
 
-WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold, std::uint8_t* result,
-                                     std::ptrdiff_t resultStride)
+WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold,
+                                     const StencilDots& result)
     : kernel_(kernelOf(kDiffuseBlock)) {
   const int lead = kLag * kBlockRows;
   const int period = std::max(width + kGapSteps, lead + kPadding);
@@ -491,7 +490,6 @@ WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold, std::
             .height = height,
             .threshold = static_cast<float>(threshold),
             .result = result,
-            .resultStride = resultStride,
             .period = period,
             .leadPx = lead,
             .pitch = pitch,
@@ -503,8 +501,11 @@ WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold, std::
 
 void WavefrontDiffuser::run() {
   kernel_(state_);
+  const int begun = state_.y;  // the rows of this block may lack their ends
   state_.y += kBlockRows;
   if (state_.y >= state_.height) kernel_(state_);
+  state_.result.finished.report(
+      static_cast<std::size_t>(state_.y >= state_.height ? state_.height : begun));
 }
 
 }  // namespace wren::stencil

@@ -22,10 +22,9 @@ class WavefrontDiffuser {
   static constexpr int kBlockRows = DiffusionState::kRows;
 
   /// A pixel becomes white when its level and its error terms are above `threshold`.
-  /// `width` and `height` are at least 1. `result` receives rows of 0 and 255, `resultStride`
-  /// bytes apart; it may be memory from which the caller has already read the levels.
-  WavefrontDiffuser(int width, int height, int threshold, std::uint8_t* result,
-                    std::ptrdiff_t resultStride);
+  /// `width` and `height` are at least 1. `result` receives rows of 0 and 255; it may be
+  /// memory from which the caller has already read the levels.
+  WavefrontDiffuser(int width, int height, int threshold, const StencilDots& result);
 
   /// The `width` levels of a row of the next block; 0 <= r < kBlockRows. There is room for the
   /// width rounded up to a multiple of 16.

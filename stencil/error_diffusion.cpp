@@ -14,7 +14,7 @@ QVImage edf_cus(const QVImage& image, int threshold) {
   QVImage out(image.width, image.height, QV_IMG_GRAY);
   if (image.width <= 0 || image.height <= 0) return out;
   const std::ptrdiff_t stride = image.width;
-  WavefrontDiffuser diffuser(image.width, image.height, threshold, out.data, stride);
+  WavefrontDiffuser diffuser(image.width, image.height, threshold, {out.data, stride});
   for (int y = 0; y < image.height; y += WavefrontDiffuser::kBlockRows) {
     const int rows = std::min(WavefrontDiffuser::kBlockRows, image.height - y);
     for (int r = 0; r < rows; ++r) {

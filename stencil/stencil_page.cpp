@@ -39,13 +39,13 @@ bool diffusePage(SharpRows& sharp, WavefrontDiffuser& diffuser, int height,
 }  // namespace
 
 bool stencilPage(const std::uint8_t* source, std::ptrdiff_t sourceStride, int width, int height,
-                 std::uint8_t* result, std::ptrdiff_t resultStride, CancelCheck cancel) {
+                 const StencilDots& result, CancelCheck cancel) {
   if (width <= 0 || height <= 0) return true;
   HistogramBuilder builder;
   if (!countPage(source, sourceStride, width, height, cancel, builder)) return false;
   const int threshold = momentThreshold(builder.histogram());
   SharpRows sharp(source, sourceStride, width, height, stencilToneCurve());
-  WavefrontDiffuser diffuser(width, height, threshold, result, resultStride);
+  WavefrontDiffuser diffuser(width, height, threshold, result);
   return diffusePage(sharp, diffuser, height, cancel);
 }
 

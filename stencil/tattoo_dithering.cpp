@@ -14,13 +14,13 @@ using wren::stencil::stencilPage;
 // caller's object and not copied.
 QVImage dotsOfGrey(const QVImage& grey) {
   QVImage dots(grey.width, grey.height, QV_IMG_GRAY);
-  stencilPage(grey.data, grey.width, grey.width, grey.height, dots.data, dots.width);
+  stencilPage(grey.data, grey.width, grey.width, grey.height, {dots.data, dots.width});
   return dots;
 }
 
 QVImage dotsOfColours(const QVImage& source) {
   QVImage page = cvtGray(source);
-  stencilPage(page.data, page.width, page.width, page.height, page.data, page.width);
+  stencilPage(page.data, page.width, page.width, page.height, {page.data, page.width});
   return page;
 }
 

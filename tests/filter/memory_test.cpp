@@ -90,11 +90,11 @@ TEST_F(PagePeak, OfTheClassicMethodsIsAtMost1Point4Pages) {
   }
 }
 
-TEST_F(PagePeak, OfTheStencilMethodIsAtMost2Point2Pages) {
+TEST_F(PagePeak, OfTheStencilMethodIsAtMost1Point4Pages) {
   if (!kMemoryCounts) GTEST_SKIP() << "not measured with a sanitizer";
   const double pages = pagesInMemory("QVDithering");
   RecordProperty("QVDithering", std::to_string(pages));
-  EXPECT_LE(pages, 2.2);
+  EXPECT_LE(pages, 1.4);
 }
 
 TEST_F(PagePeak, DoesNotGrowWithTheNumberOfPages) {

@@ -17,7 +17,7 @@ namespace {
 
 Bytes diffused(const QVImage& page, int threshold) {
   Bytes out(page.byteCount());
-  WavefrontDiffuser diffuser(page.width, page.height, threshold, out.data(), page.width);
+  WavefrontDiffuser diffuser(page.width, page.height, threshold, {out.data(), page.width});
   for (int y = 0; y < page.height; y += WavefrontDiffuser::kBlockRows) {
     const int rows = std::min(WavefrontDiffuser::kBlockRows, page.height - y);
     for (int r = 0; r < rows; ++r) {
@@ -69,7 +69,7 @@ TEST_P(WavefrontDiffuserTest, LeavesBytesBesideTheRowsUnchanged) {
   const Bytes dots = bytesOf(reference::edf_cus(toReference(page), 128));
   Bytes out(3 * 32, 9);
   Bytes expected = out;
-  WavefrontDiffuser diffuser(21, 3, 128, out.data(), 32);
+  WavefrontDiffuser diffuser(21, 3, 128, {out.data(), 32});
   for (int r = 0; r < 3; ++r) {
     std::memcpy(diffuser.row(r), page.data + r * 21, 21);
     std::memcpy(expected.data() + r * 32, dots.data() + r * 21, 21);

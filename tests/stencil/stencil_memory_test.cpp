@@ -80,7 +80,7 @@ constexpr std::size_t kFixed = 32768;
 std::size_t peakOfPage(int height) {
   std::vector<std::uint8_t> page(kWidth * static_cast<std::size_t>(height), 100);
   for (std::size_t i = 0; i < page.size(); i += 3) page[i] = static_cast<std::uint8_t>(i);
-  return peakOf([&] { stencilPage(page.data(), kWidth, kWidth, height, page.data(), kWidth); });
+  return peakOf([&] { stencilPage(page.data(), kWidth, kWidth, height, {page.data(), kWidth}); });
 }
 
 TEST(StencilMemory, OfAPageIsSomeRowsOfIt) {

@@ -17,7 +17,8 @@ namespace {
 
 Bytes dotsOf(const QVImage& page) {
   Bytes dots(page.byteCount());
-  EXPECT_TRUE(stencilPage(page.data, page.width, page.width, page.height, dots.data(), page.width));
+  EXPECT_TRUE(
+      stencilPage(page.data, page.width, page.width, page.height, {dots.data(), page.width}));
   return dots;
 }
 
@@ -60,7 +61,7 @@ TEST_P(StencilPage, LeavesBytesBeyondTheWidthUnread) {
   for (int stride = 37; stride < 42; ++stride) {
     const Bytes source = withStride(bytesOf(page), 37, stride, 200);
     Bytes result(expected.size(), 9);
-    EXPECT_TRUE(stencilPage(source.data(), stride, 37, 41, result.data(), 40));
+    EXPECT_TRUE(stencilPage(source.data(), stride, 37, 41, {result.data(), 40}));
     EXPECT_TRUE(sameBytes(expected, result, 40)) << "source stride " << stride;
   }
 }
@@ -73,7 +74,7 @@ TEST_P(StencilPage, RunsInPlace) {
         const int stride = 53 + padding;
         const QVImage page = maker.make(kind, 53, height);
         Bytes rows = withStride(bytesOf(page), 53, stride, 7);
-        EXPECT_TRUE(stencilPage(rows.data(), stride, 53, height, rows.data(), stride));
+        EXPECT_TRUE(stencilPage(rows.data(), stride, 53, height, {rows.data(), stride}));
         ASSERT_TRUE(sameBytes(withStride(referenceDots(page), 53, stride, 7), rows, stride))
             << kind << ", " << height << " rows, stride " << stride;
       }
@@ -83,8 +84,8 @@ TEST_P(StencilPage, RunsInPlace) {
 
 TEST_P(StencilPage, PageWithoutPixelsIsDoneAtOnce) {
   std::uint8_t byte = 7;
-  EXPECT_TRUE(stencilPage(&byte, 1, 0, 5, &byte, 1));
-  EXPECT_TRUE(stencilPage(&byte, 1, 5, 0, &byte, 1));
+  EXPECT_TRUE(stencilPage(&byte, 1, 0, 5, {&byte, 1}));
+  EXPECT_TRUE(stencilPage(&byte, 1, 5, 0, {&byte, 1}));
   EXPECT_EQ(byte, 7);
 }
 
@@ -111,7 +112,7 @@ TEST_P(StencilPage, StopsWhenItIsCancelled) {
   for (int left = 0; left < 8; ++left) {
     Countdown countdown{left};
     Bytes result(page.byteCount(), 9);
-    EXPECT_FALSE(stencilPage(page.data, 30, 30, 600, result.data(), 30, countdown.check()));
+    EXPECT_FALSE(stencilPage(page.data, 30, 30, 600, {result.data(), 30}, countdown.check()));
     EXPECT_EQ(countdown.asked, left + 1);
     const int done = std::max(left - 4, 0) * 16 * 30;
     const int begun = std::max(left - 3, 0) * 16 * 30;
@@ -128,7 +129,7 @@ TEST_P(StencilPage, ChecksForCancellationAtLeastOnceIn256Rows) {
   const QVImage page = uniformPage(20, 2000, 255);
   Countdown countdown{-1};
   Bytes result(page.byteCount());
-  EXPECT_TRUE(stencilPage(page.data, 20, 20, 2000, result.data(), 20, countdown.check()));
+  EXPECT_TRUE(stencilPage(page.data, 20, 20, 2000, {result.data(), 20}, countdown.check()));
   EXPECT_GE(countdown.asked, 2 * 2000 / 256);
 }
 
