@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# old_bash_test.sh SOURCE_DIR
+# leaves_an_old_bash_test.sh SOURCE_DIR
 #
 # How ./wren starts in the old bash of a Mac. Homebrew and its bash are stand-ins.
 set -euo pipefail
