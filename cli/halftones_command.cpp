@@ -3,12 +3,15 @@
 
 #include "cli/halftones_command.h"
 
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
+#include <string_view>
 
 #include "cli/console.h"
 #include "cli/document.h"
@@ -40,17 +43,23 @@ struct Sheet {
   std::optional<preview::Area> crop;
 };
 
+// WIDTHxHEIGHT+X+Y
 std::optional<preview::Area> parseCrop(const std::string& text) {
   if (text.empty()) return std::nullopt;
-  preview::Area area;
-  int end = 0;
-  const bool isPlain = text.find_first_not_of("0123456789x+") == text.npos && text.size() < 40;
-  const int found = std::sscanf(text.c_str(), "%9ux%9u+%9u+%9u%n", &area.widthPx, &area.heightPx,
-                                &area.left, &area.top, &end);
-  if (!isPlain || found != 4 || text[static_cast<std::size_t>(end)] != '\0') {
-    throw Failure(kUsage, "--crop wants WIDTHxHEIGHT+X+Y in dots, not '" + text + "'");
+  constexpr std::string_view kAfterEach = "x++";
+  std::array<std::uint32_t, 4> numbers = {};
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const auto [next, error] = std::from_chars(at, end, numbers[i]);
+    const bool isLast = i == kAfterEach.size();
+    const bool isFollowed = isLast ? next == end : next != end && *next == kAfterEach[i];
+    if (error != std::errc() || !isFollowed) {
+      throw Failure(kUsage, "--crop wants WIDTHxHEIGHT+X+Y in dots, not '" + text + "'");
+    }
+    at = isLast ? next : next + 1;
   }
-  return area;
+  return preview::Area{numbers[2], numbers[3], numbers[0], numbers[1]};
 }
 
 std::vector<std::string> parseBrightness(const std::string& text,

@@ -73,6 +73,12 @@ void checkDefaultChoices(const ExistingQueue& existing, Diagnosis& diagnosis, in
   }
 }
 
+void reportSavedOption(const std::string& file, const std::string& queue, const std::string& option,
+                       const std::string& problem, Diagnosis& diagnosis) {
+  diagnosis.bad(file + " has an option for '" + queue + "' without effect: " + problem,
+                "lpoptions -p " + queue + " -r " + shellWord(option));
+}
+
 // CUPS ignores in silence what the PPD does not know.
 void checkSavedOptions(const ExistingQueue& existing, const Installation& installation,
                        Diagnosis& diagnosis) {
@@ -91,8 +97,7 @@ void checkSavedOptions(const ExistingQueue& existing, const Installation& instal
       const std::string problem = problemOfOption(existing.printer, option, value);
       if (problem.empty()) continue;
       ++faults;
-      diagnosis.bad(saved.file + " has an option for '" + name + "' without effect: " + problem,
-                    "lpoptions -p " + name + " -r " + shellWord(option));
+      reportSavedOption(saved.file, name, option, problem, diagnosis);
     }
   }
   if (faults == 0)

@@ -7,7 +7,7 @@
 
 namespace wren::cli {
 
-void printJson(nlohmann::ordered_json object) {
+void printJson(const nlohmann::ordered_json& object) {
   nlohmann::ordered_json document = {{"schema", kSchema}};
   document.update(object);
   // File names may hold any bytes; JSON is UTF-8.

@@ -15,7 +15,7 @@ namespace wren::cli {
 inline constexpr int kSchema = 1;
 
 /// Prints an object with its "schema".
-void printJson(nlohmann::ordered_json object);
+void printJson(const nlohmann::ordered_json& object);
 
 /// The text, or null if it is empty.
 nlohmann::ordered_json textOrNull(const std::string& text);

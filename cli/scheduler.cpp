@@ -205,7 +205,7 @@ Answer Scheduler::findDevices(const std::string& schemes, int seconds,
                  schemes.c_str());
   }
   const Ipp answer(cupsDoRequest(http_.get(), request, "/"));
-  const Answer result = lastAnswer();
+  Answer result = lastAnswer();
   Device device;
   forEachGroup(
       answer.get(), IPP_TAG_PRINTER, [&](ipp_attribute_t* at) { takeDeviceAttribute(device, at); },

@@ -87,6 +87,18 @@ bool passesCupstestppd(const std::string& ppd) {
   return runChild({"cupstestppd", "-q", "-I", "filters", ppd}, -1, -1) == 0;
 }
 
+void checkPpd(const std::string& ppd, Diagnosis& diagnosis) {
+  const auto printer = filter::readPrinterDescription(ppd);
+  if (access(ppd.c_str(), R_OK) != 0) {
+    diagnosis.bad("the PPD " + ppd + " is missing", reinstall());
+  } else if (!printer.has_value() || !hasAllOptions(*printer) || !passesCupstestppd(ppd)) {
+    diagnosis.bad("the PPD " + ppd + " is damaged (cupstestppd -I filters " + ppd + ")",
+                  reinstall());
+  } else {
+    diagnosis.good(ppd + " is sound");
+  }
+}
+
 bool isDebugImage(const fs::path& path) {
   const std::string name = path.filename().string();
   return path.extension() == ".bmp" &&
@@ -147,18 +159,7 @@ void checkFilter(const Installation& installation, Diagnosis& diagnosis) {
 }
 
 void checkPpds(const Installation& installation, Diagnosis& diagnosis) {
-  for (const int paper : kPapers) {
-    const std::string ppd = installation.ppd(paper);
-    const auto printer = filter::readPrinterDescription(ppd);
-    if (access(ppd.c_str(), R_OK) != 0) {
-      diagnosis.bad("the PPD " + ppd + " is missing", reinstall());
-    } else if (!printer.has_value() || !hasAllOptions(*printer) || !passesCupstestppd(ppd)) {
-      diagnosis.bad("the PPD " + ppd + " is damaged (cupstestppd -I filters " + ppd + ")",
-                    reinstall());
-    } else {
-      diagnosis.good(ppd + " is sound");
-    }
-  }
+  for (const int paper : kPapers) checkPpd(installation.ppd(paper), diagnosis);
 }
 
 // Only debug images need this folder: a page prints without them.
