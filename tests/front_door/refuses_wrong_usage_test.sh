@@ -33,6 +33,9 @@ refuses 2 "--against: there is no file 'gone'" bench --against gone
 refuses 2 "--against: 'good.txt' is not an executable program" bench --against good.txt
 refuses 2 "--against: '.' is not an executable program" bench --against . --pairs 1
 refuses 2 "package has no argument 'x'" package x
+refuses 2 "--arch wants a value" package --arch
+refuses 2 "--arch wants one of amd64 arm64 armhf, not 'mips'" package --arch mips
+refuses 2 "--release wants one of bookworm trixie sid, not 'bullseye'" package --release bullseye
 refuses 2 "test has no argument 'x'" test x
 refuses 2 "--preset wants a name" test --preset
 refuses 2 "lint has no argument 'x'" lint x
