@@ -2,15 +2,26 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# The entry point for everything in this repository. Each command installs the
-# packages that it lacks, builds below build/ and then does its work. The list of
-# commands: ./wren help.
+# The entry point for everything in this repository: installs the packages that are
+# missing, builds below build/, and hands over to the program wren of cli/ or does
+# the work of a checkout (test, bench, package). The list of commands: ./wren help.
 #
-# A new command is a function in a file of tools/, a row in the case table
-# below, and a line in usage().
+# A new command of the program is a row in the case table below and a line in
+# usage(). A new command of the checkout is also a function in a file of tools/.
 set -euo pipefail
 
-WREN_ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+# The checkout, also when this is called through a symbolic link.
+wren_root() {
+  local script=${BASH_SOURCE[0]} target
+  while [[ -L $script ]]; do
+    target=$(readlink "$script")
+    [[ $target == /* ]] || target=$(dirname "$script")/$target
+    script=$target
+  done
+  (cd -- "$(dirname -- "$script")" && pwd -P)
+}
+
+WREN_ROOT=$(wren_root)
 readonly WREN_ROOT
 
 # shellcheck source=tools/newer_bash.sh
@@ -21,12 +32,8 @@ source "$WREN_ROOT/tools/say.sh"
 source "$WREN_ROOT/tools/packages.sh"
 # shellcheck source=tools/build.sh
 source "$WREN_ROOT/tools/build.sh"
-# shellcheck source=tools/print.sh
-source "$WREN_ROOT/tools/print.sh"
-# shellcheck source=tools/spool.sh
-source "$WREN_ROOT/tools/spool.sh"
-# shellcheck source=tools/halftones.sh
-source "$WREN_ROOT/tools/halftones.sh"
+# shellcheck source=tools/program.sh
+source "$WREN_ROOT/tools/program.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
 # shellcheck source=tools/arm64.sh
@@ -39,30 +46,49 @@ source "$WREN_ROOT/tools/checks.sh"
 source "$WREN_ROOT/tools/root.sh"
 # shellcheck source=tools/package.sh
 source "$WREN_ROOT/tools/package.sh"
-# shellcheck source=tools/queue.sh
-source "$WREN_ROOT/tools/queue.sh"
-# shellcheck source=tools/doctor.sh
-source "$WREN_ROOT/tools/doctor.sh"
 
 usage() {
   cat <<'TEXT'
 Usage: ./wren COMMAND [ARGUMENTS]
 
-  print FILE [-n COPIES] [-o NAME=VALUE]... [--paper 58|80|112]
-             [--out FILE.prn] [--raster FILE.ras]
-        Turns a PDF, PNG, JPEG or text file into printer bytes. No queue, no
-        root and no running scheduler needed. A picture of the paper is drawn
-        beside the bytes. --raster also keeps the pages that the filter was given.
-  halftones FILE [-o NAME=VALUE]... [--paper 58|80|112] [--out FILE.png]
-        [--brightness "-20 -10 0 10 20"] [--crop WIDTHxHEIGHT+X+Y]
-        Prints a document with all nine halftone types and several brightness
-        values, as one sheet of pictures to choose from. --crop, in dots, shows
-        a part of the paper only.
+The program wren, built here and run at once (./wren COMMAND --help for its options):
+
+  print FILE
+        Turns a PDF, PNG, JPEG or text file into printer bytes and a picture of the
+        paper, in build/print.
+        Example: ./wren print examples/receipt.pdf -o HalftoneType=Burkes --paper 58
+  preview FILE.prn
+        Shows the paper that printer bytes print.
+        Example: ./wren preview build/print/receipt.prn --marks
+  halftones FILE
+        Draws a document with all nine halftone types and several brightness values, as
+        one sheet to choose from, in build/halftones.
+        Example: ./wren halftones examples/photo.png --crop 300x200+0+0
+  devices
+        Lists USB and network printers with their addresses.
+        Example: ./wren devices
+  add-queue NAME ADDRESS [58|80|112]
+        Adds a print queue to this machine's scheduler; installs Wren if it is missing.
+        Example: ./wren add-queue till socket://192.0.2.7:9100 80
+  remove-queue NAME
+        Removes such a queue.
+        Example: ./wren remove-queue till
+  doctor [QUEUE]
+        Checks everything between a document and the printer, and names for each
+        finding the command that fixes it.
+        Example: ./wren doctor till
+  uninstall
+        Removes the queues and the files that add-queue has installed, or the package.
+        Example: ./wren uninstall --dry-run
+
+This checkout:
+
   test [--all | --preset NAME | --arm64]
         Builds with warnings as errors, runs every test and lints. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
         runs the tests under qemu: every byte has to be the same there.
+        Example: ./wren test
   bench [--pairs N] [--levels] [--against PROGRAM]
   bench [--pairs N] --print
   bench --kernels [FLAGS]
@@ -72,26 +98,23 @@ Usage: ./wren COMMAND [ARGUMENTS]
         rounds. --levels compares the vector levels of this machine. --print
         measures from lp to the bytes at the printer. --kernels times the inner
         loops alone.
-  lint
-        clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
-        of these tools than Debian 12's are advice and do not fail.
-  fuzz [TARGET] [SECONDS]
-        Runs one fuzz target of fuzz/, or each of them, for so many seconds.
-  mutate [--list] [--count N] [FOLDER...]
-        Mutation test: makes small changes in the product code, one at a time, and
-        lists those that no test detects. Takes most of an hour.
+        Example: ./wren bench --pairs 5
   package [--release bookworm|trixie|sid] [--arch amd64|arm64|armhf]
         Builds the Debian package below build/package and runs lintian on it. With a
         release or an architecture, builds it in a bare system of that release, below
         build/packages, and runs the golden jobs with the files of the package.
-  add-queue NAME URI [58|80|112]
-        Adds a print queue to this machine's scheduler, with the settings that keep
-        a receipt upright and at the top; installs the filter if it is missing.
-  remove-queue NAME
-        Removes such a queue.
-  doctor [QUEUE]
-        Checks everything between a document and the printer, and names for each
-        finding the command that fixes it.
+        Example: ./wren package --release trixie --arch arm64
+  lint
+        clang-tidy, cppcheck and shellcheck; part of test. Findings of other versions
+        of these tools than Debian 12's are advice and do not fail.
+        Example: ./wren lint
+  fuzz [TARGET] [SECONDS]
+        Runs one fuzz target of fuzz/, or each of them, for so many seconds.
+        Example: ./wren fuzz filter_job 60
+  mutate [--list] [--count N] [FOLDER...]
+        Mutation test: makes small changes in the product code, one at a time, and
+        lists those that no test detects. Takes most of an hour.
+        Example: ./wren mutate --count 3 job
   help
         This list.
 
@@ -100,22 +123,27 @@ cannot be used; 4 a needed package or the build is missing.
 TEXT
 }
 
+# usage_of COMMAND: the part of usage() about it.
+usage_of() {
+  echo "Usage:"
+  usage | awk -v name="$1" '/^  [a-z]/ { shown = $1 == name } /^[^ ]/ { shown = 0 } shown && NF'
+}
+
 main() {
   local command=${1:-help}
   shift || true
   case $command in
-    print) print_command "$@" ;;
-    halftones) halftones_command "$@" ;;
-    test) test_command "$@" ;;
-    bench) bench_command "$@" ;;
-    lint) lint_command "$@" ;;
-    fuzz) fuzz_command "$@" ;;
-    mutate) mutate_command "$@" ;;
-    package) package_command "$@" ;;
-    add-queue) add_queue_command "$@" ;;
-    remove-queue) remove_queue_command "$@" ;;
-    doctor) doctor_command "$@" ;;
+    print | halftones | preview | devices | add-queue | remove-queue | doctor | uninstall)
+      hand_over "$command" "$@"
+      ;;
+    test | bench | package | lint | fuzz | mutate)
+      case ${1:-} in
+        -h | --help) usage_of "$command" ;;
+        *) "${command}_command" "$@" ;;
+      esac
+      ;;
     help | -h | --help) usage ;;
+    --version) hand_over --version ;;
     *) fail_usage "unknown command '$command'; ./wren help lists them" ;;
   esac
 }

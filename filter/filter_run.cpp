@@ -8,16 +8,12 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 #include "common/handles.h"
 #include "common/log.h"
 #include "common/path.h"
-#include "common/private_file.h"
-#include "filter/raster_input.h"
+#include "filter/raster_job.h"
 #include "filter/settings.h"
-#include "job/job.h"
-#include "printer/dot_matrix_ep_printer.h"
 
 namespace wren::filter {
 namespace {
@@ -49,29 +45,6 @@ void writeUsage(const char* program) {
                    kVersion, name);
 }
 
-// The file is created or emptied and never written. The line of perror is written on every
-// run, whether the file was opened or not: programs that read the log expect it.
-FilePtr openSideFile() {
-  FileDescriptor descriptor = openPrivateFile(kSideFile);
-  FilePtr file(descriptor ? fdopen(descriptor.get(), "w") : nullptr);
-  if (file != nullptr) descriptor.release();
-  std::perror("fopen() failed.");
-  wrenLogCommon(0, "outFile cups.out : %p", static_cast<void*>(file.get()));
-  return file;
-}
-
-bool runJob(const Settings& settings, int inputDescriptor, const CancelSignal& cancel,
-            const char* imageFolder) {
-  cancel.announceJob();
-  const auto printer = std::make_unique<BandPrinter>();
-  printer->setDebugImageFolder(imageFolder);
-  job::Job job(settings, *printer, stdout, cancel.check());
-  job.begin();
-  RasterInput input(inputDescriptor, cancel);
-  const FilePtr sideFile = openSideFile();
-  return job.printPages(input);
-}
-
 }  // namespace
 
 int runFilter(int argc, char** argv, const CancelSignal& cancel, const char* imageFolder) {
@@ -86,8 +59,8 @@ int runFilter(int argc, char** argv, const CancelSignal& cancel, const char* ima
   }
   Settings settings;
   if (!initializeSettings(argv[kOptionsArgument], &settings)) return EXIT_FAILURE;
-  const bool success = runJob(settings, input.descriptor(), cancel, imageFolder);
-  return success ? EXIT_SUCCESS : EXIT_FAILURE;
+  const RasterJob job = {input.descriptor(), stdout, imageFolder, kSideFile};
+  return printRaster(settings, job, cancel) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace wren::filter

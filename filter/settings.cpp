@@ -51,8 +51,7 @@ void ensureMemoryFor(const char* path, const char* options) {
 }
 
 // Null, after one line that says why, if the file cannot be used.
-Ppd openPpd(const char* options) {
-  const char* path = std::getenv("PPD");
+Ppd openPpd(const char* path, const char* options) {
   if (path == nullptr) {
     wrenLogCommon(3, "Unable to open the PPD file: the environment variable PPD is not set");
     return nullptr;
@@ -100,7 +99,11 @@ Settings readSettings(ppd_file_t* ppd) {
 }  // namespace
 
 bool initializeSettings(const char* options, Settings* settings) {
-  const Ppd ppd = openPpd(options);
+  return initializeSettingsFrom(std::getenv("PPD"), options, settings);
+}
+
+bool initializeSettingsFrom(const char* path, const char* options, Settings* settings) {
+  const Ppd ppd = openPpd(path, options);
   if (ppd == nullptr) return false;
   ppdMarkDefaults(ppd.get());
   markJobOptions(ppd.get(), options);

@@ -16,6 +16,9 @@ struct ppd_file_s;
 ///   unchanged.
 bool initializeSettings(const char* options, Settings* settings);
 
+/// The same with the path of the PPD file; null gives the message of a variable that is not set.
+bool initializeSettingsFrom(const char* path, const char* options, Settings* settings);
+
 /// The leading number of the option's selected choice (0 if its name is not a number), or -1
 /// if there is none. A choice found is logged.
 int getOptionChoiceIndex(const char* keyword, ppd_file_s* ppd);

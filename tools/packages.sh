@@ -9,7 +9,6 @@ declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
            libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
-  [picture]="imagemagick fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
@@ -25,7 +24,6 @@ declare -rA DEBIAN_PACKAGES=(
 declare -rA BREW_PACKAGES=(
   [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json"
   [chain]="ghostscript poppler"
-  [picture]="imagemagick"
   [test]="googletest imagemagick zbar git"
   [libcxx]=""
   [coverage]="gcovr"
@@ -40,6 +38,7 @@ declare -rA BREW_PACKAGES=(
 # need PURPOSE...: installs the packages for these purposes that are missing.
 # Costs one query when none is.
 need() {
+  refuse_old_system /etc/os-release
   if command -v dpkg-query >/dev/null; then
     need_debian "$@"
   elif [[ $(uname) == Darwin ]]; then
@@ -47,6 +46,21 @@ need() {
   else
     note "this is neither Debian nor macOS: install what $* needs yourself (tools/packages.sh)"
   fi
+}
+
+# refuse_old_system FILE: ends here on a system whose compiler and CMake are too old. FILE names the
+# system as os-release(5) does.
+refuse_old_system() {
+  local id version
+  [[ -r $1 ]] || return 0
+  id=$(sed -n 's/^ID="\{0,1\}\([a-z]*\).*/\1/p' "$1")
+  version=$(sed -n 's/^VERSION_ID="\{0,1\}\([0-9]*\).*/\1/p' "$1")
+  case $id in
+    debian | raspbian) ((${version:-99} >= 12)) && return ;;
+    ubuntu) ((${version:-99} >= 23)) && return ;;
+    *) return 0 ;;
+  esac
+  fail "$STATUS_SETUP" "$id $version is too old: Wren needs CMake 3.25 and g++ 12, as in Debian 12 or Ubuntu 23.04 or newer"
 }
 
 need_debian() {
@@ -68,19 +82,43 @@ missing_debian() {
 
 install_debian() {
   local log
+  if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+    fail "$STATUS_SETUP" "packages are missing and there is no sudo; call as root: apt-get install --no-install-recommends $*"
+  fi
   log=$(mktemp)
   note "installing Debian packages: $*"
-  if ! have_package_lists || ! apt_get install "$@" >"$log" 2>&1; then
+  if ! have_package_lists || ! apt_get install "$@" 2>&1 | show_installing "$log"; then
     note "fetching the package lists"
-    apt_get update >"$log" 2>&1 || fail_install "$log" "the package lists cannot be fetched"
-    apt_get install "$@" >"$log" 2>&1 || fail_install "$log" "the packages cannot be installed"
+    apt_get update >"$log" 2>&1 || fail_install "$log" "the package lists cannot be fetched" "$@"
+    apt_get install "$@" 2>&1 | show_installing "$log" || fail_install "$log" "the packages cannot be installed" "$@"
   fi
   rm -f "$log"
 }
 
+# show_installing LOG: copies the output of apt-get to LOG and says which package it is at: in
+# one line that is overwritten on a terminal, every 25th package elsewhere.
+show_installing() {
+  local line count=0
+  while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$1"
+    [[ $line =~ ^Setting\ up\ ([^ ]+) ]] || continue
+    count=$((count + 1))
+    if [[ -t 2 ]]; then
+      printf '\r\033[Kwren: installing, %s: %s' "$count" "${BASH_REMATCH[1]}" >&2
+    elif ((count % 25 == 0)); then
+      note "installing, $count packages so far"
+    fi
+  done
+  [[ ! -t 2 ]] || ((count == 0)) || printf '\r\033[K' >&2
+}
+
+# fail_install LOG WORDS [PACKAGE...]
 fail_install() {
-  tail -n 5 "$1" >&2
-  fail "$STATUS_SETUP" "$2; the whole log is in $1"
+  local log=$1 words=$2
+  shift 2
+  tail -n 5 "$log" >&2
+  (($# == 0)) || words+="; by hand: apt-get install --no-install-recommends $*"
+  fail "$STATUS_SETUP" "$words; the whole log is in $log"
 }
 
 have_package_lists() { compgen -G '/var/lib/apt/lists/*Packages*' >/dev/null; }

@@ -20,3 +20,6 @@ fail() {
 }
 
 fail_usage() { fail "$STATUS_USAGE" "$*"; }
+
+# want_value OPTION [VALUE]: refuses an option at the end of the arguments.
+want_value() { (($# >= 2)) || fail_usage "$1 wants a value"; }

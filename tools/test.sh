@@ -45,12 +45,30 @@ test_one_preset() {
 test_preset() {
   local preset=$1 log=$WREN_ROOT/build/$1-tests.log
   build "$preset"
-  if (cd "$WREN_ROOT" && run_tests "$preset") >"$log" 2>&1; then
+  if (cd "$WREN_ROOT" && run_tests "$preset") 2>&1 | show_tests "$log"; then
     sed -n '/% tests passed/,$p' "$log"
   else
     cat "$log" >&2
     fail "$STATUS_FAILED" "tests failed; the whole log is in $log"
   fi
+}
+
+# show_tests LOG: copies the output of ctest to LOG and says which test it is at: in one line that
+# is overwritten on a terminal, every 100th test elsewhere.
+show_tests() {
+  local line at=0 all
+  : >"$1"
+  while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$1"
+    [[ $line =~ ^\ *([0-9]+)/([0-9]+)\ Test\ +\#[0-9]+:\ ([^ ]+) ]] || continue
+    at=${BASH_REMATCH[1]} all=${BASH_REMATCH[2]}
+    if [[ -t 2 ]]; then
+      printf '\r\033[Kwren: test %s of %s: %.50s' "$at" "$all" "${BASH_REMATCH[3]}" >&2
+    elif ((at % 100 == 0)); then
+      note "test $at of $all"
+    fi
+  done
+  [[ ! -t 2 ]] || printf '\r\033[K' >&2
 }
 
 # The thread sanitizer of older compilers cannot map its memory where the kernel

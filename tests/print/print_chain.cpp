@@ -15,16 +15,6 @@ namespace print_chain {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string typeOf(const std::string& document) {
-  const auto extension = fs::path(document).extension();
-  if (extension == ".pdf") return "application/pdf";
-  return extension == ".png" ? "image/png" : "text/plain";
-}
-
-}  // namespace
-
 std::string outputOf(const std::string& command) {
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return {};
@@ -48,14 +38,13 @@ void PrintChain::TearDown() {
 Printed PrintChain::print(const std::string& document, int paper, const Options& jobOptions,
                           int copies) {
   const std::string ppd = WREN_PPD_DIR "/wren" + std::to_string(paper) + ".ppd";
-  std::string command = WREN_SOURCE_DIR "/tools/chain --quiet --filter " WREN_FILTER " --ppd " +
-                        ppd + " --type " + typeOf(document) + " --copies " +
+  std::string command = WREN_PROGRAM " print --paper " + std::to_string(paper) + " --copies " +
                         std::to_string(copies) + " --out " + pathOf("out.prn") + " --raster " +
-                        pathOf("in.ras");
+                        pathOf("in.ras") + " --images " + pathOf("images");
   for (const auto& [name, value] : jobOptions) {
     command += " -o " + name + (value.empty() ? "" : "=" + value);
   }
-  command += " -- " + (fs::path(WREN_SOURCE_DIR "/examples") / document).string();
+  command += " " + (fs::path(WREN_SOURCE_DIR "/examples") / document).string() + " >/dev/null";
   EXPECT_EQ(std::system(command.c_str()), 0) << command;
   Printed printed{job_files::bytesOfFile(pathOf("out.prn")),
                   job_files::rasterPages(pathOf("in.ras")), job_files::ppdOptions(ppd)};

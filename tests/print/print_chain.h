@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Prints documents through the filters of CUPS and rastertowren, as ./wren print does.
+// Prints documents through the filters of CUPS and rastertowren, as `wren print` does.
 
 #pragma once
 

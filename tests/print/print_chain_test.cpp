@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Documents through the filters of CUPS and rastertowren, as ./wren print sends them.
+// Documents through the filters of CUPS and rastertowren, as `wren print` sends them.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

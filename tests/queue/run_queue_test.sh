@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# run_queue_test.sh root|user|no-mount PROGRAM FILTER PPD-FOLDER ROOT [GTEST-ARGUMENT...]
+# run_queue_test.sh root|user|no-mount PROGRAM FILTER WREN PPD-FOLDER ROOT [GTEST-ARGUMENT...]
 #
 # Prepares a folder for a private scheduler and runs the test program there. "user"
 # drops root first; "no-mount" also behaves as if mounting were not allowed. The
 # debug images of the filter go to a private spool folder.
 set -euo pipefail
 
-mode=$1 program=$2 filter=$3 ppds=$4 root=$5
-shift 5
+mode=$1 program=$2 filter=$3 wren=$4 ppds=$5 root=$6
+shift 6
 if [[ $mode == root ]] && ((EUID != 0)); then
   echo "not root: the scheduler cannot be run as root"
   exit 77
@@ -33,7 +33,7 @@ prepare_programs() {
   for name in backend daemon filter notifier monitor; do
     find "$serverbin/$name" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/bin/$name" {} +
   done
-  install -m 0755 "$filter" "${filter}_relocated" "$work/bin"
+  install -m 0755 "$filter" "$(relocated_filter)" "$work/bin"
   install -m 0755 "$program" "$work/bin/queue_test"
   # Only this backend is used; some of the others require root.
   find "$work/bin/backend" -type l ! -name socket -delete
@@ -42,15 +42,20 @@ prepare_programs() {
   chmod 0755 "$work/bin/backend/usb"
 }
 
-# An installed system for ./wren add-queue and doctor, and a copy of ./wren itself:
-# the user of the test may have no access to the source tree.
+# The second build of the filter (tests/relocated_filter).
+relocated_filter() { echo "$(dirname "$(dirname "$filter")")/tests/relocated_filter/rastertowren_relocated"; }
+
+# An installed system for wren add-queue and doctor, and the program wren as in a build
+# tree: the user of the test may have no access to the real one.
 prepare_system() {
-  mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work/tree"
+  mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work"/program/{cli,ppd}
   install -m 0755 "$filter" "$work/system$serverbin/filter/rastertowren"
   cp "$ppds"/*.ppd "$work/system/usr/share/ppd/wren"
   ln -s "$work/root" "$work/system/etc/cups"
   ln -s "$work/spool" "$work/system/var/spool"
-  cp -r "$root/wren" "$root/tools" "$root/tests/queue/front_door_test.sh" "$work/tree"
+  install -m 0755 "$wren" "$work/program/cli/wren"
+  cp "$ppds"/*.ppd "$work/program/ppd"
+  cp "$root/tests/queue/wren_queues_test.sh" "$work"
 }
 
 prepare_documents() {

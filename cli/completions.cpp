@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "cli/completions.h"
+
+#include <vector>
+
+namespace wren::cli {
+namespace {
+
+bool isShown(const CLI::App* command) {
+  return !command->get_group().empty();
+}
+
+std::vector<CLI::App*> shownCommands(CLI::App& app) {
+  std::vector<CLI::App*> shown;
+  for (CLI::App* command : app.get_subcommands({})) {
+    if (isShown(command)) shown.push_back(command);
+  }
+  return shown;
+}
+
+// "-o", "--option" and so on; empty for arguments without a dash and for hidden options.
+std::vector<std::string> namesOf(const CLI::Option* option) {
+  std::vector<std::string> names;
+  if (option->get_group().empty()) return names;
+  for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+  for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  return names;
+}
+
+std::string wordsOf(CLI::App* command) {
+  std::string words;
+  for (const CLI::Option* option : command->get_options()) {
+    for (const std::string& name : namesOf(option)) words += (words.empty() ? "" : " ") + name;
+  }
+  return words;
+}
+
+// What a user may say after the options that take a name of a list.
+constexpr char kBashHead[] = R"sh(# bash completions of wren; written by: wren completions bash
+_wren() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
+  COMPREPLY=()
+  if ((COMP_CWORD == 1)); then
+    mapfile -t COMPREPLY < <(compgen -W ")sh";
+
+constexpr char kBashCases[] = R"sh(" -- "$word")
+    return
+  fi
+  case $before in
+    --paper) mapfile -t COMPREPLY < <(compgen -W "58 80 112" -- "$word"); return ;;
+    remove-queue | doctor) mapfile -t COMPREPLY < <(compgen -W "$(lpstat -e 2>/dev/null)" -- "$word") ;;
+  esac
+  local options=""
+  case $command in
+)sh";
+
+constexpr char kBashTail[] = R"sh(  esac
+  if [[ $word == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+  fi
+}
+complete -o default -F _wren wren
+)sh";
+
+std::string forBash(CLI::App& app) {
+  std::string names;
+  std::string cases;
+  for (CLI::App* command : shownCommands(app)) {
+    names += command->get_name() + " ";
+    cases += "    " + command->get_name() + ") options=\"" + wordsOf(command) + "\" ;;\n";
+  }
+  return kBashHead + names + wordsOf(&app) + kBashCases + cases + kBashTail;
+}
+
+// For a text between single quotes and brackets.
+std::string zshText(const std::string& text) {
+  std::string safe;
+  for (const char c : text) {
+    if (c == '[' || c == ']' || c == ':') safe += '\\';
+    safe += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  }
+  return safe;
+}
+
+bool takesValue(const CLI::Option* option) {
+  return option->get_items_expected_min() > 0 && option->get_type_size() > 0;
+}
+
+std::string zshOptions(CLI::App* command) {
+  std::string lines;
+  for (const CLI::Option* option : command->get_options()) {
+    for (const std::string& name : namesOf(option)) {
+      lines += " \\\n        '" + name + "[" + zshText(option->get_description()) + "]";
+      if (takesValue(option)) lines += ":" + zshText(option->get_type_name()) + ":_files";
+      lines += "'";
+    }
+  }
+  return lines + " \\\n        '*:file:_files'";
+}
+
+std::string forZsh(CLI::App& app) {
+  std::string text =
+      "#compdef wren\n# zsh completions of wren; written by: wren completions zsh\n_wren() {\n"
+      "  local -a commands\n  commands=(\n";
+  std::string cases;
+  for (CLI::App* command : shownCommands(app)) {
+    text += "    '" + command->get_name() + ":" + zshText(command->get_description()) + "'\n";
+    cases +=
+        "    " + command->get_name() + ")\n      _arguments" + zshOptions(command) + "\n      ;;\n";
+  }
+  return text +
+         "  )\n  if ((CURRENT == 2)); then\n    _describe command commands\n    return\n  fi\n"
+         "  shift words\n  ((CURRENT--))\n  case $words[1] in\n" +
+         cases + "  esac\n}\n_wren \"$@\"\n";
+}
+
+}  // namespace
+
+std::string writeCompletions(CLI::App& app, const std::string& shell) {
+  return shell == "bash" ? forBash(app) : forZsh(app);
+}
+
+}  // namespace wren::cli

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+//
+// SIGINT and SIGTERM while a command works: its children are stopped, its temporary files are
+// removed, and the program ends with status 1.
+
+#pragma once
+
+#include <csignal>
+
+namespace wren::cli {
+
+/// From now on the two signals set the flag.
+void watchForInterruption();
+
+bool isInterrupted();
+const volatile std::sig_atomic_t* interruptionFlag();
+
+/// Throws a Failure if a signal has come.
+void failIfInterrupted();
+
+}  // namespace wren::cli

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+//
+// wren halftones: the sheet shows what is printed.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "escpos/reader.h"
+#include "preview/contact_sheet.h"
+#include "preview/paper_picture.h"
+#include "preview/png_file.h"
+#include "tests/cli/wren_program.h"
+#include "tests/preview/png_reading.h"
+#include "tests/support/same_bytes.h"
+
+namespace wren::cli {
+namespace {
+
+using testing::HasSubstr;
+
+class WrenProgramHalftones : public WrenProgram {
+ protected:
+  // A part of the paper of a print.
+  preview::Picture partOf(const std::string& type, const preview::Area& area) {
+    done({"print", example("photo.png"), "--out", type + ".prn", "-o", "HalftoneType=" + type});
+    const std::string bytes = bytesOf(type + ".prn");
+    const auto reading =
+        escpos::readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    preview::PaperPicture paper(reading.paper, escpos::wholeStrip(reading.paper), {});
+    return preview::cropped(preview::greyPicture(paper), area);
+  }
+};
+
+TEST_F(WrenProgramHalftones, ShowEachTypeDotByDot) {
+  constexpr preview::Area kPart = {320, 90, 180, 90};
+  const auto result = done({"halftones", example("photo.png"), "--crop", "180x90+320+90",
+                            "--brightness", "0", "--out", "sheet.png", "--json"});
+  const auto report = nlohmann::json::parse(result.out);
+  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["sheet"], "sheet.png");
+  ASSERT_EQ(report["halftoneTypes"].size(), 9U);
+  std::vector<preview::SheetRow> rows;
+  std::set<std::vector<std::uint8_t>> different;
+  for (const auto& type : report["halftoneTypes"]) {
+    const std::string name = type["name"];
+    preview::Picture part = partOf(name, kPart);
+    different.insert(part.pixels);
+    rows.push_back({"HalftoneType=" + name + ": " + type["prints"].get<std::string>(),
+                    {{"Brightness=0", std::move(part)}}});
+  }
+  EXPECT_EQ(different.size(), 9U) << "two types print the same, so the comparison proves little";
+  const preview::Picture expected = preview::drawContactSheet(rows, 1600);
+  ASSERT_EQ(preview::writePng(expected, pathOf("expected.png")), "");
+  const GreyPicture drawn = readPng(pathOf("sheet.png"));
+  EXPECT_GT(drawn.pixels.size(), 9U * kPart.widthPx * kPart.heightPx);
+  EXPECT_THAT(drawn.pixels, wren_test::SameBytes(readPng(pathOf("expected.png")).pixels));
+}
+
+TEST_F(WrenProgramHalftones, AreNamedAfterTheDocument) {
+  EXPECT_EQ(done({"halftones", example("order.txt"), "--brightness", "-10 0"}).out,
+            "sheet: order.halftones.png\n");
+  EXPECT_THAT(bytesOf("order.halftones.png"), testing::StartsWith("\x89PNG"));
+}
+
+TEST_F(WrenProgramHalftones, RefuseWhatTheyCannotShow) {
+  folder_.write("good.txt", "text\n");
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--crop", "100"}),
+              HasSubstr("--crop wants WIDTHxHEIGHT+X+Y"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--crop", "9x9+9+9x"}),
+              HasSubstr("--crop wants"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--crop", "9x9+9999+9"}),
+              HasSubstr("no part of the paper"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--brightness", ""}),
+              HasSubstr("--brightness wants"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--brightness", "7"}),
+              HasSubstr("Brightness has no choice '7'"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "-o", "Brightness=5"}),
+              HasSubstr("-o cannot choose one"));
+  EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--out", "good.txt"}),
+              HasSubstr("is the document itself"));
+  EXPECT_THAT(refusal(3, {"halftones", "gone.pdf"}), HasSubstr("there is no file 'gone.pdf'"));
+}
+
+}  // namespace
+}  // namespace wren::cli

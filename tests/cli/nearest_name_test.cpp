@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "cli/nearest_name.h"
+
+#include <gtest/gtest.h>
+
+namespace wren::cli {
+namespace {
+
+const std::vector<std::string> kNames = {"HalftoneType", "Brightness", "PageType", "cpi", "lpi"};
+
+TEST(EditDistance, CountsLettersToChangeWithoutRegardToCase) {
+  EXPECT_EQ(editDistance("Stucki", "stucki"), 0U);
+  EXPECT_EQ(editDistance("Stuki", "Stucki"), 1U);
+  EXPECT_EQ(editDistance("Stuckki", "Stucki"), 1U);
+  EXPECT_EQ(editDistance("Stocki", "Stucki"), 1U);
+  EXPECT_EQ(editDistance("kitten", "sitting"), 3U);
+  EXPECT_EQ(editDistance("", "abc"), 3U);
+  EXPECT_EQ(editDistance("abc", ""), 3U);
+}
+
+TEST(NearestName, FindsWhatWasMeant) {
+  EXPECT_EQ(nearestName("HalftonType", kNames), "HalftoneType");
+  EXPECT_EQ(nearestName("brightnes", kNames), "Brightness");
+  EXPECT_EQ(nearestName("pgetype", kNames), "PageType");
+  EXPECT_EQ(nearestName("Halftone", kNames), "HalftoneType") << "a beginning";
+}
+
+TEST(NearestName, FindsNothingForWhatIsFar) {
+  for (const char* wanted : {"banana", "xyz", "Half!!!Type", ""}) {
+    EXPECT_EQ(nearestName(wanted, kNames), "") << wanted;
+  }
+  EXPECT_EQ(nearestName("anything", {}), "");
+}
+
+TEST(Suggestion, IsAPartOfASentenceOrNothing) {
+  EXPECT_EQ(suggestion("brightnes", kNames), ", did you mean 'Brightness'?");
+  EXPECT_EQ(suggestion("banana", kNames), "");
+}
+
+}  // namespace
+}  // namespace wren::cli

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+//
+// wren print, from a document to its results.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "escpos/reader.h"
+#include "tests/cli/wren_program.h"
+
+namespace wren::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class WrenProgramPrint : public WrenProgram {
+ protected:
+  // cupsfilter writes its arguments down and then does its work.
+  void recordRequests() {
+    standIn("cupsfilter", "printf '%s ' \"$@\" >" + pathOf("asked") +
+                              "\nPATH=/usr/sbin:/usr/bin:/bin exec cupsfilter \"$@\"\n");
+  }
+
+  std::size_t imagesIn(const std::string& name) const {
+    std::error_code ignored;
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(pathOf(name), ignored), {}));
+  }
+
+  std::size_t filesLeft() const {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_.path()), {}));
+  }
+
+  escpos::Reading readingOf(const std::string& name) const {
+    const std::string bytes = bytesOf(name);
+    return escpos::readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  }
+};
+
+TEST_F(WrenProgramPrint, NamesItsResultsAfterTheDocument) {
+  fs::copy(example("receipt.pdf"), pathOf("a receipt.pdf"));
+  const auto result = done({"print", "a receipt.pdf"});
+  const auto size = bytesOf("a receipt.prn").size();
+  EXPECT_EQ(result.out, "1 page(s), " + std::to_string(size) +
+                            " bytes: a receipt.prn\ndebug images: a receipt.images\n"
+                            "picture: a receipt.png\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_GT(size, 10000U);
+  EXPECT_TRUE(readingOf("a receipt.prn").problems.empty());
+  EXPECT_THAT(bytesOf("a receipt.png"), StartsWith("\x89PNG"));
+  EXPECT_EQ(imagesIn("a receipt.images"), 2U);
+}
+
+TEST_F(WrenProgramPrint, TakesEveryKindOfDocumentByItsContents) {
+  recordRequests();
+  ASSERT_EQ(std::system(
+                ("convert " + example("photo.png") + " -quality 95 jpg:" + pathOf("jpeg")).c_str()),
+            0);
+  fs::copy(example("receipt.pdf"), pathOf("pdf"));
+  fs::copy(example("photo.png"), pathOf("png"));
+  fs::copy(example("order.txt"), pathOf("text"));
+  const std::pair<const char*, const char*> kTypes[] = {{"pdf", "application/pdf"},
+                                                        {"png", "image/png"},
+                                                        {"jpeg", "image/jpeg"},
+                                                        {"text", "text/plain"}};
+  for (const auto& [name, type] : kTypes) {
+    done({"print", name, "-o", "HalftoneType=Burkes"});
+    EXPECT_THAT(bytesOf("asked"), HasSubstr(std::string("-i ") + type + " "));
+    const auto reading = readingOf(std::string(name) + ".prn");
+    EXPECT_TRUE(reading.problems.empty()) << name;
+    EXPECT_FALSE(reading.paper.stripes.empty()) << name;
+  }
+}
+
+TEST_F(WrenProgramPrint, AsksCupsForAReceiptUnlessTold) {
+  recordRequests();
+  done({"print", example("receipt.pdf"), "-n", "2"});
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-o position=top "));
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-o pdfAutoRotate=no "));
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-n 2 "));
+  done({"print", example("receipt.pdf"), "-o", "position=center", "-o", "pdfAutoRotate=yes"});
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-o position=center "));
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-o pdfAutoRotate=yes "));
+  EXPECT_THAT(bytesOf("asked"), Not(HasSubstr("position=top")));
+  EXPECT_THAT(bytesOf("asked"), Not(HasSubstr("pdfAutoRotate=no")));
+}
+
+TEST_F(WrenProgramPrint, TakesOptionsWithoutAValue) {
+  recordRequests();
+  for (const char* option : {"fit-to-page", "landscape"}) {
+    done({"print", example("receipt.pdf"), "-o", option});
+    EXPECT_THAT(bytesOf("asked"), HasSubstr(std::string("-o ") + option + "=true "));
+  }
+}
+
+TEST_F(WrenProgramPrint, KeepsThePagesOfTheFilter) {
+  const auto result = done(
+      {"print", example("receipt.pdf"), "-n", "2", "--out", "twice.prn", "--raster", "pages.ras"});
+  EXPECT_THAT(result.out, HasSubstr("2 page(s), "));
+  EXPECT_THAT(result.out, HasSubstr("raster: pages.ras\n"));
+  EXPECT_THAT(bytesOf("pages.ras"), testing::ContainsRegex("^(3SaR|RaS3|2SaR|RaS2)"));
+}
+
+TEST_F(WrenProgramPrint, ReportsAsJson) {
+  const auto report = nlohmann::json::parse(
+      done({"print", example("receipt.pdf"), "--json", "-o", "DebugImages=Off"}).out);
+  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["pages"], 1);
+  EXPECT_EQ(report["bytes"], bytesOf("receipt.prn").size());
+  EXPECT_EQ(report["output"], "receipt.prn");
+  EXPECT_EQ(report["picture"], "receipt.png");
+  EXPECT_EQ(report["raster"], nullptr);
+  EXPECT_EQ(report["debugImages"], nullptr);
+}
+
+TEST_F(WrenProgramPrint, LeavesOtherFilesInTheFolderOfTheImages) {
+  fs::create_directory(pathOf("mine"));
+  folder_.write("mine/letter.txt", "dear");
+  folder_.write("mine/origin_old.bmp", "old");
+  done({"print", example("receipt.pdf"), "--images", "mine"});
+  EXPECT_EQ(bytesOf("mine/letter.txt"), "dear");
+  EXPECT_FALSE(fs::exists(pathOf("mine/origin_old.bmp")));
+  EXPECT_EQ(imagesIn("mine"), 3U);
+  for (const auto& entry : fs::directory_iterator(pathOf("mine"))) {
+    if (entry.path().extension() != ".bmp") continue;
+    EXPECT_EQ(fs::status(entry).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  }
+}
+
+TEST_F(WrenProgramPrint, PutsThePictureOfAPictureBesideIt) {
+  fs::copy(example("photo.png"), pathOf("photo.png"));
+  const std::string before = bytesOf("photo.png");
+  EXPECT_THAT(done({"print", "photo.png"}).out, HasSubstr("picture: photo.paper.png\n"));
+  EXPECT_EQ(bytesOf("photo.png").size(), before.size());
+}
+
+TEST_F(WrenProgramPrint, PutsResultsIntoAFolder) {
+  EXPECT_THAT(done({"print", example("receipt.pdf"), "--into", "a/b"}).out,
+              HasSubstr("bytes: a/b/receipt.prn\n"));
+  EXPECT_TRUE(fs::exists(pathOf("a/b/receipt.png")));
+}
+
+TEST_F(WrenProgramPrint, RefusesADamagedDocumentWithTheWordsOfTheRenderer) {
+  folder_.write("bad.pdf", "%PDF-1.4\nno PDF at all\n");
+  EXPECT_THAT(refusal(3, {"print", "bad.pdf"}), StartsWith("'bad.pdf' cannot be rendered: "));
+  EXPECT_THAT(refusal(3, {"print", "bad.pdf"}), HasSubstr("unable to find trailer dictionary"));
+  folder_.write("bad.png", "\x89PNG\r\n\x1a\nno PNG at all");
+  EXPECT_THAT(refusal(3, {"print", "bad.png"}), HasSubstr("libpng error"));
+  EXPECT_EQ(filesLeft(), 2U) << "a part of a result is left";
+}
+
+TEST_F(WrenProgramPrint, RefusesDocumentsThatItCannotUse) {
+  folder_.write("empty", "");
+  folder_.write("binary", std::string("a\0b", 3));
+  EXPECT_EQ(refusal(3, {"print", "gone.pdf"}), "there is no file 'gone.pdf'");
+  EXPECT_EQ(refusal(3, {"print", "."}), "'.' is not a file");
+  EXPECT_EQ(refusal(3, {"print", "empty"}), "'empty' is empty");
+  EXPECT_EQ(refusal(3, {"print", "binary"}), "'binary' is neither PDF, PNG, JPEG nor text");
+}
+
+TEST_F(WrenProgramPrint, NeverWritesOverTheDocument) {
+  folder_.write("good.txt", "text\n");
+  folder_.write("logo.png", "\x89PNG broken");
+  for (const auto& [document, option, result] :
+       std::vector<std::array<std::string, 3>>{{"good.txt", "--out", "good.txt"},
+                                               {"good.txt", "--raster", "good.txt"},
+                                               {"logo.png", "--out", "logo.prn"},
+                                               {pathOf("logo.png"), "--out", "logo"}}) {
+    EXPECT_THAT(refusal(2, {"print", document, option, result}),
+                HasSubstr("is the document itself"));
+  }
+  EXPECT_EQ(bytesOf("good.txt"), "text\n");
+  EXPECT_EQ(bytesOf("logo.png"), "\x89PNG broken");
+}
+
+TEST_F(WrenProgramPrint, SaysWhyAResultCannotBeWritten) {
+  const std::string document = example("order.txt");
+  EXPECT_EQ(refusal(1, {"print", document, "--out", "/nonexistent/x"}),
+            "'/nonexistent/x' cannot be written: No such file or directory");
+  EXPECT_EQ(refusal(1, {"print", document, "--out", "/dev/full"}),
+            "'/dev/full' cannot be written: No space left on device");
+}
+
+TEST_F(WrenProgramPrint, RefusesOptionsThatCupsWouldIgnore) {
+  const std::string document = example("order.txt");
+  EXPECT_THAT(refusal(2, {"print", document, "-o", "Brightnes=5"}),
+              HasSubstr("did you mean 'Brightness'?"));
+  EXPECT_THAT(refusal(2, {"print", document, "-o", "HalftoneType=Stuki"}),
+              HasSubstr("did you mean 'Stucki'?"));
+  EXPECT_THAT(refusal(2, {"print", document, "-o", "PageSize=Custom.banana"}),
+              HasSubstr("Custom.WIDTHxLENGTHmm"));
+}
+
+TEST_F(WrenProgramPrint, NamesThePackageThatIsMissing) {
+  standIn("cupsfilter",
+          "echo 'cupsfilter: No filter to convert from text/plain to x.' >&2\nexit 1\n");
+  EXPECT_THAT(refusal(4, {"print", example("order.txt")}),
+              HasSubstr("sudo apt install cups-filters"));
+}
+
+TEST_F(WrenProgramPrint, LeavesNoTemporaryFolder) {
+  fs::create_directory(pathOf("tmp"));
+  environment_ = {"TMPDIR=" + pathOf("tmp")};
+  done({"print", example("order.txt")});
+  folder_.write("bad.pdf", "%PDF-1.4\nno PDF at all\n");
+  refusal(3, {"print", "bad.pdf"});
+  EXPECT_TRUE(fs::is_empty(pathOf("tmp")));
+}
+
+}  // namespace
+}  // namespace wren::cli

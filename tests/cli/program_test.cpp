@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+//
+// The program as a whole: usage, colour, and commands without a scheduler.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/wren_program.h"
+
+namespace wren::cli {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class WrenProgramUsage : public WrenProgram {
+ protected:
+  WrenProgramUsage() { environment_ = {"CUPS_SERVER=" + pathOf("nobody-listens")}; }
+};
+
+TEST_F(WrenProgramUsage, AnswersHelpAndVersionOfEveryCommand) {
+  EXPECT_THAT(done({"--help"}).out, HasSubstr("add-queue"));
+  EXPECT_EQ(done({"--version"}).out, "wren " WREN_VERSION "\n");
+  for (const char* command :
+       {"print", "halftones", "devices", "add-queue", "remove-queue", "doctor", "uninstall"}) {
+    EXPECT_THAT(done({command, "--help"}).out, HasSubstr("Example: ")) << command;
+    EXPECT_EQ(done({command, "--version"}).out, "wren " WREN_VERSION "\n") << command;
+  }
+}
+
+TEST_F(WrenProgramUsage, IsRefusedInOneLine) {
+  EXPECT_EQ(refusal(2, {"prnt"}),
+            "unknown command 'prnt', did you mean 'print'? (wren --help lists them)");
+  EXPECT_EQ(refusal(2, {"banana"}), "unknown command 'banana' (wren --help lists them)");
+  EXPECT_THAT(refusal(2, {}), HasSubstr("see wren --help"));
+  EXPECT_THAT(refusal(2, {"print"}), HasSubstr("FILE is required; see wren print --help"));
+  EXPECT_THAT(refusal(2, {"print", "a", "-x"}), HasSubstr("-x"));
+  EXPECT_THAT(refusal(2, {"add-queue", "till"}),
+              HasSubstr("NAME and ADDRESS, or --from FILE.json, is required"));
+  EXPECT_THAT(refusal(2, {"print", "a\nb", "--paper", "5\n8"}), HasSubstr("--paper"));
+}
+
+TEST_F(WrenProgramUsage, HandsPreviewItsArguments) {
+  const auto result = wren({"preview", "--help"});
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("wren-preview"));
+  EXPECT_THAT(wren({"preview", "gone.prn"}).err, StartsWith("wren-preview: "));
+}
+
+TEST_F(WrenProgramUsage, FailsWhereStandardOutputIsFull) {
+  wren_test::ProcessSpec spec;
+  spec.program = "/bin/sh";
+  spec.arguments = {"sh", "-c", "exec " WREN_PROGRAM " --help >/dev/full"};
+  const auto result = wren_test::runProcess(spec);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.err, "wren: standard output cannot be written: No space left on device\n");
+}
+
+TEST_F(WrenProgramUsage, UsesNoColourOutsideATerminal) {
+  environment_.push_back("TERM=xterm");
+  EXPECT_THAT(wren({"doctor"}).out, Not(HasSubstr("\033")));
+}
+
+TEST_F(WrenProgramUsage, SaysThatTheSchedulerDoesNotRun) {
+  const auto doctor = wren({"doctor"});
+  EXPECT_EQ(doctor.exitStatus, 1);
+  EXPECT_THAT(doctor.out, HasSubstr("BAD   the scheduler does not run\n      fix: sudo "));
+  EXPECT_THAT(refusal(1, {"remove-queue", "till"}),
+              HasSubstr("the scheduler does not run; start it with: "));
+}
+
+TEST_F(WrenProgramUsage, NamesThePackagesOfMissingFonts) {
+  standIn("fc-list", "echo 'Some Sans'\n");
+  const std::string advice = wren({"doctor"}).out;
+  EXPECT_THAT(advice, HasSubstr("--    text files may print with boxes"));
+  EXPECT_THAT(advice, HasSubstr("sudo apt install fonts-arphic-uming\n"));
+  standIn("fc-list", "echo 'DejaVu Sans Mono'; echo 'AR PL UMing CN,AR PL UMing'\n");
+  EXPECT_THAT(wren({"doctor"}).out, Not(HasSubstr("fonts-")));
+}
+
+TEST_F(WrenProgramUsage, ReportsAsJsonWithASchema) {
+  const auto doctor = nlohmann::json::parse(wren({"doctor", "--json"}).out);
+  EXPECT_EQ(doctor["schema"], 1);
+  EXPECT_GE(doctor["faults"], 1);
+  EXPECT_TRUE(doctor["queues"].is_array());
+  const auto devices = nlohmann::json::parse(wren({"devices", "--json", "--timeout", "1"}).out);
+  EXPECT_EQ(devices["schema"], 1);
+  EXPECT_EQ(devices["partial"], true);
+}
+
+TEST_F(WrenProgramUsage, RefusesQueuesBeforeItAsksForAnything) {
+  EXPECT_THAT(refusal(2, {"add-queue", "my till", "usb://Wren/80"}), HasSubstr("unlike 'my till'"));
+  EXPECT_THAT(refusal(2, {"add-queue", "till", "/dev/usb/lp0"}),
+              HasSubstr("unlike '/dev/usb/lp0'"));
+  EXPECT_THAT(refusal(3, {"add-queue", "--from", "gone.json"}),
+              HasSubstr("'gone.json' cannot be read"));
+  folder_.write("bad.json", "{");
+  EXPECT_THAT(refusal(2, {"add-queue", "--from", "bad.json"}), HasSubstr("bad.json is not JSON"));
+  EXPECT_THAT(refusal(4, {"add-queue", "till", "usb://Wren/80", "--root", pathOf("nothing")}),
+              HasSubstr("the filter is not installed"));
+}
+
+class WrenProgramUninstall : public WrenProgramUsage {
+ protected:
+  // An installation without a package.
+  void install() {
+    std::filesystem::create_directories(pathOf("root" WREN_MANIFEST_FOLDER));
+    std::filesystem::create_directories(pathOf("root/usr/bin"));
+    folder_.write("root/usr/bin/wren-preview", "program");
+    folder_.write("root/usr/bin/other", "not ours");
+    folder_.write("root" WREN_MANIFEST_FOLDER "/install_manifest.txt",
+                  "/usr/bin/wren-preview\n/usr/bin/other\n/usr/bin/../../../wren\nusr/bin/wren\n");
+  }
+};
+
+TEST_F(WrenProgramUninstall, SaysWhatItWouldRemove) {
+  install();
+  const auto result = done({"uninstall", "--dry-run", "--root", pathOf("root")});
+  EXPECT_THAT(result.out, HasSubstr("would remove " + pathOf("root/usr/bin/wren-preview") + "\n"));
+  EXPECT_THAT(result.out, Not(HasSubstr("other")));
+  EXPECT_EQ(bytesOf("root/usr/bin/wren-preview"), "program");
+}
+
+TEST_F(WrenProgramUninstall, RemovesItsOwnFilesAlone) {
+  install();
+  if (geteuid() != 0) {
+    EXPECT_EQ(refusal(1, {"uninstall", "--root", pathOf("root")}),
+              "only root may remove it: sudo wren uninstall");
+    return;
+  }
+  done({"uninstall", "--root", pathOf("root")});
+  EXPECT_FALSE(std::filesystem::exists(pathOf("root/usr/bin/wren-preview")));
+  EXPECT_FALSE(std::filesystem::exists(pathOf("root" WREN_MANIFEST_FOLDER)));
+  EXPECT_EQ(bytesOf("root/usr/bin/other"), "not ours");
+  EXPECT_THAT(refusal(1, {"uninstall", "--root", pathOf("root")}),
+              HasSubstr("nothing is installed"));
+}
+
+}  // namespace
+}  // namespace wren::cli
