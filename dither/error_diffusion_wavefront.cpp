@@ -26,12 +26,15 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "common/byte_transpose-inl.h"
+
 #if WREN_IS_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace wren::dither::HWY_NAMESPACE {
 namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
+using wren::HWY_NAMESPACE::transposeBytes;
 
 using Bytes = hn::ScalableTag<std::uint8_t>;
 using SignedBytes = hn::RebindToSigned<Bytes>;
@@ -56,40 +59,6 @@ static_assert(kLanes + 1 + 8 <= Page::kMinDotRows);
 struct Tile {
   ByteVector v[kTileSteps];
 };
-
-// Four vectors.
-struct Quad {
-  ByteVector v[4];
-};
-
-// Two rounds of a transpose for vectors i, i + 4, i + 8 and i + 12: each round interleaves
-// vector i with vector i + 8. Four vectors at a time stay in registers.
-HWY_INLINE Quad interleavedTwice(ByteVector a, ByteVector b, ByteVector c, ByteVector d) {
-  const ByteVector lowerAc = hn::InterleaveLower(kBytes, a, c);
-  const ByteVector upperAc = hn::InterleaveUpper(kBytes, a, c);
-  const ByteVector lowerBd = hn::InterleaveLower(kBytes, b, d);
-  const ByteVector upperBd = hn::InterleaveUpper(kBytes, b, d);
-  return {{hn::InterleaveLower(kBytes, lowerAc, lowerBd),
-           hn::InterleaveUpper(kBytes, lowerAc, lowerBd),
-           hn::InterleaveLower(kBytes, upperAc, upperBd),
-           hn::InterleaveUpper(kBytes, upperAc, upperBd)}};
-}
-
-// Swaps rows and columns of each block of 16 x 16 bytes. Each of four rounds rotates the
-// eight-bit number "row, column" of a byte by one bit; then its two halves have changed
-// places. `load(i)` gives vector i, `store(i, v)` takes it.
-template <typename Load, typename Store>
-HWY_INLINE void transpose(Load load, Store store) {
-  ByteVector half[kTileSteps];
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Quad quad = interleavedTwice(load(i), load(i + 4), load(i + 8), load(i + 12));
-    for (std::size_t k = 0; k < 4; ++k) half[4 * i + k] = quad.v[k];
-  }
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Quad quad = interleavedTwice(half[i], half[i + 4], half[i + 8], half[i + 12]);
-    for (std::size_t k = 0; k < 4; ++k) store(4 * i + k, quad.v[k]);
-  }
-}
 
 // 16 bytes from each of `rows[0]`, `rows[16]`, ...
 template <class D>
@@ -301,8 +270,9 @@ void Wavefront<Kernel>::findEdgeLanes() {
 template <const DiffusionKernel& Kernel>
 HWY_INLINE void Wavefront<Kernel>::gather(Tile& levels) {
   for (std::size_t i = 0; i < edgeCount_; ++i) gatherAcrossRows(edgeLane(i));
-  transpose([this](std::size_t i) HWY_ATTR { return loadBlocks(kBytes, pixels_.data() + i); },
-            [&levels](std::size_t i, ByteVector v) HWY_ATTR { levels.v[i] = v; });
+  transposeBytes(
+      kBytes, [this](std::size_t i) HWY_ATTR { return loadBlocks(kBytes, pixels_.data() + i); },
+      [&levels](std::size_t i, ByteVector v) HWY_ATTR { levels.v[i] = v; });
 }
 
 template <const DiffusionKernel& Kernel>
@@ -414,9 +384,10 @@ void Wavefront<Kernel>::scatterAcrossRows(std::size_t lane) {
 template <const DiffusionKernel& Kernel>
 HWY_INLINE void Wavefront<Kernel>::scatter(const Tile& dots) {
   const ByteVector flip = hn::Set(kBytes, rows_.flip());
-  transpose([&dots](std::size_t i) HWY_ATTR { return dots.v[i]; },
-            [this, flip](std::size_t i, ByteVector v)
-                HWY_ATTR { storeBlocks(kBytes, hn::Xor(v, flip), pixels_.data() + i); });
+  transposeBytes(
+      kBytes, [&dots](std::size_t i) HWY_ATTR { return dots.v[i]; },
+      [this, flip](std::size_t i, ByteVector v)
+          HWY_ATTR { storeBlocks(kBytes, hn::Xor(v, flip), pixels_.data() + i); });
   for (std::size_t i = 0; i < edgeCount_; ++i) scatterAcrossRows(edgeLane(i));
 }
 

@@ -20,12 +20,15 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "common/byte_transpose-inl.h"
+
 #if WREN_IS_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace wren::stencil::HWY_NAMESPACE {
 namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
+using wren::HWY_NAMESPACE::transposeBytes;
 
 using Floats = hn::CappedTag<float, DiffusionState::kMaxLanes>;
 using Ints = hn::RebindToSigned<Floats>;
@@ -58,27 +61,8 @@ constexpr int rowOfByte(int i) {
   return rowOfLane(i / kLanes, i % kLanes);
 }
 
-// Tiles: the same steps of 16 rows. Before the transpose vector i is a row; after it, byte i of
-// a 16-byte block is row i, and vector s holds the steps s, s + 16, ...
-struct Tile {
-  ByteVector v[kRows];
-};
-
-using AllRows = std::make_index_sequence<kRows>;
-
-// Written out for every vector, so that as much of the tile as possible stays in registers.
-template <std::size_t... I>
-HWY_INLINE Tile interleaved(const Tile& tile, std::index_sequence<I...>) {
-  return {{(I % 2 == 0 ? hn::InterleaveLower(kBytes, tile.v[I / 2], tile.v[I / 2 + 8])
-                       : hn::InterleaveUpper(kBytes, tile.v[I / 2], tile.v[I / 2 + 8]))...}};
-}
-
-HWY_INLINE Tile transposed(const Tile& tile) {
-  return interleaved(interleaved(interleaved(interleaved(tile, AllRows()), AllRows()), AllRows()),
-                     AllRows());
-}
-
-// The levels or dots of a tile, by step.
+// The levels or dots of a tile, by step. Byte i of a 16-byte block is row i, and a vector holds
+// the steps s, s + 16, ...
 struct Steps {
   alignas(64) std::uint8_t bytes[kRows * kSteps];
 
@@ -357,29 +341,32 @@ HWY_NOINLINE void diffuseTile(DiffusionState& state, const RowMasks& rows,
 }
 
 // Brings the levels of a tile into step order.
-template <std::size_t... I>
-HWY_INLINE void gather(const DiffusionState& state, int u, Steps& levels,
-                       std::index_sequence<I...>) {
+HWY_INLINE void gather(const DiffusionState& state, int u, Steps& levels) {
   const std::uint8_t* first = state.levels + state.leadPx + u - 1;
-  const Tile tile = transposed(
-      Tile{{hn::LoadU(kBytes, first + rowOfByte(static_cast<int>(I)) * (state.pitch - kLag))...}});
-  (hn::Store(tile.v[I], kBytes, levels.bytes + I * kSteps), ...);
+  transposeBytes(
+      kBytes,
+      [&](std::size_t i) HWY_ATTR {
+        return hn::LoadU(kBytes, first + rowOfByte(static_cast<int>(i)) * (state.pitch - kLag));
+      },
+      [&](std::size_t i, ByteVector v)
+          HWY_ATTR { hn::Store(v, kBytes, levels.bytes + i * kSteps); });
 }
 
-template <std::size_t... I>
-HWY_INLINE Tile dotRows(const Steps& dots, std::index_sequence<I...>) {
-  return transposed(Tile{{hn::Load(kBytes, dots.bytes + I * kSteps)...}});
+// Brings the dots of a tile into row order: `store(i, v)` takes row `rowOfDot(i)`.
+template <typename Store>
+HWY_INLINE void transposeDots(const Steps& dots, Store store) {
+  transposeBytes(
+      kBytes, [&](std::size_t i) HWY_ATTR { return hn::Load(kBytes, dots.bytes + i * kSteps); },
+      store);
 }
 
 // Writes the dots of a tile whose lanes are all on pixels of the page.
-template <std::size_t... I>
-HWY_INLINE void scatter(const DiffusionState& state, int u, const Steps& dots,
-                        std::index_sequence<I...>) {
+HWY_INLINE void scatter(const DiffusionState& state, int u, const Steps& dots) {
   std::uint8_t* first = state.result.row(state.y) + u - 1;
-  const Tile rows = dotRows(dots, AllRows());
-  (hn::StoreU(rows.v[I], kBytes,
-              first + rowOfDot(static_cast<int>(I)) * (state.result.strideBytes - kLag)),
-   ...);
+  transposeDots(dots, [&](std::size_t i, ByteVector v) HWY_ATTR {
+    const int row = rowOfDot(static_cast<int>(i));
+    hn::StoreU(v, kBytes, first + row * (state.result.strideBytes - kLag));
+  });
 }
 
 // Copies the dots that are on pixels of row `y`: those of the columns from `x`.
@@ -392,16 +379,17 @@ void copyDots(const DiffusionState& state, const std::uint8_t* dots, int count, 
 }
 
 void scatterAtEdge(const DiffusionState& state, int u, int count, const Steps& dots) {
-  const Tile rows = dotRows(dots, AllRows());
+  Steps rows;
+  transposeDots(dots, [&](std::size_t i, ByteVector v)
+                          HWY_ATTR { hn::Store(v, kBytes, rows.bytes + i * kSteps); });
   for (int i = 0; i < kRows; ++i) {
+    const std::uint8_t* bytes = rows.bytes + i * kSteps;
     const int y = state.y + rowOfDot(i);
     const int x = u - kLag * rowOfDot(i) - 1;
     if (count == kSteps && x >= 0 && x <= state.width - kSteps && y < state.height) {
-      hn::StoreU(rows.v[i], kBytes, state.result.row(y) + x);
+      hn::StoreU(hn::Load(kBytes, bytes), kBytes, state.result.row(y) + x);
       continue;
     }
-    alignas(64) std::uint8_t bytes[kSteps];
-    hn::Store(rows.v[i], kBytes, bytes);
     copyDots(state, bytes, count, y, x);
     if (x < 0) copyDots(state, bytes, std::min(count, -x), y - kRows, x + state.period);
   }
@@ -437,10 +425,10 @@ void diffuseBlockVectors(DiffusionState& state) {
   std::int32_t* masks = state.edgeMasks;
   for (int u = 0; u < steps; u += kSteps) {
     const int count = std::min(kSteps, state.period - u);
-    gather(state, u, levels, AllRows());
+    gather(state, u, levels);
     if (u >= kLag * kRows && u + kSteps <= state.width && !hasBorderRow) {
       diffuseTile<EdgeMasks::kNone>(state, rows, masks, u, count, levels, dots);
-      scatter(state, u, dots, AllRows());
+      scatter(state, u, dots);
       continue;
     }
     if (hasBorderRow) {
