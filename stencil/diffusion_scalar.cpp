@@ -20,7 +20,8 @@ struct ScalarRow {
   bool isBorder;
 };
 
-void diffuseRow(const ScalarRow row) {
+void diffuseRow(const ScalarRow& given) {
+  const ScalarRow row = given;  // a local copy: stores of bytes cannot alias it
   float right = 0.0F;
   float second = 0.0F;
   float nextSecond = 0.0F;
