@@ -78,7 +78,7 @@ struct DiffusionState {
   // What later steps need, one vector of rows for each step of a tile, behind those of the last
   // steps of the tile before.
   template <typename Element>
-  using StepLine = std::array<Element, (kHistory + kMaxSteps) * kRows>;
+  using StepLine = std::array<Element, std::size_t{kHistory + kMaxSteps} * kRows>;
   alignas(64) StepLine<float> startLine{};
   alignas(64) StepLine<std::int32_t> chargeLine{};
 };

@@ -473,7 +473,7 @@ WavefrontDiffuser::WavefrontDiffuser(int width, int height, int threshold,
   levels_.resize(static_cast<std::size_t>(pitch * kBlockRows));
   sums_.resize(static_cast<std::size_t>(period) + kPadding);
   charges_.resize(static_cast<std::size_t>(period) + kPadding);
-  edgeMasks_.resize(DiffusionState::kMaxEdgeSteps * 2 * kBlockRows);
+  edgeMasks_.resize(std::size_t{2} * DiffusionState::kMaxEdgeSteps * kBlockRows);
   state_ = {.width = width,
             .height = height,
             .threshold = static_cast<float>(threshold),
