@@ -88,7 +88,7 @@ reference::JobSettings referenceSettings(const Settings& s) {
 void printJob(const Settings& settings, int descriptor) {
   static fuzz::MemoryFile output;
   output.clear();
-  DotMatrixEpPrinter printer;
+  BandPrinter printer;
   printer.setDebugImageFolder("/nonexistent/");
   wren::filter::RasterInput raster(descriptor, {});
   RecordedPages source(raster);

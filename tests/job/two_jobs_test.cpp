@@ -43,7 +43,7 @@ JobOutput runJob(int halftoneType, unsigned seed, wren::CancelCheck cancel = {})
     Settings settings;
     settings.halftoneType = static_cast<DitherType>(halftoneType);
     settings.brightness = static_cast<int>(seed % 40) - 20;
-    DotMatrixEpPrinter printer;
+    BandPrinter printer;
     printer.setDebugImageFolder(folder.path().string());
     PageList pages({noisePage(200, 120, seed), noisePage(333, 80, seed + 1)});
     Job job(settings, printer, out.stream(), cancel);
