@@ -6,10 +6,17 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "preview/loopback_socket.h"
+#include "preview/message.h"
+
 namespace wren::preview {
 namespace {
 
 constexpr int kUsageStatus = 2;
+
+std::string problemOfAddress(const std::string& text) {
+  return parseListenAddress(text).has_value() ? "" : "'" + text + "' is not [HOST:]PORT";
+}
 
 void addPictureOptions(CLI::App& app, Options& options) {
   app.add_flag("--marks", options.style.marks,
@@ -33,6 +40,7 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
   auto* listen = app.add_option("--listen", options.address,
                                 "Act as a printer on this loopback port; 0 selects any free one")
                      ->type_name("[HOST:]PORT")
+                     ->check(problemOfAddress)
                      ->excludes(file)
                      ->excludes("--output")
                      ->excludes("--list")
@@ -57,6 +65,7 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
   Options options;
   CLI::App app("Shows the paper that an ESC/POS byte stream prints, as a PNG picture.",
                "wren-preview");
+  app.footer("Example: wren-preview receipt.prn --marks");
   app.set_version_flag("--version", std::string("wren-preview ") + WREN_VERSION);
   CLI::Option* file = app.add_option("FILE", options.input, "Printer bytes; - is standard input")
                           ->capture_default_str();
@@ -66,7 +75,9 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return {std::nullopt, app.exit(error) == 0 ? 0 : kUsageStatus};
+    if (error.get_exit_code() == 0) return {std::nullopt, app.exit(error)};
+    printMessage(std::string(error.what()) + "; see wren-preview --help");
+    return {std::nullopt, kUsageStatus};
   }
   options.listen = !options.address.empty();
   return {options, 0};

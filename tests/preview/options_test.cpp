@@ -64,6 +64,8 @@ TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
                                                                  {"--scale", "17"},
                                                                  {"a", "b"},
                                                                  {"--nonsense"},
+                                                                 {"--listen", "abc"},
+                                                                 {"--listen", "99999"},
                                                                  {"--listen", "9100", "a.prn"},
                                                                  {"--listen", "9100", "--json"},
                                                                  {"--max-seconds", "5"},
@@ -72,6 +74,14 @@ TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
     EXPECT_FALSE(parsed.options) << wrong[0];
     EXPECT_EQ(parsed.exitStatus, 2) << wrong[0];
   }
+}
+
+TEST(Options, AreRefusedInOneLine) {
+  testing::internal::CaptureStderr();
+  const char* const arguments[] = {"wren-preview", "--listen", "abc"};
+  parseOptions(3, arguments);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: --listen: 'abc' is not [HOST:]PORT; see wren-preview --help\n");
 }
 
 }  // namespace
