@@ -5,6 +5,8 @@
 
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "cli/console.h"
 #include "cli/document.h"
 #include "cli/failure.h"
@@ -21,7 +23,9 @@ std::string inQuotes(const std::string& name) {
 
 std::vector<QueueSpec> wantedQueues(const AddQueueArguments& arguments) {
   if (!arguments.file.empty()) {
-    if (access(arguments.file.c_str(), R_OK) != 0) {
+    std::error_code ignored;
+    if (access(arguments.file.c_str(), R_OK) != 0 ||
+        std::filesystem::is_directory(arguments.file, ignored)) {
       throw Failure(kDocument, "the file '" + arguments.file + "' cannot be read");
     }
     return parseQueues(readWholeFile(arguments.file), arguments.file);

@@ -61,10 +61,11 @@ DeviceList findDevices(const std::string& schemes, int seconds) {
   const Answer answer =
       scheduler.runs() ? scheduler.findDevices(schemes, seconds, list.devices) : Answer();
   // No printer at all is reported as "not found".
-  list.isPartial = !scheduler.runs() || answer.isRefused;
+  const bool runsBackends = !scheduler.runs() || answer.isRefused;
+  list.isPartial = runsBackends && geteuid() != 0;
   for (const char* backend : kSearching) {
     const bool isWanted = schemes.empty() || schemes == backend;
-    if (list.isPartial && isWanted) runBackend(backend, seconds, list.devices);
+    if (runsBackends && isWanted) runBackend(backend, seconds, list.devices);
   }
   std::erase_if(list.devices, [](const Device& device) { return !isAddress(device.uri); });
   std::stable_sort(list.devices.begin(), list.devices.end(),

@@ -11,8 +11,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "cli/failure.h"
 #include "common/handles.h"
@@ -104,9 +102,16 @@ void createFolder(const std::string& folder) {
 }
 
 std::string readWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (!in.is_open() || in.bad()) throw Failure(kFailed, "'" + path + "' cannot be read");
+  const FilePtr in(std::fopen(path.c_str(), "rb"));
+  std::string text;
+  char part[65536];
+  std::size_t count = 0;
+  while (in != nullptr && (count = std::fread(part, 1, sizeof part, in.get())) > 0) {
+    text.append(part, count);
+  }
+  if (in == nullptr || std::ferror(in.get()) != 0) {
+    throw Failure(kFailed, "'" + path + "' cannot be read: " + std::strerror(errno));
+  }
   return text;
 }
 

@@ -8,6 +8,7 @@
 #include <cctype>
 #include <nlohmann/json.hpp>
 #include <string_view>
+#include <utility>
 
 #include "cli/failure.h"
 #include "cli/installation.h"
@@ -36,7 +37,12 @@ bool isDeviceUri(std::string_view uri) {
   const auto isSchemePart = [](unsigned char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
   };
-  return colon != uri.npos && colon > 0 && std::isalpha(static_cast<unsigned char>(uri[0])) != 0 &&
+  if (colon == uri.npos) return false;
+  // "localhost:9100" is a host with its port, "socket://" names no printer.
+  const std::string_view rest = uri.substr(colon + 1);
+  const bool namesPrinter = rest.find_first_not_of('/') != rest.npos &&
+                            std::isdigit(static_cast<unsigned char>(rest[0])) == 0;
+  return namesPrinter && colon > 0 && std::isalpha(static_cast<unsigned char>(uri[0])) != 0 &&
          std::all_of(uri.begin(), uri.begin() + static_cast<std::ptrdiff_t>(colon), isSchemePart) &&
          std::none_of(uri.begin(), uri.end(),
                       [](unsigned char c) { return c <= ' ' || c == 0x7F; });
@@ -71,7 +77,9 @@ QueueSpec readQueue(const json& entry) {
   spec.name = textAt(entry, "name");
   spec.uri = textAt(entry, "uri");
   const json paper = entry.value("paper", json(80));
-  if (!paper.is_number_integer()) throw Failure(kUsage, "\"paper\" has to be 58, 80 or 112");
+  if (!paper.is_number_integer() || !std::in_range<int>(paper.get<std::int64_t>())) {
+    throw Failure(kUsage, "\"paper\" has to be 58, 80 or 112");
+  }
   spec.paper = paper.get<int>();
   const json options = entry.value("options", json::object());
   if (!options.is_object()) throw Failure(kUsage, "\"options\" has to be an object");
@@ -80,6 +88,14 @@ QueueSpec readQueue(const json& entry) {
   }
   checkQueueSpec(spec);
   return spec;
+}
+
+// CUPS does not tell upper from lower case in the name of a queue.
+void refuseSecond(const std::vector<QueueSpec>& earlier, const std::string& name) {
+  for (const QueueSpec& spec : earlier) {
+    if (!filter::isSameName(spec.name, name)) continue;
+    throw Failure(kUsage, "an earlier queue has the name '" + spec.name + "'");
+  }
 }
 
 json parseDocument(const std::string& text, const std::string& source) {
@@ -123,7 +139,9 @@ std::vector<QueueSpec> parseQueues(const std::string& text, const std::string& s
   std::vector<QueueSpec> specs;
   for (const json& entry : queuesOf(document, source)) {
     try {
-      specs.push_back(readQueue(entry));
+      QueueSpec spec = readQueue(entry);
+      refuseSecond(specs, spec.name);
+      specs.push_back(std::move(spec));
     } catch (const Failure& failure) {
       throw Failure(failure.status(),
                     source + ", queue " + std::to_string(specs.size() + 1) + ": " + failure.what());

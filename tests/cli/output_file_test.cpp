@@ -94,6 +94,13 @@ TEST_F(OutputFiles, SayWhyNothingCanBeWritten) {
               testing::HasSubstr("cannot be created: "));
 }
 
+TEST_F(OutputFiles, AreReadBackOrSayWhyNot) {
+  folder_.write("file", std::string("a\0b\n", 4));
+  EXPECT_EQ(readWholeFile((folder_.path() / "file").string()), std::string("a\0b\n", 4));
+  EXPECT_EQ(failureOf([&] { readWholeFile(folder_.path().string()); }),
+            "'" + folder_.path().string() + "' cannot be read: Is a directory");
+}
+
 TEST(TemporaryFolders, ArePrivateAndRemovedWithTheirContents) {
   std::string path;
   {

@@ -67,6 +67,10 @@ TEST(QueueFile, SaysWhereItIsWrong) {
        R"(queue 2: a queue has no "papr", did you mean 'paper'?)"},
       {withQueue(R"({"name": "a", "uri": "usb://x", "paper": "80"})"), "\"paper\" has to be 58"},
       {withQueue(R"({"name": "a", "uri": "usb://x", "paper": 79})"), "not '79'"},
+      // 2^32 + 80
+      {withQueue(R"({"name": "a", "uri": "usb://x", "paper": 4294967376})"), "has to be 58"},
+      {withQueue(R"({"name": "BAR", "uri": "usb://x"})"),
+       "queue 2: an earlier queue has the name 'bar'"},
       {withQueue(R"({"name": "a", "uri": "usb://x", "options": []})"), "\"options\" has to be"},
       {withQueue(R"({"name": "a", "uri": "usb://x", "options": {"cpi": 1.5}})"), "a whole number"},
       {withQueue(R"({"name": "a", "uri": "usb://x", "options": {"cpi": null}})"), "a whole number"},
@@ -93,8 +97,8 @@ TEST(QueueSpec, RefusesNamesAddressesAndPapersThatCannotBe) {
   for (const char* uri : {"socket://192.0.2.7:9100", "usb://Wren/80?serial=1", "file:/tmp/x"}) {
     EXPECT_TRUE(isTaken("till", uri, 80)) << uri;
   }
-  for (const char* uri :
-       {"", "/dev/usb/lp0", ":9100", "SOCKET://x", "9p://x", "usb://a b", "usb://a\nb"}) {
+  for (const char* uri : {"", "/dev/usb/lp0", ":9100", "SOCKET://x", "9p://x", "usb://a b",
+                          "usb://a\nb", "localhost:9100", "socket:", "socket://"}) {
     EXPECT_FALSE(isTaken("till", uri, 80)) << uri;
   }
   for (const int paper : {0, 79, -80}) EXPECT_FALSE(isTaken("till", "usb://x", paper)) << paper;
