@@ -16,12 +16,16 @@ extern "C" void onInterruption(int /*signal*/) {
 
 }  // namespace
 
-// Without SA_RESTART, so that a wait for a child ends.
+// Without SA_RESTART, so that a wait for a child ends. What nohup or a shell ignores for this
+// process stays ignored.
 void watchForInterruption() {
-  struct sigaction action = {};
-  action.sa_handler = onInterruption;
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+    struct sigaction action = {};
+    if (sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = onInterruption;
+    sigaction(number, &action, nullptr);
+  }
 }
 
 bool isInterrupted() {

@@ -2,8 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 
 //
-// SIGINT and SIGTERM while a command works: its children are stopped, its temporary files are
-// removed, and the program ends with status 1.
+// SIGHUP, SIGINT and SIGTERM while a command works: its children are stopped, its temporary files
+// are removed, and the program ends with status 1.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace wren::cli {
 
-/// From now on the two signals set the flag.
+/// From now on the signals set the flag, except those that are ignored.
 void watchForInterruption();
 
 bool isInterrupted();

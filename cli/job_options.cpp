@@ -171,13 +171,25 @@ std::string problemOfName(const PrinterDescription& printer, const std::string& 
 
 }  // namespace
 
-JobOptions parseJobOptions(const std::vector<std::string>& texts) {
+JobOptions readJobOptions(const std::string& text) {
   cups_option_t* list = nullptr;
-  int count = 0;
-  for (const std::string& text : texts) count = cupsParseOptions(text.c_str(), count, &list);
+  const int count = cupsParseOptions(text.c_str(), 0, &list);
   JobOptions options;
   for (int i = 0; i < count; ++i) options.emplace_back(list[i].name, list[i].value);
   cupsFreeOptions(count, list);
+  return options;
+}
+
+JobOptions parseJobOptions(const std::vector<std::string>& texts) {
+  JobOptions options;
+  for (const std::string& text : texts) {
+    const JobOptions read = readJobOptions(text);
+    if (read.empty()) throw Failure(kUsage, "-o wants NAME=VALUE, not '" + text + "'");
+    for (const auto& option : read) {
+      std::erase_if(options, [&](const auto& old) { return isSameName(old.first, option.first); });
+      options.push_back(option);
+    }
+  }
   return options;
 }
 

@@ -19,8 +19,12 @@ namespace wren::cli {
 /// Names and values, each name once; sorted by name where they are parsed.
 using JobOptions = std::vector<std::pair<std::string, std::string>>;
 
-/// Reads the values of `-o`. A name alone is "true", with a leading "no" it is "false"; one value
-/// may hold several options.
+/// Reads options as lp does: a name alone is "true", with a leading "no" it is "false". What is no
+/// option is skipped.
+JobOptions readJobOptions(const std::string& text);
+
+/// Reads the values of `-o`. One value may hold several options; the last one of a name counts.
+/// Throws a Failure if a value holds none.
 JobOptions parseJobOptions(const std::vector<std::string>& texts);
 
 /// The options in one text, as the fifth argument of a filter.

@@ -47,17 +47,41 @@ std::string pictureBeside(const std::string& stem, const std::string& document) 
   return stem + (isDocument ? ".paper.png" : ".png");
 }
 
+// The printer itself (/dev/usb/lp0), or a pipe to it.
+bool isDevice(const std::string& path) {
+  std::error_code ignored;
+  return fs::is_other(path, ignored);
+}
+
+bool isSamePlace(const std::string& a, const std::string& b) {
+  std::error_code ignored;
+  return fs::weakly_canonical(fs::absolute(a, ignored), ignored) ==
+         fs::weakly_canonical(fs::absolute(b, ignored), ignored);
+}
+
+void refuseSharedPlaces(const Results& results) {
+  if (results.raster.empty() || isDevice(results.raster)) return;
+  for (const std::string& other : {results.bytes, results.picture}) {
+    if (isSamePlace(results.raster, other)) {
+      throw Failure(kUsage, "'" + results.raster + "' is another result; name another --raster");
+    }
+  }
+}
+
 Results resultsOf(const PrintArguments& arguments) {
   const std::string stem = (fs::path(arguments.folder) / documentStem(arguments.document)).string();
   const bool isNamed = !arguments.out.empty();
+  const bool isPictureNamed = isNamed && !isDevice(arguments.out);
   Results results;
   results.bytes = isNamed ? arguments.out : stem + ".prn";
-  results.picture = isNamed ? pictureOf(arguments.out) : pictureBeside(stem, arguments.document);
+  results.picture =
+      isPictureNamed ? pictureOf(arguments.out) : pictureBeside(stem, arguments.document);
   results.raster = arguments.raster;
   results.images = arguments.images.empty() ? stem + ".images" : arguments.images;
   for (const std::string& path : {results.bytes, results.picture, results.raster}) {
     if (!path.empty()) keepDocument(arguments.document, path);
   }
+  refuseSharedPlaces(results);
   return results;
 }
 

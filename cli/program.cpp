@@ -3,6 +3,8 @@
 
 #include "cli/program.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -98,9 +100,18 @@ int runGuarded(const std::vector<std::string>& arguments) {
   return kFailed;
 }
 
+// A file that is opened later must not become a closed standard stream: messages and children
+// would write into it. Read-only, so that a write to it fails.
+void reserveStandardStreams() {
+  for (const int stream : {0, 1, 2}) {
+    if (fcntl(stream, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDONLY));
+  }
+}
+
 }  // namespace
 
 int runProgram(const std::vector<std::string>& arguments) {
+  reserveStandardStreams();
   watchForInterruption();
   const int status = runGuarded(arguments);
   std::cout.flush();

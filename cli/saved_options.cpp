@@ -32,7 +32,7 @@ JobOptions parseSavedOptions(const std::string& text, const std::string& queue) 
     if ((kind != "Dest" && kind != "Default") || queueName(destination) != queue) continue;
     std::string rest;
     std::getline(words, rest);
-    for (const auto& option : parseJobOptions({rest})) options.push_back(option);
+    for (const auto& option : readJobOptions(rest)) options.push_back(option);
   }
   return options;
 }

@@ -37,6 +37,23 @@ TEST(ParseJobOptions, ReadsOptionsAsLpDoes) {
   EXPECT_THAT(parseJobOptions({}), ElementsAre());
 }
 
+TEST(ParseJobOptions, RefusesAValueWithoutAnOption) {
+  for (const char* text : {"", " ", "=", "=x"}) {
+    try {
+      parseJobOptions({"cpi=14", text});
+      ADD_FAILURE() << "taken: '" << text << "'";
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.status(), kUsage);
+      EXPECT_EQ(failure.what(), "-o wants NAME=VALUE, not '" + std::string(text) + "'");
+    }
+  }
+}
+
+TEST(ReadJobOptions, SkipsWhatIsNoOption) {
+  EXPECT_THAT(readJobOptions(""), ElementsAre());
+  EXPECT_THAT(readJobOptions("cpi=14"), ElementsAre(Pair("cpi", "14")));
+}
+
 TEST(JoinJobOptions, GivesATextThatReadsBackTheSame) {
   const JobOptions options = {
       {"a", "plain"}, {"b", "two words"}, {"c", "it's \"quoted\" \\ {here}"}, {"d", "page=1"}};

@@ -183,6 +183,44 @@ TEST_F(WrenProgramPrint, NeverWritesOverTheDocument) {
   EXPECT_EQ(bytesOf("logo.png"), "\x89PNG broken");
 }
 
+TEST_F(WrenProgramPrint, NeverWritesOneResultOverAnother) {
+  fs::copy(example("order.txt"), pathOf("order.txt"));
+  for (const char* raster : {"a.prn", "./a.prn", "a.png"}) {
+    EXPECT_THAT(refusal(2, {"print", "order.txt", "--out", "a.prn", "--raster", raster}),
+                HasSubstr("is another result"));
+  }
+  EXPECT_EQ(filesLeft(), 1U);
+}
+
+TEST_F(WrenProgramPrint, PutsThePictureOfAPrinterBesideOtherResults) {
+  const auto result = done({"print", example("order.txt"), "--out", "/dev/null"});
+  EXPECT_THAT(result.out, HasSubstr("bytes: /dev/null\n"));
+  EXPECT_THAT(result.out, HasSubstr("picture: order.png\n"));
+  EXPECT_THAT(bytesOf("order.png"), StartsWith("\x89PNG"));
+}
+
+// A file that is opened as the first one would take the place of standard input.
+TEST_F(WrenProgramPrint, WorksWithoutStandardInput) {
+  wren_test::ProcessSpec spec;
+  spec.program = "/bin/sh";
+  spec.arguments = {"sh", "-c",
+                    "exec " WREN_PROGRAM " print " + example("order.txt") + " --into " +
+                        folder_.path().string() + " <&-"};
+  const auto result = wren_test::runProcess(spec);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_THAT(result.out, StartsWith("1 page(s), "));
+}
+
+// As when the terminal is closed.
+TEST_F(WrenProgramPrint, LeavesNoTemporaryFilesWhenItIsHungUp) {
+  fs::create_directory(pathOf("tmp"));
+  environment_ = {"TMPDIR=" + pathOf("tmp")};
+  standIn("cupsfilter", "kill -HUP $PPID\nexec sleep 20\n");
+  EXPECT_EQ(refusal(1, {"print", example("order.txt")}), "interrupted");
+  EXPECT_TRUE(fs::is_empty(pathOf("tmp")));
+  EXPECT_EQ(filesLeft(), 2U);  // bin, tmp
+}
+
 TEST_F(WrenProgramPrint, SaysWhyAResultCannotBeWritten) {
   const std::string document = example("order.txt");
   EXPECT_EQ(refusal(1, {"print", document, "--out", "/nonexistent/x"}),
