@@ -103,6 +103,20 @@ struct PlannedQueue {
   QueuePlan plan;
 };
 
+// A file has several queues, so its faults name theirs.
+PlannedQueue planOne(Scheduler& scheduler, const Installation& installation, const QueueSpec& spec,
+                     const std::string& file) {
+  try {
+    const auto existing = existingQueue(scheduler, spec.name);
+    const PaperPpd ppd = readPaperPpd(installation, paperFor(spec, existing));
+    return {spec, planQueue(spec, existing, ppd)};
+  } catch (const Failure& failure) {
+    if (file.empty()) throw;
+    throw Failure(failure.status(),
+                  file + ", " + inQuotes(spec.name) + ": " + std::string(failure.what()));
+  }
+}
+
 }  // namespace
 
 int runAddQueue(const AddQueueArguments& arguments) {
@@ -114,9 +128,7 @@ int runAddQueue(const AddQueueArguments& arguments) {
   // All are checked before the first is changed.
   std::vector<PlannedQueue> planned;
   for (const QueueSpec& spec : specs) {
-    const auto existing = existingQueue(scheduler, spec.name);
-    const PaperPpd ppd = readPaperPpd(installation, paperFor(spec, existing));
-    planned.push_back({spec, planQueue(spec, existing, ppd)});
+    planned.push_back(planOne(scheduler, installation, spec, arguments.file));
     if (!arguments.dryRun) checkReplacement(spec, planned.back().plan, arguments.replace);
   }
   for (const auto& [spec, plan] : planned) {

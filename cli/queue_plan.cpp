@@ -26,8 +26,9 @@ constexpr std::array<std::string_view, 12> kOfEveryQueue = {
     "job-sheets",     "copies",           "document-format", "job-cancel-after",
     "job-hold-until", "job-priority",     "number-up",       "notify-lease-duration",
     "notify-events",  "print-color-mode", "print-quality",   "sides"};
-constexpr std::array<std::string_view, 4> kOfEveryQueueToo = {"output-bin", "printer-resolution",
-                                                              "finishings", "media"};
+// CUPS makes media and media-col from the page size of the PPD.
+constexpr std::array<std::string_view, 5> kOfEveryQueueToo = {"output-bin", "printer-resolution",
+                                                              "finishings", "media", "media-col"};
 
 bool isOfEveryQueue(std::string_view name) {
   return std::find(kOfEveryQueue.begin(), kOfEveryQueue.end(), name) != kOfEveryQueue.end() ||

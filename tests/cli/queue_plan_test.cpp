@@ -37,6 +37,7 @@ ExistingQueue madeBy(const QueueSpec& spec, const QueuePlan& plan) {
   // What the scheduler adds by itself.
   queue.defaults["copies"] = "1";
   queue.defaults["job-sheets"] = "none,none";
+  queue.defaults["media-col"] = "{media-size={x-dimension=8000 y-dimension=20000}}";
   return {queue, plan.ppdText, describePrinter(path)};
 }
 

@@ -182,6 +182,11 @@ applies_a_file() {
   printf '{"schema": 1, "queues": [{"name": "till", "uri": "%s"}]}' "$uri" >plain.json
   expect_status 0 wren add-queue --from plain.json
   expect_words "cpi 14 -> (none)"
+  expect_status 0 wren add-queue --from plain.json
+  expect_words "the queue 'till' is as asked for; nothing is changed"
+  sed 's/"uri"/"options": {"PageSize": "A4"}, &/' plain.json >wrong.json
+  expect_status 2 wren add-queue --from wrong.json
+  expect_words "wrong.json, the queue 'till': PageSize has no choice 'A4'"
   is_sound
 }
 
