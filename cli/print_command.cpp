@@ -12,6 +12,7 @@
 #include "cli/document.h"
 #include "cli/failure.h"
 #include "cli/installation.h"
+#include "cli/interruption.h"
 #include "cli/output_file.h"
 #include "cli/printing.h"
 #include "cli/rendering.h"
@@ -127,6 +128,7 @@ bool keepImages(const std::string& from, const std::string& to) {
   if (images.empty()) return false;
   createFolder(to);
   for (const fs::path& image : images) {
+    failIfInterrupted();
     std::error_code failed;
     const fs::path target = fs::path(to) / image.filename();
     fs::copy_file(image, target, fs::copy_options::overwrite_existing, failed);
@@ -145,25 +147,38 @@ void place(const std::string& from, OutputFile& to) {
   char part[65536];
   std::size_t count = 0;
   while ((count = std::fread(part, 1, sizeof part, in.get())) > 0) {
+    failIfInterrupted();
     if (std::fwrite(part, 1, count, out.get()) != count) failToWrite(to.target(), errno);
   }
   if (std::fclose(out.release()) != 0) failToWrite(to.target(), errno);
   to.commit();
 }
 
+// Piece by piece: the bytes may be larger than the memory, and a signal may come.
+void readBytes(const std::string& path, escpos::Reader& reader) {
+  const FilePtr in(std::fopen(path.c_str(), "rb"));
+  if (in == nullptr) throw Failure(kFailed, "'" + path + "' cannot be read");
+  std::uint8_t part[65536];
+  std::size_t count = 0;
+  while ((count = std::fread(part, 1, sizeof part, in.get())) > 0) {
+    failIfInterrupted();
+    if (!reader.feed({part, count})) break;
+  }
+  reader.finish();
+}
+
 // Draws the paper from the printer bytes. False if they are blank paper of length 0.
 bool drawPaper(const std::string& bytesPath, const std::string& picturePath) {
-  const std::string bytes = readWholeFile(bytesPath);
-  const escpos::Reading reading =
-      escpos::readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-  if (!reading.problems.empty()) {
-    throw Failure(kFailed,
-                  "the printer bytes cannot be read back whole: " + reading.problems[0].text);
+  escpos::Reader reader;
+  readBytes(bytesPath, reader);
+  const auto& problems = reader.printer().problems();
+  if (!problems.empty()) {
+    throw Failure(kFailed, "the printer bytes cannot be read back whole: " + problems[0].text);
   }
   OutputFile file(picturePath);
   preview::Options options;
   options.style.marks = true;
-  const auto written = preview::writePictures(reading.paper, options, file.path());
+  const auto written = preview::writePictures(reader.printer().paper(), options, file.path());
   if (!written.errors.empty()) throw Failure(kFailed, "'" + picturePath + "' cannot be written");
   if (written.files.empty()) return false;
   file.commit();
