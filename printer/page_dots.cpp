@@ -204,14 +204,15 @@ bool canMakeDotRows(const DotOptions& options, const GreyPage& page) {
          page.strideBytes == page.width && (!options.stencil || needsNoCopy(options));
 }
 
-void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
-                 CancelCheck cancel) {
+void makeDotRows(const DotOptions& options, const GreyPage& page, std::uint32_t rows,
+                 const DotRing& ring, CancelCheck cancel) {
   if (options.stencil) {
     makeStencilDotRows(page, ring, cancel);
     return;
   }
   ToneTable tone;
   dither::Page job = ditherPageOf(options, page, ring.rows, tone);
+  job.height = rows;
   job.dotRows = kDotRingRows;
   job.finished = ring.finished;
   while (!dither::ditherPage(options.method, job)) askForMemory();

@@ -67,9 +67,11 @@ bool canMakeDotRows(const DotOptions& options, const GreyPage& page);
 
 /// Makes the same dots as `makePageDots`, for a page for which `canMakeDotRows`, a few rows at
 /// a time.
+/// @param rows how many rows of dots are wanted, from the top: 1 to `page.height`. A classic method
+///   leaves the others out, since no error goes up.
 /// @param cancel as for `makePageDots`; not all rows are finished once it is cancelled.
 /// Out of memory: calls the new-handler, or throws std::bad_alloc.
-void makeDotRows(const DotOptions& options, const GreyPage& page, const DotRing& ring,
-                 CancelCheck cancel);
+void makeDotRows(const DotOptions& options, const GreyPage& page, std::uint32_t rows,
+                 const DotRing& ring, CancelCheck cancel);
 
 }  // namespace wren::printer

@@ -128,6 +128,7 @@ void WrenPrinter::printPackedPage(const PrintedPage& page) {
   useQVDithering_ = halftoneType_ == QVDithering;
   BandPacker packer(dotRows_.data(), kDotRingRows, page.firstRow(), bands_);
   makeDotRows(dotOptionsOf(*this, halftoneType_), page.levels(),
+              static_cast<std::uint32_t>(page.firstRow() + page.rows()),
               {dotRows_.data(), packer.finishedRows()}, {asksCancel, this});
   if (isCancelled()) return;
   if (useQVDithering_) {

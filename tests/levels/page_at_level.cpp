@@ -68,7 +68,7 @@ bool makeDots(const DotOptions& options, const GreyPage& page, std::uint8_t* out
   DotBands bands;
   if (!bands.resize(page.width, page.height)) return false;
   wren::printer::BandPacker packer(out, wren::printer::kDotRingRows, 0, bands);
-  makeDotRows(options, page, {out, packer.finishedRows()}, {});
+  makeDotRows(options, page, page.height, {out, packer.finishedRows()}, {});
   return true;
 }
 
