@@ -347,8 +347,11 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
                     hn::LoadU(kSignedBytes, left_[1].data()),
                     hn::LoadU(kSignedBytes, left_[2].data())};
   const ByteVector offset = hn::Set(kBytes, kLevelOffset);
-  const SignedVector rowEnd = hn::BitCast(kSignedBytes, hn::LoadU(kBytes, rowEnd_.data()));
-  const SignedVector rowStart = hn::BitCast(kSignedBytes, hn::LoadU(kBytes, rowStart_.data()));
+  // Steps since the end of the row, as an unsigned byte: a lane is between two rows where they
+  // are fewer than the length of the gap.
+  const ByteVector rowEnd = hn::LoadU(kBytes, rowEnd_.data());
+  const ByteVector gapLength = hn::Sub(hn::LoadU(kBytes, rowStart_.data()), rowEnd);
+  ByteVector sinceEnd = hn::Sub(hn::Zero(kBytes), rowEnd);
   for (std::size_t step = 0; step < kTileSteps; ++step) {
     const std::size_t at = step * kLanes;
     SignedVector level = hn::BitCast(kSignedBytes, hn::Xor(tile.v[step], offset));
@@ -359,9 +362,9 @@ HWY_INLINE void Wavefront<Kernel>::diffuse(Tile& tile) {
     const ByteVector white = hn::BitCast(kBytes, hn::VecFromMask(kSignedBytes, isWhite));
     // The level of a black pixel, 255 - level of a white one.
     const ByteVector distance = hn::Xor(hn::Xor(hn::BitCast(kBytes, level), offset), white);
-    const SignedVector now = hn::Set(kSignedBytes, static_cast<std::int8_t>(step));
-    const auto hasPixel = hn::Or(hn::Gt(rowEnd, now), hn::Not(hn::Gt(rowStart, now)));
-    const ByteVector error = hn::IfThenElseZero(hn::RebindMask(kBytes, hasPixel), distance);
+    const ByteVector gapLeft = hn::SaturatedSub(gapLength, sinceEnd);
+    const ByteVector error = hn::IfThenElseZero(hn::Eq(gapLeft, hn::Zero(kBytes)), distance);
+    sinceEnd = hn::Add(sinceEnd, hn::Set(kBytes, 1));
     storeTerms(error, white, head + at, lineStride, left, kAllTerms);
     tile.v[step] = white;
   }
