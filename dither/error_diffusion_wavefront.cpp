@@ -403,6 +403,7 @@ void Wavefront<Kernel>::advance() {
   while (edgeCount_ > 0 && lanes_[firstEdge_].isInsideRow(step_)) {
     pixels_[firstEdge_] = lanes_[firstEdge_].pixels(step_);
     rowEnd_[firstEdge_] = kTileSteps;
+    rowStart_[firstEdge_] = kTileSteps;
     firstEdge_ = edgeLane(1);
     --edgeCount_;
   }
