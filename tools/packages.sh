@@ -7,7 +7,8 @@
 # Debian packages by purpose. The keys are the arguments of need().
 declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
-           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev"
+           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev
+           libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"

@@ -36,6 +36,7 @@ const Arrows kAllowed = {
     {"filter", {"job", "printer", "common"}},
     {"escpos", {"common"}},
     {"preview", {"escpos", "common"}},
+    {"app", {"job", "printer", "preview", "escpos", "common"}},
     {"cli", {"filter", "job", "preview", "escpos", "common"}},
 };
 
