@@ -17,6 +17,9 @@ namespace wren::job {
 struct NumericOption {
   const char* keyword;
   std::int32_t Settings::*field;
+  std::int32_t lowest;   ///< of the choices that a printer offers
+  std::int32_t highest;  ///< likewise
+  std::int32_t initial;  ///< the choice of a new printer
 };
 
 /// The value of an indexed option that the printer does not have.
@@ -25,23 +28,25 @@ inline constexpr std::int32_t kAbsentOption = -1;
 /// Indexes into the tables of control commands and their parameters, in the order in which
 /// the filter reads and logs them.
 inline constexpr std::array<NumericOption, 13> kIndexedOptions = {{
-    {"PageType", &Settings::pageType},
-    {"BidiPrinting", &Settings::bidiPrinting},
-    {"PageCutType", &Settings::pageCutType},
-    {"DocCutType", &Settings::docCutType},
-    {"CashDrawerSetting", &Settings::cashDrawerSetting},
-    {"CashDrawerPulseWidth", &Settings::cashDrawerPulseWidth},
-    {"Buzzer1Setting", &Settings::buzzer1Setting},
-    {"Buzzer1OnTime", &Settings::buzzer1OnTime},
-    {"Buzzer1Repeat", &Settings::buzzer1Repeat},
-    {"Buzzer2Setting", &Settings::buzzer2Setting},
-    {"Buzzer2OnTime", &Settings::buzzer2OnTime},
-    {"Buzzer2Repeat", &Settings::buzzer2Repeat},
-    {"FeedCutAfterJobEnd", &Settings::feedCutAfterJobEnd},
+    {"PageType", &Settings::pageType, 0, 1, 0},
+    {"BidiPrinting", &Settings::bidiPrinting, 0, 1, 0},
+    {"PageCutType", &Settings::pageCutType, 0, 2, 0},
+    {"DocCutType", &Settings::docCutType, 0, 2, 2},
+    {"CashDrawerSetting", &Settings::cashDrawerSetting, 0, 2, 0},
+    {"CashDrawerPulseWidth", &Settings::cashDrawerPulseWidth, 0, 8, 0},
+    {"Buzzer1Setting", &Settings::buzzer1Setting, 0, 2, 0},
+    {"Buzzer1OnTime", &Settings::buzzer1OnTime, 0, 9, 1},
+    {"Buzzer1Repeat", &Settings::buzzer1Repeat, 0, 9, 1},
+    {"Buzzer2Setting", &Settings::buzzer2Setting, 0, 2, 0},
+    {"Buzzer2OnTime", &Settings::buzzer2OnTime, 0, 9, 1},
+    {"Buzzer2Repeat", &Settings::buzzer2Repeat, 0, 9, 1},
+    {"FeedCutAfterJobEnd", &Settings::feedCutAfterJobEnd, 0, 15, 12},
 }};
 
-/// 0 if the printer does not have it; not logged.
-inline constexpr NumericOption kBrightnessOption = {"Brightness", &Settings::brightness};
+/// 0 if the printer does not have it; not logged. From 26 on bare paper exceeds the threshold:
+/// the whole page would be black.
+inline constexpr NumericOption kBrightnessOption = {"Brightness", &Settings::brightness, -25, 25,
+                                                    0};
 
 /// Read by the name of the choice (common/halftone_type.h); None if absent.
 inline constexpr const char* kHalftoneTypeOption = "HalftoneType";

@@ -96,6 +96,9 @@ TEST_P(Ppd, OffersEveryNumberThatTheFilterUnderstands) {
     const auto& expected = kExpected.at(row.keyword);
     EXPECT_EQ(choicesOf(row.keyword), numbers(0, expected.lastChoice));
     EXPECT_STREQ(ppdFindMarkedChoice(ppd_, row.keyword)->choice, expected.shopDefault);
+    EXPECT_EQ(row.lowest, 0);
+    EXPECT_EQ(row.highest, expected.lastChoice);
+    EXPECT_EQ(std::to_string(row.initial), expected.shopDefault);
   }
 }
 

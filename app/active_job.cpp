@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/active_job.h"
+
+#include <algorithm>
+
+#include "app/device_stream.h"
+#include "app/job_attributes.h"
+#include "app/paper.h"
+
+namespace wren::app {
+namespace {
+
+bool isCancelled(const void* job) {
+  // The function only reads, but its type is that of all others.
+  return papplJobIsCanceled(static_cast<pappl_job_t*>(const_cast<void*>(job)));
+}
+
+pappl_jreason_t reasonOf(DocumentError::Kind kind) {
+  switch (kind) {
+    case DocumentError::Kind::kFormat:
+      return PAPPL_JREASON_DOCUMENT_FORMAT_ERROR;
+    case DocumentError::Kind::kPassword:
+      return PAPPL_JREASON_DOCUMENT_PASSWORD_ERROR;
+    case DocumentError::Kind::kUnprintable:
+      return PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR;
+    case DocumentError::Kind::kSystem:
+      break;
+  }
+  return PAPPL_JREASON_ABORTED_BY_SYSTEM;
+}
+
+PageTarget targetOf(pappl_job_t* job, const pappl_pr_options_t& options) {
+  PageTarget target;
+  const char* driver = papplPrinterGetDriverName(papplJobGetPrinter(job));
+  if (const Paper* paper = findPaper(driver == nullptr ? "" : driver)) {
+    target.headWidthPx = paper->headWidthPx;
+    target.paperWidthPx = paperWidthPx(*paper);
+  }
+  target.fitWidePages = options.print_scaling != PAPPL_SCALING_NONE;
+  return target;
+}
+
+}  // namespace
+
+void refuseJob(pappl_job_t* job, pappl_jreason_t reason, const std::string& text) {
+  papplJobSetMessage(job, "%s", text.c_str());
+  papplJobSetReasons(job, reason | PAPPL_JREASON_ERRORS_DETECTED, PAPPL_JREASON_NONE);
+  papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s", text.c_str());
+}
+
+ActiveJob::ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services)
+    : job_(job), device_(device), services_(services) {}
+
+std::unique_ptr<ActiveJob> ActiveJob::start(pappl_job_t* job, const pappl_pr_options_t& options,
+                                            pappl_device_t* device, const JobServices& services) {
+  std::unique_ptr<ActiveJob> active(new ActiveJob(job, device, services));
+  return active->begin(options) ? std::move(active) : nullptr;
+}
+
+bool ActiveJob::begin(const pappl_pr_options_t& options) {
+  const int printerId = papplPrinterGetID(papplJobGetPrinter(job_));
+  const int jobId = papplJobGetID(job_);
+  if (services_.begunJobs != nullptr && services_.begunJobs->wasInterrupted(printerId, jobId)) {
+    services_.begunJobs->end(printerId, jobId);
+    refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "interrupted, not printed again");
+    return false;
+  }
+  try {
+    plan_.settings = makeJobSettings(requestOf(job_, options));
+  } catch (const BadAttribute& bad) {
+    refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, bad.what());
+    return false;
+  }
+  plan_.target = targetOf(job_, options);
+  plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
+  plan_.jobId = jobId;
+  stream_ = openDeviceStream(device_);
+  if (stream_ == nullptr) {
+    refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
+    return false;
+  }
+  PrintJob::Surroundings surroundings;
+  surroundings.out = stream_.get();
+  surroundings.cancel = cancel();
+  surroundings.keeper = services_.keeper;
+  surroundings.onBegin = [this, printerId, jobId] {
+    if (services_.begunJobs != nullptr) services_.begunJobs->begin(printerId, jobId);
+  };
+  surroundings.onPage = [this] { papplDeviceFlush(device_); };
+  surroundings.onMessage = [this](std::string_view line) {
+    papplLogJob(job_, PAPPL_LOGLEVEL_DEBUG, "%s", std::string(line).c_str());
+  };
+  print_ = std::make_unique<PrintJob>(plan_, surroundings);
+  return true;
+}
+
+CancelCheck ActiveJob::cancel() const {
+  return {isCancelled, job_};
+}
+
+void ActiveJob::fail(DocumentError::Kind kind, const std::string& reason) {
+  if (failed_) return;
+  failed_ = true;
+  refuseJob(job_, reasonOf(kind), reason);
+}
+
+bool ActiveJob::finish() {
+  const bool isWhole = print_->finish(!failed_);
+  papplDeviceFlush(device_);
+  if (services_.begunJobs != nullptr && print_->hasBegun()) {
+    services_.begunJobs->end(papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_));
+  }
+  return isWhole && !failed_;
+}
+
+}  // namespace wren::app

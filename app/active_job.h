@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// A job of PAPPL while it prints: its settings, its device as a stream, its pages through the
+// core, and what the client is told of it.
+
+#pragma once
+
+#include <pappl/pappl.h>
+
+#include <memory>
+#include <string>
+
+#include "app/begun_jobs.h"
+#include "app/document_error.h"
+#include "app/page_keeper.h"
+#include "app/page_target.h"
+#include "app/print_job.h"
+#include "common/cancel_check.h"
+#include "common/handles.h"
+
+namespace wren::app {
+
+/// What the jobs of a process share; outlives them. Null members are left out.
+struct JobServices {
+  PageKeeper* keeper = nullptr;
+  BegunJobs* begunJobs = nullptr;
+};
+
+class ActiveJob {
+ public:
+  /// Tells the client why the job is refused and returns null if one of its attributes is bad, it
+  /// was interrupted by the end of an earlier process, or its device cannot be written.
+  static std::unique_ptr<ActiveJob> start(pappl_job_t* job, const pappl_pr_options_t& options,
+                                          pappl_device_t* device, const JobServices& services);
+
+  PrintJob& pages() { return *print_; }
+  const PageTarget& target() const { return plan_.target; }
+  const JobSettings& settings() const { return plan_.settings; }
+  CancelCheck cancel() const;
+
+  /// Marks the job as failed: it ends like a cancelled one, and the client is told why.
+  void fail(DocumentError::Kind kind, const std::string& reason);
+
+  /// Prints what is left and the end of the job.
+  /// @return whether the whole job was written.
+  bool finish();
+
+ private:
+  ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services);
+
+  bool begin(const pappl_pr_options_t& options);
+
+  pappl_job_t* job_;
+  pappl_device_t* device_;
+  JobServices services_;
+  PrintJob::Plan plan_;
+  FilePtr stream_;
+  std::unique_ptr<PrintJob> print_;
+  bool failed_ = false;
+};
+
+/// Ends a job before its first byte: state "aborted", with a reason for people.
+void refuseJob(pappl_job_t* job, pappl_jreason_t reason, const std::string& text);
+
+}  // namespace wren::app

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/job_attributes.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace wren::app {
+namespace {
+
+struct DeleteIpp {
+  void operator()(ipp_t* attributes) const { ippDelete(attributes); }
+};
+
+// The printer's own copy may change under the reader, so this is a copy of its own.
+std::shared_ptr<ipp_t> driverAttributesOf(pappl_printer_t* printer) {
+  return {papplPrinterGetDriverAttributes(printer), DeleteIpp()};
+}
+
+std::optional<std::string> textOf(ipp_attribute_t* attribute) {
+  if (attribute == nullptr) return std::nullopt;
+  return attributeText(attribute);
+}
+
+std::optional<bool> cutAtEndOf(ipp_attribute_t* finishings) {
+  if (finishings == nullptr) return std::nullopt;
+  for (int i = 0; i < ippGetCount(finishings); ++i) {
+    if (ippGetInteger(finishings, i) == IPP_FINISHINGS_TRIM) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string attributeText(ipp_attribute_t* attribute) {
+  std::vector<char> text(ippAttributeString(attribute, nullptr, 0) + 1);
+  ippAttributeString(attribute, text.data(), text.size());
+  return text.data();
+}
+
+JobRequest requestOf(pappl_job_t* job, const pappl_pr_options_t& options) {
+  JobRequest request;
+  request.ofJob = [job](const char* attribute) {
+    return textOf(papplJobGetAttribute(job, attribute));
+  };
+  request.ofPrinter = [defaults = driverAttributesOf(papplJobGetPrinter(job))](const char* name) {
+    const std::string attribute = std::string(name) + "-default";
+    return textOf(ippFindAttribute(defaults.get(), attribute.c_str(), IPP_TAG_ZERO));
+  };
+  request.content = textOf(papplJobGetAttribute(job, "print-content-optimize")).value_or("");
+  request.cutAtEnd = cutAtEndOf(papplJobGetAttribute(job, "finishings"));
+  request.darkness = options.print_darkness;
+  request.highQuality = options.print_quality == IPP_QUALITY_HIGH;
+  return request;
+}
+
+}  // namespace wren::app

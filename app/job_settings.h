@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// What the attributes of a job and the defaults of its printer make of a job: the settings of
+// the core and of the pages before it. Knows no IPP library: the caller looks values up.
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "job/settings.h"
+
+namespace wren::app {
+
+/// What a job asks for. Everything that is absent comes from the printer.
+struct JobRequest {
+  /// The value of a vendor attribute as text, by its name; nothing if it is not set.
+  using Lookup = std::function<std::optional<std::string>(const char* attribute)>;
+
+  Lookup ofJob;
+  Lookup ofPrinter;
+  std::string content;           ///< print-content-optimize, if the job names one
+  std::optional<bool> cutAtEnd;  ///< finishings, if the job names any: trim or none
+  std::int32_t darkness = 0;     ///< print-darkness, -100 to 100
+  bool highQuality = false;      ///< print-quality is high: prints in one direction
+  bool drawerAllowed = true;     ///< whether this client may open the drawer
+};
+
+struct JobSettings {
+  Settings core;
+  std::int32_t contrast = 0;       ///< -100 to 100
+  std::uint32_t longestGapMm = 0;  ///< longest blank stretch inside a page; 0: any
+  std::uint32_t textPitch = 14;    ///< characters per inch of plain text
+};
+
+/// A job with an attribute value that its printer does not offer. `what()` names both.
+class BadAttribute : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The vendor attributes of the job beat its standard attributes, and these the defaults of the
+/// printer. Throws BadAttribute.
+JobSettings makeJobSettings(const JobRequest& request);
+
+}  // namespace wren::app

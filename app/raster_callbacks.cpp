@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/raster_callbacks.h"
+
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "app/raster_pages.h"
+
+namespace wren::app {
+namespace {
+
+using Kind = DocumentError::Kind;
+
+// A raster job between its callbacks.
+struct RasterJob {
+  std::unique_ptr<ActiveJob> active;
+  std::vector<std::uint8_t> row;
+  unsigned rows = 0;
+  bool pageIsOpen = false;
+};
+
+// Nothing that is thrown may reach PAPPL, which is not compiled to pass it on.
+template <typename Work>
+bool guarded(pappl_job_t* job, Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    refuseJob(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
+  } catch (const std::exception& error) {
+    refuseJob(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, error.what());
+  }
+  return false;
+}
+
+RasterJob* stateOf(pappl_job_t* job) {
+  return static_cast<RasterJob*>(papplJobGetData(job));
+}
+
+const JobServices& servicesOf(pappl_job_t* job) {
+  pappl_pr_driver_data_t data = {};
+  papplPrinterGetDriverData(papplJobGetPrinter(job), &data);
+  return *static_cast<const JobServices*>(data.extension);
+}
+
+bool startJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
+  papplJobSetData(job, nullptr);
+  return guarded(job, [&] {
+    auto active = ActiveJob::start(job, *options, device, servicesOf(job));
+    if (active == nullptr) return false;
+    auto state = std::make_unique<RasterJob>();
+    state->active = std::move(active);
+    papplJobSetData(job, state.release());
+    return true;
+  });
+}
+
+bool startPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*device*/,
+               unsigned /*page*/) {
+  RasterJob* state = stateOf(job);
+  if (state == nullptr) return false;
+  return guarded(job, [&] {
+    const cups_page_header2_t& header = options->header;
+    const std::string fault = rasterFault(header, state->active->target());
+    if (!fault.empty()) {
+      state->active->fail(Kind::kUnprintable, fault);
+      return false;
+    }
+    state->rows = 0;
+    state->row.resize(header.cupsBytesPerLine);
+    state->pageIsOpen = state->active->pages().beginPage(header.cupsWidth, header.cupsHeight);
+    return state->pageIsOpen;
+  });
+}
+
+bool writeLine(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*device*/,
+               unsigned /*y*/, const unsigned char* line) {
+  RasterJob* state = stateOf(job);
+  if (state == nullptr || !state->pageIsOpen) return false;
+  state->row.assign(line, line + state->row.size());
+  toInk(options->header, state->row);
+  state->active->pages().addRow(state->row.data());
+  ++state->rows;
+  return true;
+}
+
+// A client that goes away in mid-page ends the page early, and a cancelled job gets its lines all
+// the same: neither is printed.
+bool endPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*device*/,
+             unsigned /*page*/) {
+  RasterJob* state = stateOf(job);
+  if (state == nullptr || !state->pageIsOpen) return false;
+  state->pageIsOpen = false;
+  return guarded(job, [&] {
+    if (papplJobIsCanceled(job)) return false;
+    if (state->rows != options->header.cupsHeight) {
+      state->active->fail(Kind::kFormat, "the page ends after " + std::to_string(state->rows) +
+                                             " of " + std::to_string(options->header.cupsHeight) +
+                                             " rows");
+      return false;
+    }
+    return state->active->pages().endPage();
+  });
+}
+
+bool endJob(pappl_job_t* job, pappl_pr_options_t* /*options*/, pappl_device_t* /*device*/) {
+  const std::unique_ptr<RasterJob> state(stateOf(job));
+  papplJobSetData(job, nullptr);
+  if (state == nullptr) return false;
+  return guarded(job, [&] { return state->active->finish(); });
+}
+
+}  // namespace
+
+void setRasterCallbacks(pappl_pr_driver_data_t& data, const JobServices& services) {
+  data.extension = const_cast<JobServices*>(&services);
+  data.rstartjob_cb = startJob;
+  data.rstartpage_cb = startPage;
+  data.rwriteline_cb = writeLine;
+  data.rendpage_cb = endPage;
+  data.rendjob_cb = endJob;
+}
+
+}  // namespace wren::app
