@@ -35,8 +35,8 @@ std::optional<std::int32_t> valueOf(const VendorOption& option, const JobRequest
   if (!text) return std::nullopt;
   std::int32_t value = 0;
   if (!parseVendorValue(option, *text, value)) {
-    throw BadAttribute(std::string(option.attribute) + " cannot be \"" + *text +
-                       "\": it is one of " + acceptedValues(option));
+    throw BadAttribute(std::string(option.attribute) + " cannot be \"" + *text + "\" (" +
+                       acceptedValues(option) + ")");
   }
   return value;
 }

@@ -20,7 +20,8 @@ namespace {
 
 constexpr const char* kPrinterFormat = "application/vnd.wren-escpos";
 constexpr int kHundredthsPerMm = 100;
-constexpr int kDarknessSteps = 100;
+// -100 to 100 in steps of 20: those of the PPDs.
+constexpr int kDarknessLevels = 11;
 
 template <std::size_t N>
 void copyText(char (&to)[N], std::string_view text) {
@@ -70,7 +71,7 @@ void describeQuality(pappl_pr_driver_data_t& data) {
   data.sides_supported = PAPPL_SIDES_ONE_SIDED;
   data.sides_default = PAPPL_SIDES_ONE_SIDED;
   data.duplex = PAPPL_DUPLEX_NONE;
-  data.darkness_supported = 2 * kDarknessSteps + 1;
+  data.darkness_supported = kDarknessLevels;
   data.finishings = PAPPL_FINISHINGS_TRIM;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/raster_pages.h"
+#include "app/received_header.h"
 
 namespace wren::app {
 namespace {
@@ -64,7 +65,9 @@ bool startPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*
   if (state == nullptr) return false;
   return guarded(job, [&] {
     const cups_page_header2_t& header = options->header;
-    const std::string fault = rasterFault(header, state->active->target());
+    const cups_page_header2_t* received = lastReceivedHeader();
+    const std::string fault =
+        rasterFault(received == nullptr ? header : *received, state->active->target());
     if (!fault.empty()) {
       state->active->fail(Kind::kUnprintable, fault);
       return false;

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/program.h"
+
+#include <pappl/pappl.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "app/printer_driver.h"
+#include "app/server.h"
+#include "app/trial.h"
+
+namespace wren::app {
+namespace {
+
+constexpr const char* kFooter = "";
+
+pappl_loglevel_t logLevelOf(const char* name) {
+  struct Level {
+    const char* name;
+    pappl_loglevel_t level;
+  };
+  constexpr Level kLevels[] = {{"debug", PAPPL_LOGLEVEL_DEBUG},
+                               {"info", PAPPL_LOGLEVEL_INFO},
+                               {"warn", PAPPL_LOGLEVEL_WARN},
+                               {"error", PAPPL_LOGLEVEL_ERROR},
+                               {"fatal", PAPPL_LOGLEVEL_FATAL}};
+  for (const Level& level : kLevels) {
+    if (name != nullptr && std::strcmp(level.name, name) == 0) return level.level;
+  }
+  return PAPPL_LOGLEVEL_WARN;
+}
+
+std::string optionOr(const char* name, int count, cups_option_t* options,
+                     const std::string& other) {
+  const char* value = cupsGetOption(name, count, options);
+  return value == nullptr ? other : value;
+}
+
+// Lives until the process ends: PAPPL frees the system, but our callbacks may still run.
+std::unique_ptr<Server>& theServer() {
+  static std::unique_ptr<Server> server;
+  return server;
+}
+
+pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) {
+  ServerOptions server;
+  server.name = optionOr("server-name", count, options, server.name);
+  server.host = optionOr("listen-hostname", count, options, server.host);
+  server.port = std::atoi(optionOr("server-port", count, options, "0").c_str());
+  server.stateFolder = optionOr("state-directory", count, options, defaultStateFolder());
+  server.logFile = optionOr("log-file", count, options, server.logFile);
+  server.logLevel = logLevelOf(cupsGetOption("log-level", count, options));
+  server.pagesFolder = optionOr("pages-directory", count, options, "");
+  try {
+    theServer() = std::make_unique<Server>(server);
+    return theServer()->system();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "wren-printer-app: %s\n", error.what());
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+int runProgram(int argc, char** argv) {
+  if (argc > 1 && std::strcmp(argv[1], "trial") == 0) return runTrial(argc - 1, argv + 1);
+  const auto drivers = printerDrivers();
+  return papplMainloop(argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()),
+                       drivers.data(), driverForDevice, describeDriver, nullptr, nullptr,
+                       createSystem, nullptr, nullptr);
+}
+
+}  // namespace wren::app

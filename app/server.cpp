@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/server.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include "app/printer_driver.h"
+#include "common/handles.h"
+
+namespace wren::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr pappl_soptions_t kSystemOptions = PAPPL_SOPTIONS_MULTI_QUEUE |
+                                            PAPPL_SOPTIONS_WEB_INTERFACE | PAPPL_SOPTIONS_WEB_LOG |
+                                            PAPPL_SOPTIONS_WEB_SECURITY;
+
+std::string makePrivateFolder(const std::string& path) {
+  std::error_code error;
+  fs::create_directories(path, error);
+  if (error) throw std::runtime_error("cannot make the folder " + path + ": " + error.message());
+  fs::permissions(path, fs::perms::owner_all, error);
+  return path;
+}
+
+std::string environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : value;
+}
+
+bool saveState(pappl_system_t* system, void* file) {
+  return papplSystemSaveState(system, static_cast<const std::string*>(file)->c_str());
+}
+
+pappl_version_t firmwareVersion() {
+  pappl_version_t version = {};
+  std::snprintf(version.name, sizeof version.name, "Wren");
+  std::snprintf(version.sversion, sizeof version.sversion, "%s", WREN_VERSION);
+  std::sscanf(WREN_VERSION, "%hu.%hu.%hu", &version.version[0], &version.version[1],
+              &version.version[2]);
+  return version;
+}
+
+}  // namespace
+
+Server::Server(const ServerOptions& options)
+    : stateFile_(makePrivateFolder(options.stateFolder) + "/state"),
+      keeper_(options.pagesFolder),
+      begunJobs_(options.stateFolder + "/begun"),
+      services_{&keeper_, &begunJobs_} {
+  if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
+  const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
+  system_ =
+      papplSystemCreate(kSystemOptions, options.name.c_str(), options.port, "_print,_universal",
+                        spool.c_str(), options.logFile.c_str(), options.logLevel, nullptr, false);
+  if (system_ == nullptr) throw std::runtime_error("cannot create the printer application");
+  if (!papplSystemAddListeners(system_, options.host == "*" ? nullptr : options.host.c_str())) {
+    throw std::runtime_error("cannot listen on " + options.host + ", port " +
+                             std::to_string(options.port));
+  }
+  const auto drivers = printerDrivers();
+  papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
+                               driverForDevice, nullptr, describeDriver, &services_);
+  pappl_version_t version = firmwareVersion();
+  papplSystemSetVersions(system_, 1, &version);
+  papplSystemSetFooterHTML(system_, "");
+  papplSystemSetSaveCallback(system_, saveState, &stateFile_);
+  papplSystemLoadState(system_, stateFile_.c_str());
+  if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {
+    papplSystemSetDNSSDName(system_, options.name.c_str());
+  }
+}
+
+std::string defaultStateFolder() {
+  if (const std::string given = environment("STATE_DIRECTORY"); !given.empty()) return given;
+  constexpr const char* kName = "/wren-printer-app";
+  if (::getuid() == 0) return std::string("/var/lib") + kName;
+  if (const std::string state = environment("XDG_STATE_HOME"); !state.empty()) return state + kName;
+  return environment("HOME") + "/.local/state" + kName;
+}
+
+int freePort() {
+  const FileDescriptor probe(::socket(AF_INET, SOCK_STREAM, 0));
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* const name = reinterpret_cast<sockaddr*>(&address);
+  if (!probe || ::bind(probe.get(), name, length) != 0) return 0;
+  if (::getsockname(probe.get(), name, &length) != 0) return 0;
+  return ntohs(address.sin_port);
+}
+
+}  // namespace wren::app

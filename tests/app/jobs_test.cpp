@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Good jobs through the whole application: what the printer gets.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/app/filter_of_pages.h"
+#include "tests/app/running_app.h"
+#include "tests/support/printer_bytes.h"
+#include "tests/support/raster_stream.h"
+
+namespace wren_test {
+namespace {
+
+constexpr const char* kPwg = "image/pwg-raster";
+
+const char* const kHalftones[] = {
+    "threshold", "ordered",        "burkes", "stucki", "jarvis-judice-ninke",
+    "sierra",    "stevenson-arce", "bayer",  "stencil"};
+
+std::string pwg(const std::vector<RasterPage>& pages) {
+  return rasterStream(RasterKind::kPwg, pages);
+}
+
+// A page of paper with a black block between two rows, 100 dots wide, in ink levels.
+RasterPage block(unsigned width, unsigned height, unsigned top, unsigned bottom) {
+  RasterPage page = flatPage(width, height, 0);
+  for (unsigned y = top; y < bottom; ++y) {
+    page.pixels.replace(std::size_t{y} * width + 100, 100, 100, '\xff');
+  }
+  return page;
+}
+
+// How often each command stands in printer bytes.
+std::size_t count(const std::string& bytes, const std::string& command) {
+  std::size_t found = 0;
+  for (std::size_t at = bytes.find(command); at != std::string::npos;
+       at = bytes.find(command, at + 1)) {
+    ++found;
+  }
+  return found;
+}
+
+std::size_t dotRows(const std::string& bytes) {
+  std::size_t rows = 0;
+  for (const PrintedPage& page : printedPages(bytes)) rows += page.rows.size();
+  return rows;
+}
+
+const std::string kPartialCut("\x1D\x56\x01", 3);
+const std::string kFullCut("\x1D\x56\x00", 3);
+const std::string kDrawer("\x1B\x70\x00\x32\x32", 5);
+
+class Identity : public testing::TestWithParam<int> {};
+
+TEST_P(Identity, OfEachHalftoneWithTheFilter) {
+  RunningApp app({.paperMm = GetParam()});
+  std::size_t jobs = 0;
+  for (const char* halftone : kHalftones) {
+    SCOPED_TRACE(halftone);
+    app.forgetPages();
+    const JobOutcome job = app.print(pwg({noisePage(400, 90, 1), noisePage(1000, 70, 2)}), kPwg,
+                                     {JobAttribute::keyword("halftone-type", halftone)});
+    ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+    const auto papers = app.waitForPapers(++jobs);
+    ASSERT_EQ(papers.size(), jobs);
+    ASSERT_EQ(app.pages().size(), 2U);
+    EXPECT_EQ(papers.back(), filterBytesOf(app.pages(), {.halftone = halftone})) << "job " << jobs;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Papers, Identity, testing::Values(58, 80, 112));
+
+TEST(AppJobs, PrintWithTheOptionsOfTheJob) {
+  RunningApp app;
+  const JobOutcome job = app.print(
+      pwg({noisePage(576, 100, 3)}), kPwg,
+      {JobAttribute::keyword("cash-drawer-setting", "after"),
+       JobAttribute::integer("cash-drawer-pulse-width", 3),
+       JobAttribute::keyword("buzzer1-setting", "before"),
+       JobAttribute::integer("buzzer1-repeat", 4), JobAttribute::keyword("doc-cut-type", "full"),
+       JobAttribute::keyword("page-type", "keep"), JobAttribute::integer("print-darkness", 40)});
+  ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+  EXPECT_EQ(app.waitForPapers(1).at(0),
+            filterBytesOf(app.pages(), {.options = "CashDrawerSetting=2 CashDrawerPulseWidth=3 "
+                                                   "Buzzer1Setting=1 Buzzer1Repeat=4 DocCutType=1 "
+                                                   "PageType=1 Brightness=10"}));
+}
+
+TEST(AppJobs, UseAsMuchPaperAsTheContentWhateverTheSizeOfThePage) {
+  RunningApp app;
+  std::vector<std::size_t> rows;
+  for (const unsigned lengthMm : {100U, 297U, 2000U}) {
+    const unsigned height = lengthMm * 203 * 10 / 254;
+    const JobOutcome job = app.print(pwg({block(639, height, 50, 350)}), kPwg);
+    ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+    rows.push_back(dotRows(app.waitForPapers(rows.size() + 1).back()));
+  }
+  // The row just above the content is printed too.
+  EXPECT_THAT(rows, testing::Each(301U));
+}
+
+TEST(AppJobs, ShortenGapsOnlyWhenAsked) {
+  RunningApp app;
+  RasterPage page = block(576, 1200, 0, 100);
+  const RasterPage bottom = block(576, 1200, 1100, 1200);
+  page.pixels.replace(std::size_t{1100} * 576, std::string::npos,
+                      bottom.pixels.substr(std::size_t{1100} * 576));
+  app.print(pwg({page}), kPwg);
+  app.print(pwg({page}), kPwg, {JobAttribute::integer("longest-gap", 10)});
+  const auto papers = app.waitForPapers(2);
+  EXPECT_EQ(dotRows(papers.at(0)), 1200U);
+  EXPECT_EQ(dotRows(papers.at(1)), 279U);  // 100 + 79 + 100; 79 rows are 9.9 mm
+}
+
+TEST(AppJobs, RepeatTheWholeDocumentForEachCopy) {
+  RunningApp app;
+  const std::string document = pwg({block(576, 80, 0, 80), block(576, 160, 0, 160)});
+  const JobOutcome job =
+      app.print(document, kPwg,
+                {JobAttribute::integer("copies", 3), JobAttribute::keyword("page-cut-type", "full"),
+                 JobAttribute::keyword("cash-drawer-setting", "after")});
+  ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+  const std::string bytes = app.waitForPapers(1).at(0);
+  std::vector<std::size_t> lengths;
+  for (const PrintedPage& page : printedPages(bytes)) lengths.push_back(page.rows.size());
+  EXPECT_THAT(lengths, testing::ElementsAre(80, 160, 80, 160, 80, 160));
+  EXPECT_EQ(count(bytes, kFullCut), 6U);
+  EXPECT_EQ(count(bytes, kPartialCut), 1U);
+  EXPECT_EQ(count(bytes, kDrawer), 1U);
+}
+
+struct Finishing {
+  std::vector<JobAttribute> attributes;
+  std::string cut;  ///< empty: none
+};
+
+TEST(AppJobs, CutAsTheirFinishingsSay) {
+  RunningApp app;
+  const Finishing cases[] = {
+      {{}, kPartialCut},
+      {{JobAttribute::number("finishings", 3)}, ""},
+      {{JobAttribute::number("finishings", 11)}, kPartialCut},
+      {{JobAttribute::number("finishings", 3), JobAttribute::keyword("doc-cut-type", "full")},
+       kFullCut},
+      {{JobAttribute::number("finishings", 11), JobAttribute::keyword("doc-cut-type", "none")}, ""},
+  };
+  std::size_t jobs = 0;
+  for (const Finishing& row : cases) {
+    SCOPED_TRACE(jobs);
+    ASSERT_EQ(app.print(pwg({block(576, 80, 0, 80)}), kPwg, row.attributes).state,
+              IPP_JSTATE_COMPLETED);
+    const std::string bytes = app.waitForPapers(++jobs).back();
+    EXPECT_EQ(count(bytes, kPartialCut), row.cut == kPartialCut ? 1U : 0U);
+    EXPECT_EQ(count(bytes, kFullCut), row.cut == kFullCut ? 1U : 0U);
+  }
+}
+
+TEST(AppJobs, ScaleAWidePageUnlessTheJobWantsItCut) {
+  RunningApp app;
+  const RasterPage wide = flatPage(1152, 200, 255);
+  app.print(pwg({wide}), kPwg);
+  app.print(pwg({wide}), kPwg, {JobAttribute::keyword("print-scaling", "none")});
+  const auto papers = app.waitForPapers(2);
+  EXPECT_EQ(dotRows(papers.at(0)), 100U);
+  EXPECT_EQ(dotRows(papers.at(1)), 200U);
+}
+
+}  // namespace
+}  // namespace wren_test

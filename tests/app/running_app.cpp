@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "tests/app/running_app.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <sstream>
+#include <thread>
+
+namespace wren_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+struct DeleteIpp {
+  void operator()(ipp_t* message) const { ippDelete(message); }
+};
+using Ipp = std::unique_ptr<ipp_t, DeleteIpp>;
+
+struct CloseHttp {
+  void operator()(http_t* http) const { httpClose(http); }
+};
+using Http = std::unique_ptr<http_t, CloseHttp>;
+
+template <typename Done>
+bool waitUntil(Done done, double seconds) {
+  const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+  while (!done()) {
+    if (Clock::now() > until) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(3));
+  }
+  return true;
+}
+
+Http connect(int port) {
+  return Http(httpConnect2("localhost", port, nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED, 1,
+                           10000, nullptr));
+}
+
+Ipp newRequest(ipp_op_t operation, const std::string& uri) {
+  Ipp request(ippNewRequest(operation));
+  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.c_str());
+  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr,
+               "tester");
+  return request;
+}
+
+std::vector<std::string> split(const std::string& text) {
+  std::vector<std::string> parts;
+  std::istringstream in(text);
+  for (std::string part; std::getline(in, part, ',');) parts.push_back(part);
+  return parts;
+}
+
+void add(ipp_t* request, const JobAttribute& attribute) {
+  const std::vector<std::string> values = split(attribute.value);
+  const int count = static_cast<int>(values.size());
+  if (attribute.type == IPP_TAG_INTEGER || attribute.type == IPP_TAG_ENUM) {
+    std::vector<int> numbers;
+    for (const auto& value : values) numbers.push_back(std::stoi(value));
+    ippAddIntegers(request, IPP_TAG_JOB, attribute.type, attribute.name.c_str(), count,
+                   numbers.data());
+    return;
+  }
+  std::vector<const char*> texts;
+  for (const auto& value : values) texts.push_back(value.c_str());
+  ippAddStrings(request, IPP_TAG_JOB, attribute.type, attribute.name.c_str(), count, nullptr,
+                texts.data());
+}
+
+std::string textOf(ipp_t* message, const char* name) {
+  ipp_attribute_t* attribute = ippFindAttribute(message, name, IPP_TAG_ZERO);
+  if (attribute == nullptr) return {};
+  std::vector<char> text(ippAttributeString(attribute, nullptr, 0) + 1);
+  ippAttributeString(attribute, text.data(), text.size());
+  return text.data();
+}
+
+JobOutcome outcomeOf(ipp_t* response) {
+  JobOutcome outcome;
+  if (response == nullptr) return outcome;
+  outcome.status = ippGetStatusCode(response);
+  outcome.id = ippGetInteger(ippFindAttribute(response, "job-id", IPP_TAG_INTEGER), 0);
+  ipp_attribute_t* state = ippFindAttribute(response, "job-state", IPP_TAG_ENUM);
+  if (state != nullptr) outcome.state = static_cast<ipp_jstate_t>(ippGetInteger(state, 0));
+  outcome.reasons = textOf(response, "job-state-reasons");
+  outcome.message = textOf(response, "job-state-message");
+  return outcome;
+}
+
+std::vector<fs::path> sortedFiles(const fs::path& folder, const std::string& extension) {
+  std::vector<fs::path> files;
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+    if (entry.path().extension() == extension) files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+}  // namespace
+
+RunningApp::RunningApp(const AppSetup& setup) : setup_(setup) {
+  start();
+}
+
+void RunningApp::start() {
+  ProcessSpec spec;
+  spec.program = WREN_PRINTER_APP;
+  spec.arguments = {"wren-printer-app", "trial",
+                    "--directory",      folder().string(),
+                    "--pages",          (folder() / "pages").string(),
+                    "--paper",          std::to_string(setup_.paperMm)};
+  if (!setup_.device.empty())
+    spec.arguments.insert(spec.arguments.end(), {"--device", setup_.device});
+  spec.arguments.insert(spec.arguments.end(), setup_.options.begin(), setup_.options.end());
+  spec.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder().string(),
+                      "TMPDIR=" + folder().string(), "TZ=UTC"};
+  spec.timeoutSeconds = 100;
+  process_ = std::make_unique<Process>(spec);
+  const bool started = waitUntil(
+      [&] {
+        const std::string out = process_->outSoFar();
+        return std::count(out.begin(), out.end(), '\n') >= 2 || process_->hasEnded();
+      },
+      20);
+  const std::string out = process_->outSoFar();
+  printerUri_ = out.substr(0, out.find('\n'));
+  const auto colon = printerUri_.rfind(':');
+  port_ = colon == std::string::npos ? 0 : std::atoi(printerUri_.c_str() + colon + 1);
+  // The lines are printed just before the program listens to them.
+  if (!started || !waitUntil([&] { return connect(port_) != nullptr; }, 10)) {
+    ADD_FAILURE() << "wren-printer-app did not start: " << process_->errSoFar();
+  }
+}
+
+void RunningApp::restart(int signal) {
+  stop(signal);
+  start();
+}
+
+ProcessResult RunningApp::stop(int signal) {
+  process_->signal(signal);
+  ProcessResult result = process_->finish();
+  return result;
+}
+
+JobOutcome RunningApp::submit(const std::string& document, const std::string& format,
+                              const std::vector<JobAttribute>& attributes) {
+  const Http http = connect(port_);
+  if (http == nullptr) return {};
+  Ipp request = newRequest(IPP_OP_PRINT_JOB, printerUri_);
+  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+               format.c_str());
+  for (const JobAttribute& attribute : attributes) add(request.get(), attribute);
+  const http_status_t sent = cupsSendRequest(http.get(), request.get(), "/ipp/print/wren",
+                                             ippLength(request.get()) + document.size());
+  if (sent != HTTP_STATUS_CONTINUE) return {};
+  cupsWriteRequestData(http.get(), document.data(), document.size());
+  const Ipp response(cupsGetResponse(http.get(), "/ipp/print/wren"));
+  return outcomeOf(response.get());
+}
+
+JobOutcome RunningApp::print(const std::string& document, const std::string& format,
+                             const std::vector<JobAttribute>& attributes) {
+  const JobOutcome outcome = submit(document, format, attributes);
+  return outcome.id == 0 ? outcome : waitFor(outcome.id);
+}
+
+JobOutcome RunningApp::stateOf(int jobId) {
+  const Http http = connect(port_);
+  if (http == nullptr) return {};
+  Ipp request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, printerUri_);
+  ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
+  const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
+  return outcomeOf(response.get());
+}
+
+JobOutcome RunningApp::waitFor(int jobId, double seconds) {
+  JobOutcome outcome;
+  waitUntil(
+      [&] {
+        outcome = stateOf(jobId);
+        return outcome.state >= IPP_JSTATE_CANCELED;
+      },
+      seconds);
+  return outcome;
+}
+
+void RunningApp::cancel(int jobId) {
+  const Http http = connect(port_);
+  if (http == nullptr) return;
+  Ipp request = newRequest(IPP_OP_CANCEL_JOB, printerUri_);
+  ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
+  const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
+}
+
+std::vector<std::string> RunningApp::papers() const {
+  std::vector<std::string> bytes;
+  for (const fs::path& file : sortedFiles(folder(), ".prn")) bytes.push_back(readFile(file));
+  return bytes;
+}
+
+// The picture of a paper is made when its connection has ended.
+std::vector<std::string> RunningApp::waitForPapers(std::size_t count) const {
+  waitUntil([&] { return sortedFiles(folder(), ".png").size() >= count; }, 20);
+  return papers();
+}
+
+std::vector<fs::path> RunningApp::pages() const {
+  return sortedFiles(folder() / "pages", ".ras");
+}
+
+void RunningApp::forgetPages() const {
+  for (const fs::path& page : pages()) fs::remove(page);
+}
+
+}  // namespace wren_test

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The real wren-printer-app with one printer and a software printer behind it, in a folder of
+// its own, and a client that prints to it by IPP.
+
+#pragma once
+
+#include <cups/cups.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace wren_test {
+
+/// An attribute of a job.
+struct JobAttribute {
+  std::string name;
+  ipp_tag_t type;     ///< IPP_TAG_KEYWORD, IPP_TAG_INTEGER, IPP_TAG_ENUM, ...
+  std::string value;  ///< decimal for the integers; several keywords or integers by commas
+
+  static JobAttribute keyword(std::string name, std::string value) {
+    return {std::move(name), IPP_TAG_KEYWORD, std::move(value)};
+  }
+  static JobAttribute integer(std::string name, int value) {
+    return {std::move(name), IPP_TAG_INTEGER, std::to_string(value)};
+  }
+  static JobAttribute number(std::string name, int value) {
+    return {std::move(name), IPP_TAG_ENUM, std::to_string(value)};
+  }
+};
+
+struct JobOutcome {
+  int id = 0;  ///< 0 if the request was refused
+  ipp_status_t status = IPP_STATUS_ERROR_INTERNAL;
+  ipp_jstate_t state = IPP_JSTATE_PENDING;
+  std::string reasons;  ///< by commas
+  std::string message;  ///< job-state-message
+};
+
+struct AppSetup {
+  int paperMm = 80;
+  std::string device = {};                ///< empty: a software printer
+  std::vector<std::string> options = {};  ///< more arguments of "trial"
+};
+
+class RunningApp {
+ public:
+  explicit RunningApp(const AppSetup& setup = {});
+  RunningApp(const RunningApp&) = delete;
+  RunningApp& operator=(const RunningApp&) = delete;
+
+  /// Ends the program with a signal, if it runs, and starts it again in the same folder.
+  void restart(int signal);
+
+  /// Ends it and returns what became of it.
+  ProcessResult stop(int signal = 15);
+
+  const std::string& printerUri() const { return printerUri_; }
+  int port() const { return port_; }
+  pid_t id() const { return process_->id(); }
+  std::string log() const { return process_->errSoFar(); }
+
+  /// Sends a document as one request and waits for the end of the job.
+  JobOutcome print(const std::string& document, const std::string& format,
+                   const std::vector<JobAttribute>& attributes = {});
+
+  /// Sends a document and returns at once; state and message are those of the answer.
+  JobOutcome submit(const std::string& document, const std::string& format,
+                    const std::vector<JobAttribute>& attributes = {});
+
+  /// Waits until the job has ended, at most `seconds`.
+  JobOutcome waitFor(int jobId, double seconds = 30.0);
+  JobOutcome stateOf(int jobId);
+  void cancel(int jobId);
+
+  /// The printer bytes of each connection to the software printer so far, in order.
+  std::vector<std::string> papers() const;
+
+  /// Waits until there are `count` papers, at most 20 seconds.
+  std::vector<std::string> waitForPapers(std::size_t count) const;
+
+  /// The raster files of the pages handed to the core, in order, and forgets them.
+  std::vector<std::filesystem::path> pages() const;
+  void forgetPages() const;
+
+  const std::filesystem::path& folder() const { return folder_.path(); }
+
+ private:
+  void start();
+
+  AppSetup setup_;
+  TemporaryFolder folder_;
+  std::unique_ptr<Process> process_;
+  std::string printerUri_;
+  int port_ = 0;
+};
+
+}  // namespace wren_test
