@@ -24,11 +24,20 @@ std::optional<std::string> textOf(ipp_attribute_t* attribute) {
   return attributeText(attribute);
 }
 
-std::optional<bool> cutAtEndOf(ipp_attribute_t* finishings) {
+// A queue of CUPS sends each attribute that its printer has, with finishings "none" for a person
+// who chose nothing; what nobody chooses for a receipt gives it away. Such a "none" is no choice.
+bool sendsEveryAttribute(pappl_job_t* job) {
+  return papplJobGetAttribute(job, "multiple-document-handling") != nullptr &&
+         papplJobGetAttribute(job, "output-bin") != nullptr;
+}
+
+std::optional<bool> cutAtEndOf(pappl_job_t* job) {
+  ipp_attribute_t* finishings = papplJobGetAttribute(job, "finishings");
   if (finishings == nullptr) return std::nullopt;
   for (int i = 0; i < ippGetCount(finishings); ++i) {
     if (ippGetInteger(finishings, i) == IPP_FINISHINGS_TRIM) return true;
   }
+  if (sendsEveryAttribute(job)) return std::nullopt;
   return false;
 }
 
@@ -50,7 +59,7 @@ JobRequest requestOf(pappl_job_t* job, const pappl_pr_options_t& options) {
     return textOf(ippFindAttribute(defaults.get(), attribute.c_str(), IPP_TAG_ZERO));
   };
   request.content = textOf(papplJobGetAttribute(job, "print-content-optimize")).value_or("");
-  request.cutAtEnd = cutAtEndOf(papplJobGetAttribute(job, "finishings"));
+  request.cutAtEnd = cutAtEndOf(job);
   request.darkness = options.print_darkness;
   request.highQuality = options.print_quality == IPP_QUALITY_HIGH;
   return request;

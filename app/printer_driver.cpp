@@ -92,12 +92,12 @@ void addVendorOption(const VendorOption& option, pappl_pr_driver_data_t& data, i
 
 // What PAPPL leaves out and IPP/2.0 or IPP Everywhere asks for.
 void addMissingAttributes(ipp_t* attributes) {
-  ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "print-rendering-intent-default",
-               nullptr, "auto");
-  ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "print-rendering-intent-supported",
-               nullptr, "auto");
-  ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "overrides-supported", nullptr,
-               "document-number");
+  for (const char* name : {"print-rendering-intent-default", "print-rendering-intent-supported"}) {
+    ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, name, nullptr, "auto");
+  }
+  ippAddString(attributes, IPP_TAG_PRINTER, IPP_TAG_KEYWORD, "pwg-raster-document-sheet-back",
+               nullptr, "normal");
+  ippAddBoolean(attributes, IPP_TAG_PRINTER, "preferred-attributes-supported", 0);
 }
 
 }  // namespace

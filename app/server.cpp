@@ -37,6 +37,13 @@ std::string environment(const char* name) {
   return value == nullptr ? std::string() : value;
 }
 
+// Who listens on this machine alone needs no encryption, and IPP wants one address for each kind
+// of security.
+pappl_soptions_t systemOptions(const std::string& host) {
+  const bool isLocal = host == "localhost" || host == "127.0.0.1" || host == "::1";
+  return kSystemOptions | (isLocal ? PAPPL_SOPTIONS_NO_TLS : PAPPL_SOPTIONS_NONE);
+}
+
 bool saveState(pappl_system_t* system, void* file) {
   return papplSystemSaveState(system, static_cast<const std::string*>(file)->c_str());
 }
@@ -59,9 +66,9 @@ Server::Server(const ServerOptions& options)
       services_{&keeper_, &begunJobs_} {
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
-  system_ =
-      papplSystemCreate(kSystemOptions, options.name.c_str(), options.port, "_print,_universal",
-                        spool.c_str(), options.logFile.c_str(), options.logLevel, nullptr, false);
+  system_ = papplSystemCreate(systemOptions(options.host), options.name.c_str(), options.port,
+                              "_print,_universal", spool.c_str(), options.logFile.c_str(),
+                              options.logLevel, nullptr, false);
   if (system_ == nullptr) throw std::runtime_error("cannot create the printer application");
   if (!papplSystemAddListeners(system_, options.host == "*" ? nullptr : options.host.c_str())) {
     throw std::runtime_error("cannot listen on " + options.host + ", port " +

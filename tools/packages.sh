@@ -10,7 +10,8 @@ declare -rA DEBIAN_PACKAGES=(
            libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev
            libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
-  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static"
+  [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
+          cups-ipp-utils"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
