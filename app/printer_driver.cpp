@@ -18,7 +18,6 @@
 namespace wren::app {
 namespace {
 
-constexpr const char* kPrinterFormat = "application/vnd.wren-escpos";
 constexpr int kHundredthsPerMm = 100;
 // -100 to 100 in steps of 20: those of the PPDs.
 constexpr int kDarknessLevels = 11;

@@ -13,6 +13,9 @@
 
 namespace wren::app {
 
+/// The format of our printers: documents of other types are turned into it.
+inline constexpr const char* kPrinterFormat = "application/vnd.wren-escpos";
+
 /// The drivers by name, one for each paper. They live as long as the process.
 std::span<pappl_pr_driver_t> printerDrivers();
 

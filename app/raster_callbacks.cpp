@@ -3,11 +3,10 @@
 
 #include "app/raster_callbacks.h"
 
-#include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "app/guarded.h"
 #include "app/raster_pages.h"
 #include "app/received_header.h"
 
@@ -23,19 +22,6 @@ struct RasterJob {
   unsigned rows = 0;
   bool pageIsOpen = false;
 };
-
-// Nothing that is thrown may reach PAPPL, which is not compiled to pass it on.
-template <typename Work>
-bool guarded(pappl_job_t* job, Work work) {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    refuseJob(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
-  } catch (const std::exception& error) {
-    refuseJob(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, error.what());
-  }
-  return false;
-}
 
 RasterJob* stateOf(pappl_job_t* job) {
   return static_cast<RasterJob*>(papplJobGetData(job));

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "app/document_callbacks.h"
 #include "app/printer_driver.h"
 #include "common/handles.h"
 
@@ -77,6 +78,7 @@ Server::Server(const ServerOptions& options)
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
                                driverForDevice, nullptr, describeDriver, &services_);
+  acceptDocuments(system_, kPrinterFormat, services_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");

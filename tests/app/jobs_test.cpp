@@ -3,6 +3,7 @@
 //
 // Good jobs through the whole application: what the printer gets.
 
+#include <cups/raster.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +14,8 @@
 #include "tests/app/running_app.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
+#include "tests/support/same_bytes.h"
+#include "tests/support/temporary_folder.h"
 
 namespace wren_test {
 namespace {
@@ -56,21 +59,59 @@ const std::string kPartialCut("\x1D\x56\x01", 3);
 const std::string kFullCut("\x1D\x56\x00", 3);
 const std::string kDrawer("\x1B\x70\x00\x32\x32", 5);
 
+ssize_t append(void* text, unsigned char* bytes, size_t count) {
+  static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(bytes), count);
+  return static_cast<ssize_t>(count);
+}
+
+// Apple raster of the library's own making: grey levels, 255 = paper.
+std::string urf(const std::vector<RasterPage>& pages) {
+  std::string bytes;
+  cups_raster_t* raster = cupsRasterOpenIO(append, &bytes, CUPS_RASTER_WRITE_APPLE);
+  for (const RasterPage& page : pages) {
+    cups_page_header2_t header = page.header;
+    header.cupsColorSpace = CUPS_CSPACE_SW;
+    std::string levels = page.pixels;
+    for (char& level : levels) level = static_cast<char>(~level);
+    cupsRasterWriteHeader2(raster, &header);
+    cupsRasterWritePixels(raster, reinterpret_cast<unsigned char*>(levels.data()),
+                          static_cast<unsigned>(levels.size()));
+  }
+  cupsRasterClose(raster);
+  return bytes;
+}
+
+struct Document {
+  const char* format;
+  std::string bytes;
+  std::size_t pages;
+};
+
+// Two pages of raster, one narrower than every head and one that is scaled; the examples.
+std::vector<Document> documents() {
+  const std::vector<RasterPage> pages = {noisePage(300, 90, 1), noisePage(1000, 70, 2)};
+  return {{"image/pwg-raster", pwg(pages), 2},
+          {"image/urf", urf(pages), 2},
+          {"application/pdf", readFile(WREN_EXAMPLES "/receipt.pdf"), 1}};
+}
+
 class Identity : public testing::TestWithParam<int> {};
 
-TEST_P(Identity, OfEachHalftoneWithTheFilter) {
+TEST_P(Identity, OfEachHalftoneAndFormatWithTheFilter) {
   RunningApp app({.paperMm = GetParam()});
   std::size_t jobs = 0;
-  for (const char* halftone : kHalftones) {
-    SCOPED_TRACE(halftone);
-    app.forgetPages();
-    const JobOutcome job = app.print(pwg({noisePage(400, 90, 1), noisePage(1000, 70, 2)}), kPwg,
-                                     {JobAttribute::keyword("halftone-type", halftone)});
-    ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
-    const auto papers = app.waitForPapers(++jobs);
-    ASSERT_EQ(papers.size(), jobs);
-    ASSERT_EQ(app.pages().size(), 2U);
-    EXPECT_EQ(papers.back(), filterBytesOf(app.pages(), {.halftone = halftone})) << "job " << jobs;
+  for (const Document& document : documents()) {
+    for (const char* halftone : kHalftones) {
+      SCOPED_TRACE(std::string(document.format) + ", " + halftone);
+      app.forgetPages();
+      const JobOutcome job = app.print(document.bytes, document.format,
+                                       {JobAttribute::keyword("halftone-type", halftone)});
+      ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+      const auto papers = app.waitForPapers(++jobs);
+      ASSERT_EQ(papers.size(), jobs);
+      ASSERT_EQ(app.pages().size(), document.pages);
+      EXPECT_THAT(papers.back(), SameBytes(filterBytesOf(app.pages(), {.halftone = halftone})));
+    }
   }
 }
 
