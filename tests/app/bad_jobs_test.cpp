@@ -120,10 +120,20 @@ TEST(BadJobs, CutOffInTheirFirstPageWriteNothing) {
   EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
 }
 
+TEST(BadJobs, OfPrinterBytesAreRefused) {
+  RunningApp app;
+  const JobOutcome job = app.print("\x1B@\x1Bp", "application/vnd.wren-escpos");
+  EXPECT_EQ(job.state, IPP_JSTATE_ABORTED);
+  EXPECT_EQ(job.message, "printer bytes are not accepted");
+  ASSERT_EQ(app.print(goodDocument(), kPwg).state, IPP_JSTATE_COMPLETED) << app.log();
+  EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
+}
+
 TEST(BadJobs, OfNothingButNoiseDoNotEndTheServer) {
   RunningApp app;
   std::string noise = noisePage(576, 80, 7).pixels;
-  for (const char* format : {"image/pwg-raster", "image/urf", "application/octet-stream"}) {
+  for (const char* format : {"image/pwg-raster", "image/urf", "application/octet-stream",
+                             "application/pdf", "image/jpeg", "image/png", "text/plain"}) {
     SCOPED_TRACE(format);
     app.print(noise, format);
     app.print("", format);
