@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <sstream>
 #include <vector>
@@ -93,6 +94,8 @@ void removePackage(bool dryRun) {
   say(dryRun ? std::string("would call apt-get purge ") + kPackage
              : std::string("calling apt-get purge ") + kPackage);
   if (dryRun) return;
+  // What was said comes before what apt-get says.
+  std::fflush(stdout);
   const int status =
       runChild({"apt-get", "purge", "-y", "-q", kPackage}, STDOUT_FILENO, STDERR_FILENO);
   if (status != 0) throw Failure(kFailed, "apt-get ended with status " + std::to_string(status));

@@ -148,8 +148,8 @@ write_runners() {
 # PPD, whose paper its wren-preview has to draw.
 run_programs() {
   local folder=$1 log=$1/golden.log
+  need chain test
   can_mount || fail "$STATUS_SETUP" "the golden jobs need a private spool folder, and nothing can be mounted here"
-  need test
   build dev golden_test
   if ! WREN_TEST_FILTER=$folder/rastertowren "$WREN_ROOT/build/dev/tests/golden/golden_test" >"$log" 2>&1; then
     grep -E '^\[  FAILED' "$log" | tail -n 20 >&2
@@ -162,6 +162,14 @@ run_programs() {
     fail "$STATUS_FAILED" "the filter of the package does not print with its PPD; the whole log is in $folder/receipt.log"
   "$folder/wren-preview" "$folder/receipt.prn" --output "$folder/receipt.png" ||
     fail "$STATUS_FAILED" "wren-preview of the package cannot draw the page"
+}
+
+# Whether the golden jobs can mount a private folder over the spool of CUPS. Where they cannot, they
+# would run another build of the filter than that of the package.
+can_mount() {
+  local as=--mount
+  ((EUID == 0)) || as=-rm
+  unshare "$as" mount --bind /tmp /var/spool/cups/tmp
 }
 
 emulator_of() {

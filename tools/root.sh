@@ -36,7 +36,8 @@ install_in_root() {
     fail_install "$folder.log" "the packages cannot be installed in $folder"
 }
 
-# in_root FOLDER COMMAND...: as root, with FOLDER as the root of the file system.
+# in_root FOLDER [--bind OUTSIDE INSIDE] COMMAND...: as root, with FOLDER as the root of the
+# file system.
 in_root() {
   as_root unshare --mount --pid --ipc --uts --fork --kill-child "$WREN_ROOT/tools/enter_root" "$@"
 }
