@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
-"""Writes preview/font_12x24.h, the bitmap font of the pictures.
+"""Writes common/font_12x24.h, the bitmap font of the pictures.
 
-make_font.py FONT.psfu.gz > preview/font_12x24.h
+make_font.py FONT.psfu.gz > common/font_12x24.h
 
 FONT is spleen-12x24 of Debian's package fonts-spleen, in
 /usr/share/consolefonts. A console font (PSF version 2) has a header of eight
@@ -26,14 +26,14 @@ HEAD = """\
 // Copyright (c) 2018-2020, Frederic Cambus
 //
 // The printable ASCII characters of the font Spleen 12x24, written by
-// dev/make_font.py. Licence: preview/font_12x24.LICENSE.
+// dev/make_font.py. Licence: common/font_12x24.LICENSE.
 
 #pragma once
 
 #include <array>
 #include <cstdint>
 
-namespace wren::preview {
+namespace wren {
 
 inline constexpr unsigned kGlyphColumns = %d;
 inline constexpr unsigned kGlyphRows = %d;
@@ -50,7 +50,7 @@ TAIL = """\
 }};
 // clang-format on
 
-}  // namespace wren::preview
+}  // namespace wren
 """
 
 

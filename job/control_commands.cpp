@@ -62,11 +62,11 @@ constexpr std::array<command, 9> cashDrawerPulseWidthCommand = {{
 constexpr std::array<command, 4> docCutTypeCommand = {
     {{}, commandOf(kFullCut), commandOf(kPartialCut), {}}};
 
-// An index outside the table writes nothing.
-void writeFrom(FILE* out, std::span<const command> table, std::int32_t index) {
-  if (index >= 0 && static_cast<std::size_t>(index) < table.size()) {
-    writeCommand(out, table[static_cast<std::size_t>(index)]);
-  }
+// An index outside the table writes nothing and gives false.
+bool writeFrom(FILE* out, std::span<const command> table, std::int32_t index) {
+  if (index < 0 || static_cast<std::size_t>(index) >= table.size()) return false;
+  writeCommand(out, table[static_cast<std::size_t>(index)]);
+  return true;
 }
 
 // A value above 9 becomes 1, not 9: printed output depends on it.
@@ -89,18 +89,15 @@ void writeBuzzer2(FILE* out, const Settings& s) {
   writeBuzzer(out, s.buzzer2OnTime, s.buzzer2Repeat);
 }
 
-void writeDrawer(FILE* out, const Settings& s) {
-  writeFrom(out, cashDrawerPulseWidthCommand, s.cashDrawerPulseWidth);
+// `units` are half dot rows.
+void writeFeedStep(FILE* out, std::uint32_t units) {
+  std::putc(0x1B, out);
+  std::putc(0x4A, out);
+  std::putc(static_cast<int>(units), out);
 }
 
-void writeDocumentCut(FILE* out, const Settings& s) {
-  if (s.docCutType != 0) {
-    std::putc(0x1B, out);
-    std::putc(0x4A, out);
-    std::putc(static_cast<int>(static_cast<std::uint32_t>(s.feedCutAfterJobEnd) * 16U & 0xFFU),
-              out);
-  }
-  writeFrom(out, docCutTypeCommand, s.docCutType);
+std::uint32_t unitsBeforeCut(const Settings& s) {
+  return static_cast<std::uint32_t>(s.feedCutAfterJobEnd) * kFeedUnitsPerMm & 0xFFU;
 }
 
 void writeBuzzerReset(FILE* out) {
@@ -115,11 +112,50 @@ void writeCommand(FILE* out, const command& cmd) {
   for (std::int32_t i = 0; i < count; ++i) std::putc(cmd.bytes[i], out);
 }
 
+void writeInitialise(FILE* out) {
+  writeFrom(out, printerInitializeCommand, 0);
+}
+
+void writeDirection(FILE* out, const Settings& s) {
+  writeFrom(out, bidiPrintingCommand, s.bidiPrinting);
+}
+
+bool writeDrawer(FILE* out, const Settings& s) {
+  return writeFrom(out, cashDrawerPulseWidthCommand, s.cashDrawerPulseWidth);
+}
+
+void writeBeep(FILE* out, std::int32_t onTime, std::int32_t repeat) {
+  writeFrom(out, buzzerOnOffTimeCommand, 1);
+  writeBuzzer(out, onTime, repeat);
+  writeFrom(out, buzzerOnOffTimeCommand, 0);
+}
+
+void writeFeed(FILE* out, std::uint32_t units) {
+  constexpr std::uint32_t kMostUnits = 255;
+  for (; units > kMostUnits; units -= kMostUnits) writeFeedStep(out, kMostUnits);
+  if (units > 0) writeFeedStep(out, units);
+}
+
+bool writeFeedAndCut(FILE* out, const Settings& s, std::int32_t cutType) {
+  if (cutType != kFullCutType && cutType != kPartialCutType) return false;
+  if (s.feedCutAfterJobEnd > 0) writeFeed(out, unitsBeforeCut(s));
+  return writeFrom(out, docCutTypeCommand, cutType);
+}
+
+void writeDocumentCut(FILE* out, const Settings& s) {
+  if (s.docCutType != 0) writeFeedStep(out, unitsBeforeCut(s));
+  writeFrom(out, docCutTypeCommand, s.docCutType);
+}
+
+void writePageFeed(FILE* out) {
+  writeFrom(out, endPageCommand, 0);
+}
+
 void writeJobSetup(FILE* out, const Settings& s) {
   const bool buzzerInUse = s.buzzer2Setting != 0 || s.buzzer1Setting != 0;
-  writeFrom(out, printerInitializeCommand, 0);
+  writeInitialise(out);
   writeFrom(out, buzzerOnOffTimeCommand, buzzerInUse ? 1 : 0);
-  writeFrom(out, bidiPrintingCommand, s.bidiPrinting);
+  writeDirection(out, s);
   if (s.buzzer2Setting == 1) writeBuzzer2(out, s);
   if (s.cashDrawerSetting == 1) writeDrawer(out, s);
 }
@@ -130,7 +166,7 @@ void writePageSetup(FILE* out, const Settings& s) {
 }
 
 void writePageEnd(FILE* out, const Settings& s) {
-  writeFrom(out, endPageCommand, 0);
+  writePageFeed(out);
   if (s.buzzer1Setting == 2) writeBuzzer1(out, s);
   writeFrom(out, pageCutTypeCommand, s.pageCutType);
 }
@@ -143,7 +179,7 @@ void writeJobEnd(FILE* out, const Settings& s) {
 }
 
 void writeCancelledJobEnd(FILE* out, const Settings& s) {
-  writeFrom(out, endPageCommand, 0);
+  writePageFeed(out);
   writeDocumentCut(out, s);
   writeBuzzerReset(out);
 }

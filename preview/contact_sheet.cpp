@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "preview/glyphs.h"
+#include "common/glyphs.h"
 
 namespace wren::preview {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
+#include "common/glyphs.h"
 #include "escpos/counted.h"
-#include "preview/glyphs.h"
 
 namespace wren::preview {
 namespace {

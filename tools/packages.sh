@@ -7,7 +7,7 @@
 # Debian packages by purpose. The keys are the arguments of need().
 declare -rA DEBIAN_PACKAGES=(
   [build]="cmake ninja-build g++ libc6-dev libcups2-dev libcupsimage2-dev cups-ppdc pkg-config
-           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev
+           libpng-dev libcli11-dev libhwy-dev nlohmann-json3-dev qrencode zint
            libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
@@ -24,7 +24,7 @@ declare -rA DEBIAN_PACKAGES=(
 
 # The same by Homebrew's names. macOS already has CUPS.
 declare -rA BREW_PACKAGES=(
-  [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json"
+  [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json qrencode zint"
   [chain]="ghostscript poppler"
   [test]="googletest imagemagick zbar git"
   [libcxx]=""

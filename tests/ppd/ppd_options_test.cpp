@@ -17,6 +17,7 @@
 
 #include "filter/page_size_name.h"
 #include "job/option_table.h"
+#include "job/printer_commands.h"
 
 namespace {
 
@@ -202,10 +203,20 @@ TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
   EXPECT_EQ(ppd_->model_number, GetParam().paperMm);
   EXPECT_STREQ(ppdFindAttr(ppd_, "cupsFilter2", nullptr)->value,
                "application/vnd.cups-raster application/vnd.wren-escpos 0 rastertowren");
+  EXPECT_STREQ(ppdFindNextAttr(ppd_, "cupsFilter2", nullptr)->value,
+               "application/vnd.cups-command application/vnd.wren-escpos 0 commandtowren");
+  EXPECT_EQ(ppdFindNextAttr(ppd_, "cupsFilter2", nullptr), nullptr);
   EXPECT_EQ(ppdFindAttr(ppd_, "cupsFilter", nullptr), nullptr);
   EXPECT_STREQ(ppdFindAttr(ppd_, "cupsSNMPSupplies", nullptr)->value, "False");
   EXPECT_THAT(ppdFindAttr(ppd_, "1284DeviceID", nullptr)->value, testing::HasSubstr("MFG:Wren;"));
   EXPECT_STREQ(ppdFindAttr(ppd_, "cupsLanguages", nullptr)->value, "en de es fr ja zh_CN");
+}
+
+// CUPS shows the buttons of its web page by this list.
+TEST_P(Ppd, ListsTheCommandsThatTheFilterKnows) {
+  std::string names;
+  for (const char* name : kCommandNames) names += (names.empty() ? "" : " ") + std::string(name);
+  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsCommands", nullptr)->value, names.c_str());
 }
 
 constexpr const char* kLanguages[] = {"de", "es", "fr", "ja", "zh_CN"};

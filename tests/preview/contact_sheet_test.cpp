@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "preview/glyphs.h"
+#include "common/glyphs.h"
 
 namespace wren::preview {
 namespace {

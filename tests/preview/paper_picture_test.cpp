@@ -7,8 +7,8 @@
 
 #include <algorithm>
 
+#include "common/glyphs.h"
 #include "escpos/reader.h"
-#include "preview/glyphs.h"
 #include "tests/escpos/printer_streams.h"
 
 namespace wren::preview {

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Text in pictures: the margins of a paper and the labels of a contact sheet. It
-// is not used for documents.
+// Text of fixed width: in the margins of a drawn paper, on a contact sheet and on the
+// self-test page. It is not used for documents.
 
 #pragma once
 
 #include <string_view>
 
-#include "preview/font_12x24.h"
+#include "common/font_12x24.h"
 
-namespace wren::preview {
+namespace wren {
 
 /// Distance from one letter to the next, in font pixels.
 inline constexpr unsigned kGlyphAdvance = kGlyphColumns;
@@ -19,4 +19,4 @@ inline constexpr unsigned kGlyphAdvance = kGlyphColumns;
 /// ASCII and positions outside the text are blank.
 bool textPixel(std::string_view text, unsigned column, unsigned row);
 
-}  // namespace wren::preview
+}  // namespace wren

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "preview/glyphs.h"
+#include "common/glyphs.h"
 
-namespace wren::preview {
+namespace wren {
 
 bool textPixel(std::string_view text, unsigned column, unsigned row) {
   const unsigned index = column / kGlyphAdvance;
@@ -15,4 +15,4 @@ bool textPixel(std::string_view text, unsigned column, unsigned row) {
   return ((kGlyphs[glyph][row] >> bit) & 1) != 0;
 }
 
-}  // namespace wren::preview
+}  // namespace wren

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
-#include "preview/glyphs.h"
+#include "common/glyphs.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace wren::preview {
+namespace wren {
 namespace {
 
 // Rows of '#' and '.'.
@@ -93,4 +93,4 @@ TEST(Glyphs, AreBlankOutsideAsciiAndOutsideTheText) {
 }
 
 }  // namespace
-}  // namespace wren::preview
+}  // namespace wren

@@ -2,14 +2,14 @@
 // Copyright (c) 2018-2020, Frederic Cambus
 //
 // The printable ASCII characters of the font Spleen 12x24, written by
-// dev/make_font.py. Licence: preview/font_12x24.LICENSE.
+// dev/make_font.py. Licence: common/font_12x24.LICENSE.
 
 #pragma once
 
 #include <array>
 #include <cstdint>
 
-namespace wren::preview {
+namespace wren {
 
 inline constexpr unsigned kGlyphColumns = 12;
 inline constexpr unsigned kGlyphRows = 24;
@@ -308,4 +308,4 @@ inline constexpr std::array<std::array<std::uint16_t, kGlyphRows>, 95> kGlyphs =
 }};
 // clang-format on
 
-}  // namespace wren::preview
+}  // namespace wren
