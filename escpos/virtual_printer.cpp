@@ -58,6 +58,13 @@ void VirtualPrinter::execute(const Command& command) {
       ++totals_.drawerPulses;
       addMark(command, MarkKind::kDrawerPulse, bytes[2], 2U * bytes[3]);
       break;
+    case CommandKind::kRealTimePulse:
+      ++totals_.drawerPulses;
+      addMark(command, MarkKind::kDrawerPulse, bytes[3], 100U * bytes[4]);
+      break;
+    case CommandKind::kRealTimeRecovery:
+      if (bytes[2] == 2) discardLine("a recovery that clears the buffer");
+      break;
     case CommandKind::kBeep:
       totals_.beeps += bytes[2];
       addMark(command, MarkKind::kBeep, bytes[2], bytes[3]);
@@ -70,6 +77,8 @@ void VirtualPrinter::execute(const Command& command) {
     case CommandKind::kDirection:
     case CommandKind::kBuzzerSetup:
     case CommandKind::kStatusRequest:
+    case CommandKind::kRealTimeStatus:
+    case CommandKind::kTransmitStatus:
       break;
   }
 }

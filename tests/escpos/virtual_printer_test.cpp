@@ -159,6 +159,41 @@ TEST(VirtualPrinter, StopsAtTheLimitOfStoredBytes) {
   EXPECT_EQ(problemsOf(reading), "616: more dots than can be kept, printing stops here; ");
 }
 
+// A line of 300 columns fits the limit once. Lines that are lost must not count.
+TEST(VirtualPrinter, GivesTheBytesOfALostLineBack) {
+  PaperLimits limits;
+  limits.storedBytes = 600;
+  const Bytes line = bitImage(1, repeat(300, 0xFF));
+  Bytes stream;
+  for (int i = 0; i < 5; ++i) stream = stream + line + hex("1B40");
+  const Reading reading = readAll(stream + line + feed(16), limits);
+  EXPECT_EQ(reading.paper.stripes.size(), 1u);
+  EXPECT_EQ(reading.totals.problems, 5u);
+}
+
+TEST(VirtualPrinter, MarksARealTimePulseInUnitsOf100Milliseconds) {
+  const Reading reading = readAll(feed(16) + hex("1014010103"));
+  EXPECT_EQ(marksOf(reading.paper), "16: pulse 1 300 from 3\n");
+  EXPECT_EQ(reading.totals.drawerPulses, 1u);
+}
+
+TEST(VirtualPrinter, LosesItsLineByARecoveryThatClearsTheBuffer) {
+  const Bytes line = bitImage(1, hex("80"));
+  const Reading cleared = readAll(line + hex("100502") + feed(2));
+  EXPECT_EQ(problemsOf(cleared),
+            "0: dots that were not printed before a recovery that clears the buffer; ");
+  EXPECT_EQ(cleared.paper.stripes.size(), 0u);
+  EXPECT_EQ(drawn(readAll(line + hex("100501") + feed(2)).paper), "#\n");
+}
+
+TEST(VirtualPrinter, PrintsNothingForARequestOfStatus) {
+  const Reading reading = readAll(hex("100401 100402 100403 100404 1D7201 1D7202"));
+  EXPECT_EQ(reading.totals.commands, 6u);
+  EXPECT_EQ(problemsOf(reading), "");
+  EXPECT_EQ(reading.paper.lengthUnits, 0u);
+  EXPECT_EQ(reading.paper.marks.size(), 0u);
+}
+
 TEST(VirtualPrinter, StopsAtTheLimitOfMarks) {
   PaperLimits limits;
   limits.marks = 2;
