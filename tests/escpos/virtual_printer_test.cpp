@@ -68,6 +68,31 @@ TEST(VirtualPrinter, PrintsOverALineThatWasNotFed) {
   EXPECT_EQ(drawn(readAll(stream).paper), "##\n");
 }
 
+// 200 lines of one dot each, at columns 0, 2, 4 and 6 in turn; the last is of single density.
+TEST(VirtualPrinter, MergesManyLinesThatWereNotFed) {
+  Bytes stream;
+  for (int i = 0; i < 200; ++i) {
+    Bytes columns = repeat(7, 0);
+    columns[static_cast<std::size_t>(i % 4) * 2] = 0x80;
+    stream = stream + bitImage(1, columns) + feed(0);
+  }
+  const Reading reading = readAll(feed(2) + stream + bitImage(0, hex("0080")) + feed(2) +
+                                  bitImage(1, hex("80")) + feed(2));
+  EXPECT_EQ(drawn(reading.paper), ".......\n#.###.#\n#......\n");
+  EXPECT_LE(reading.paper.stripes.size(), VirtualPrinter::kMaxStripesAtOnePlace + 1);
+}
+
+// Each round of merged lines costs no more than one stripe.
+TEST(VirtualPrinter, StoresManyLinesAtOnePlaceInLittleMemory) {
+  PaperLimits limits;
+  limits.storedBytes = 100'000;
+  Bytes stream;
+  for (int i = 0; i < 1000; ++i) stream = stream + bitImage(1, repeat(300, 0xFF)) + feed(0);
+  const Reading reading = readAll(stream + feed(2), limits);
+  EXPECT_EQ(problemsOf(reading), "");
+  EXPECT_EQ(drawn(reading.paper).substr(0, 301), std::string(300, '#') + "\n");
+}
+
 TEST(VirtualPrinter, ShowsTheDotsBelowATooShortFeed) {
   EXPECT_EQ(drawn(readAll(bitImage(1, hex("90")) + feed(2)).paper), "#\n.\n.\n#\n");
 }
