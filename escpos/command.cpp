@@ -15,6 +15,10 @@ namespace wren::escpos {
 namespace {
 
 constexpr std::uint8_t kNulByte = 0x00;
+constexpr std::uint8_t kEot = 0x04;
+constexpr std::uint8_t kEnq = 0x05;
+constexpr std::uint8_t kDle = 0x10;
+constexpr std::uint8_t kDc4 = 0x14;
 constexpr std::uint8_t kEsc = 0x1B;
 constexpr std::uint8_t kGs = 0x1D;
 constexpr std::uint8_t kUs = 0x1F;
@@ -67,16 +71,45 @@ Measure measureEscape(std::span<const std::uint8_t> start) {
   return badConnector ? Measure{} : Measure{true, fixed->length};
 }
 
-Measure measureCut(std::span<const std::uint8_t> start) {
-  if (start.size() > 1 && start[1] != 'V') return {};
-  if (start.size() > 2 && !isZeroOrOne(start[2])) return {};
-  return {true, 3};
+// 1, 2 or their digits.
+bool isStatusNumber(std::uint8_t byte) {
+  return byte == 1 || byte == 2 || byte == '1' || byte == '2';
+}
+
+// GS V m and GS r n.
+Measure measureGroupSeparator(std::span<const std::uint8_t> start) {
+  if (start.size() > 1 && start[1] != 'V' && start[1] != 'r') return {};
+  if (start.size() < 3) return {true, 3};
+  const bool isKnown = start[1] == 'V' ? isZeroOrOne(start[2]) : isStatusNumber(start[2]);
+  return isKnown ? Measure{true, 3} : Measure{};
+}
+
+// DLE DC4 1 m t.
+Measure measureRealTimePulse(std::span<const std::uint8_t> start) {
+  if (start.size() > 2 && start[2] != 1) return {};
+  if (start.size() > 3 && !isZeroOrOne(start[3])) return {};
+  if (start.size() > 4 && (start[4] < 1 || start[4] > 8)) return {};
+  return {true, 5};
+}
+
+Measure measureDataLinkEscape(std::span<const std::uint8_t> start) {
+  if (start.size() < 2) return {true, 3};
+  if (start[1] == kDc4) return measureRealTimePulse(start);
+  if (start[1] != kEot && start[1] != kEnq) return {};
+  if (start.size() < 3) return {true, 3};
+  const std::uint8_t highest = start[1] == kEot ? 4 : 2;
+  return start[2] >= 1 && start[2] <= highest ? Measure{true, 3} : Measure{};
 }
 
 Measure measureBuzzerSetup(std::span<const std::uint8_t> start) {
   const std::size_t common = std::min(start.size(), kBuzzerSetupStart.size());
   if (!std::equal(start.begin(), start.begin() + common, kBuzzerSetupStart.begin())) return {};
   return {true, kBuzzerSetupStart.size() + 1};
+}
+
+CommandKind kindOfRealTime(std::uint8_t second) {
+  if (second == kEot) return CommandKind::kRealTimeStatus;
+  return second == kEnq ? CommandKind::kRealTimeRecovery : CommandKind::kRealTimePulse;
 }
 
 std::string number(std::uint64_t value) {
@@ -102,6 +135,17 @@ std::string describeDrawerPulse(std::span<const std::uint8_t> bytes) {
   return "drawer pulse on connector " + number(bytes[2]) + ", " +
          number(std::uint64_t{2} * bytes[3]) + " ms on, " + number(std::uint64_t{2} * bytes[4]) +
          " ms off";
+}
+
+std::string describeRealTimeStatus(unsigned n) {
+  constexpr std::array<const char*, 4> kAsked = {"the printer", "the cause of off-line",
+                                                 "the cause of an error", "the roll paper sensor"};
+  return std::string("real-time status of ") + kAsked[n - 1];
+}
+
+std::string describeRealTimePulse(std::span<const std::uint8_t> bytes) {
+  return "real-time drawer pulse on connector " + number(bytes[3]) + ", " +
+         number(std::uint64_t{100} * bytes[4]) + " ms on";
 }
 
 std::string describeBuzzerSetup(unsigned value) {
@@ -137,10 +181,12 @@ Measure measureCommand(std::span<const std::uint8_t> start) {
   switch (start[0]) {
     case kNulByte:
       return {true, 1};
+    case kDle:
+      return measureDataLinkEscape(start);
     case kEsc:
       return measureEscape(start);
     case kGs:
-      return measureCut(start);
+      return measureGroupSeparator(start);
     case kUs:
       return measureBuzzerSetup(start);
     default:
@@ -150,10 +196,16 @@ Measure measureCommand(std::span<const std::uint8_t> start) {
 
 CommandKind kindOf(std::span<const std::uint8_t> bytes) {
   if (bytes[0] == kNulByte) return CommandKind::kNul;
-  if (bytes[0] == kGs) return CommandKind::kCut;
+  if (bytes[0] == kDle) return kindOfRealTime(bytes[1]);
+  if (bytes[0] == kGs) return bytes[1] == 'V' ? CommandKind::kCut : CommandKind::kTransmitStatus;
   if (bytes[0] == kUs) return CommandKind::kBuzzerSetup;
   const FixedCommand* fixed = findFixedCommand(bytes[1]);
   return fixed == nullptr ? CommandKind::kBitImage : fixed->kind;
+}
+
+bool isRealTime(CommandKind kind) {
+  return kind == CommandKind::kRealTimeStatus || kind == CommandKind::kRealTimeRecovery ||
+         kind == CommandKind::kRealTimePulse;
 }
 
 std::span<const std::uint8_t> columnsOf(const Command& bitImage) {
@@ -189,6 +241,15 @@ std::string describe(const Command& command) {
       return describeBuzzerSetup(bytes[7]);
     case CommandKind::kStatusRequest:
       return "ask for the paper status";
+    case CommandKind::kRealTimeStatus:
+      return describeRealTimeStatus(bytes[2]);
+    case CommandKind::kRealTimeRecovery:
+      return bytes[2] == 1 ? "real-time recovery" : "real-time recovery, the buffer is cleared";
+    case CommandKind::kRealTimePulse:
+      return describeRealTimePulse(bytes);
+    case CommandKind::kTransmitStatus:
+      return (bytes[2] & 1) != 0 ? "ask for the paper status in turn"
+                                 : "ask for the drawer status in turn";
     case CommandKind::kUnknown:
       return counted(command.length, "unknown byte");
     case CommandKind::kTruncated:

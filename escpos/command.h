@@ -2,8 +2,9 @@
 // Copyright (c) 2026 the Wren developers
 //
 // One command of a receipt printer's byte stream: its offset, its bytes and its
-// meaning. The known commands are those that the filter writes. This unit
-// measures and describes them; printer state is in virtual_printer.h.
+// meaning. The known commands are those that the filter writes, and those that ask
+// a printer how it is. This unit measures and describes them; printer state is in
+// virtual_printer.h.
 
 #pragma once
 
@@ -15,6 +16,8 @@
 
 namespace wren::escpos {
 
+/// Names in capitals are those of the published ESC/POS command references. The values of `n`,
+/// `m` and `t` that are not listed make the bytes unknown.
 enum class CommandKind {
   kNul,            ///< a run of 00 bytes, which a printer ignores
   kInitialise,     ///< 1B 40
@@ -27,8 +30,16 @@ enum class CommandKind {
   kBeep,           ///< 1B 42 repeat on-time
   kBuzzerSetup,    ///< 1F 1B 1F "Beep" n
   kStatusRequest,  ///< 1B 76
-  kUnknown,        ///< a run of bytes up to the next command of the kinds above
-  kTruncated,      ///< a command that the end of the stream cuts short
+  /// DLE EOT n, 10 04 n; n is 1 to 4. Answered with one byte when it is received.
+  kRealTimeStatus,
+  /// DLE ENQ n, 10 05 n: recovery from an error; n is 1 (go on) or 2 (clear the buffer, go on).
+  kRealTimeRecovery,
+  /// DLE DC4 1 m t, 10 14 01 m t: drawer pulse of t x 100 ms; m is 0 or 1, t is 1 to 8.
+  kRealTimePulse,
+  /// GS r n, 1D 72 n: status in its turn; n is 1 or 49 (paper), 2 or 50 (drawer).
+  kTransmitStatus,
+  kUnknown,    ///< a run of bytes up to the next command of the kinds above
+  kTruncated,  ///< a command that the end of the stream cuts short
 };
 
 /// A command as found in the stream.
@@ -56,6 +67,9 @@ Measure measureCommand(std::span<const std::uint8_t> start);
 /// The kind of a complete command.
 /// @param bytes a command for which `measureCommand` reports `known` and this length.
 CommandKind kindOf(std::span<const std::uint8_t> bytes);
+
+/// Whether a printer executes the command when it is received and not in its turn in the buffer.
+bool isRealTime(CommandKind kind);
 
 /// The column bytes of a `kBitImage` command, from left to right; bit 7 is the top dot. Valid as
 /// long as `bitImage`.

@@ -3,72 +3,47 @@
 
 #include "escpos/decoder.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace wren::escpos {
 
-Decoder::Decoder(Sink sink) : sink_(std::move(sink)) {}
+Decoder::Decoder(Sink sink)
+    : sink_(std::move(sink)),
+      splitter_(
+          [this](CommandKind kind, std::span<const std::uint8_t> bytes) { add(kind, bytes); }) {}
 
 void Decoder::feed(std::span<const std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    bytes = bytes.subspan(takeNeeded(bytes));
-    classifyPending();
-  }
+  splitter_.feed(bytes);
 }
 
 void Decoder::finish() {
+  splitter_.finish();
   flushRun();
-  if (pending_.bytes.empty()) return;
-  emitPending(CommandKind::kTruncated);
 }
 
-// Appends the bytes that the pending command is known to need, so that the columns of a bit image
-// are copied at once and not byte by byte.
-std::size_t Decoder::takeNeeded(std::span<const std::uint8_t> bytes) {
-  const std::size_t count = std::min(needed_ - pending_.bytes.size(), bytes.size());
-  pending_.bytes.insert(pending_.bytes.end(), bytes.begin(), bytes.begin() + count);
-  taken_ += count;
-  return count;
-}
-
-// Measures the pending bytes again and emits the command when it is complete.
-void Decoder::classifyPending() {
-  const Measure measure = measureCommand(pending_.bytes);
-  if (!measure.known) {
-    dropFirstAndRetry();
-    return;
-  }
-  needed_ = measure.length;
-  if (pending_.bytes.size() < needed_) return;
-  if (kindOf(pending_.bytes) == CommandKind::kNul) {
+void Decoder::add(CommandKind kind, std::span<const std::uint8_t> bytes) {
+  if (kind == CommandKind::kNul || kind == CommandKind::kUnknown) {
     // A NUL after unknown bytes may be a parameter of an unknown command, so it extends that run.
-    const bool unknown = run_.length > 0 && run_.kind == CommandKind::kUnknown;
-    addToRun(unknown ? CommandKind::kUnknown : CommandKind::kNul, pendingOffset(), 0);
-    pending_.bytes.clear();
-    needed_ = 1;
+    const bool isAfterUnknown = run_.length > 0 && run_.kind == CommandKind::kUnknown;
+    addToRun(isAfterUnknown ? CommandKind::kUnknown : kind, bytes[0]);
     return;
   }
   flushRun();
-  emitPending(kindOf(pending_.bytes));
+  command_.kind = kind;
+  command_.offset = split_;
+  command_.length = bytes.size();
+  command_.bytes.assign(bytes.begin(), bytes.end());
+  split_ += bytes.size();
+  sink_(command_);
 }
 
-// No known command starts with the pending bytes. The first is unknown; the rest is decoded again.
-void Decoder::dropFirstAndRetry() {
-  addToRun(CommandKind::kUnknown, pendingOffset(), pending_.bytes.front());
-  const std::vector<std::uint8_t> rest(pending_.bytes.begin() + 1, pending_.bytes.end());
-  pending_.bytes.clear();
-  needed_ = 1;
-  taken_ -= rest.size();
-  feed(rest);
-}
-
-void Decoder::addToRun(CommandKind kind, std::uint64_t offset, std::uint8_t byte) {
+void Decoder::addToRun(CommandKind kind, std::uint8_t byte) {
   if (run_.length > 0 && run_.kind != kind) flushRun();
   if (run_.length == 0) {
     run_.kind = kind;
-    run_.offset = offset;
+    run_.offset = split_;
   }
+  ++split_;
   ++run_.length;
   if (run_.bytes.size() < kKeptRunBytes) run_.bytes.push_back(byte);
 }
@@ -78,15 +53,6 @@ void Decoder::flushRun() {
   sink_(run_);
   run_.length = 0;
   run_.bytes.clear();
-}
-
-void Decoder::emitPending(CommandKind kind) {
-  pending_.kind = kind;
-  pending_.offset = pendingOffset();
-  pending_.length = pending_.bytes.size();
-  sink_(pending_);
-  pending_.bytes.clear();
-  needed_ = 1;
 }
 
 }  // namespace wren::escpos

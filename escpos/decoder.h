@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "escpos/command.h"
+#include "escpos/splitter.h"
 
 namespace wren::escpos {
 
@@ -31,22 +32,18 @@ class Decoder {
   void finish();
 
   /// Bytes of the stream so far.
-  std::uint64_t bytesTaken() const { return taken_; }
+  std::uint64_t bytesTaken() const { return split_ + splitter_.pendingBytes(); }
 
  private:
-  std::size_t takeNeeded(std::span<const std::uint8_t> bytes);
-  void classifyPending();
-  void dropFirstAndRetry();
-  void addToRun(CommandKind kind, std::uint64_t offset, std::uint8_t byte);
+  void add(CommandKind kind, std::span<const std::uint8_t> bytes);
+  void addToRun(CommandKind kind, std::uint8_t byte);
   void flushRun();
-  void emitPending(CommandKind kind);
-  std::uint64_t pendingOffset() const { return taken_ - pending_.bytes.size(); }
 
   Sink sink_;
-  Command pending_;         // incomplete command; its kind is set when it is complete
-  std::size_t needed_ = 1;  // lower bound of its length
-  Command run_;             // open run of NUL or unknown bytes; length 0 if there is none
-  std::uint64_t taken_ = 0;
+  Splitter splitter_;
+  Command command_;          // reused for every command
+  Command run_;              // open run of NUL or unknown bytes; length 0 if there is none
+  std::uint64_t split_ = 0;  // bytes of the stream that are in commands or in the run
 };
 
 }  // namespace wren::escpos

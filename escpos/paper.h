@@ -18,7 +18,7 @@ namespace wren::escpos {
 inline constexpr std::uint32_t kUnitsPerRow = 2;
 inline constexpr std::uint32_t kBandRows = 8;
 
-/// One printed bit image: `kBandRows` raster rows of dot columns.
+/// A printed bit image, or several at one position: `kBandRows` raster rows of dot columns.
 struct Stripe {
   std::uint64_t topUnits = 0;         ///< feed units from the start of the paper
   std::uint32_t leftDots = 0;         ///< left edge of the first column

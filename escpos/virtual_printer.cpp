@@ -28,6 +28,17 @@ std::uint64_t inkHeightUnits(const Stripe& stripe) {
   return (kBandRows - static_cast<std::uint64_t>(std::countr_zero(used))) * kUnitsPerRow;
 }
 
+// Adds the dots of a stripe to columns that start at the left edge and are one dot wide.
+void addColumns(const Stripe& stripe, std::vector<std::uint8_t>& columns) {
+  const std::size_t right =
+      stripe.leftDots + stripe.columns.size() * std::size_t{stripe.columnWidthDots};
+  columns.resize(std::max(columns.size(), right));
+  std::size_t x = stripe.leftDots;
+  for (const std::uint8_t column : stripe.columns) {
+    for (std::uint32_t i = 0; i < stripe.columnWidthDots; ++i) columns[x++] |= column;
+  }
+}
+
 }  // namespace
 
 VirtualPrinter::VirtualPrinter(PaperLimits limits) : limits_(limits) {}
@@ -58,6 +69,13 @@ void VirtualPrinter::execute(const Command& command) {
       ++totals_.drawerPulses;
       addMark(command, MarkKind::kDrawerPulse, bytes[2], 2U * bytes[3]);
       break;
+    case CommandKind::kRealTimePulse:
+      ++totals_.drawerPulses;
+      addMark(command, MarkKind::kDrawerPulse, bytes[3], 100U * bytes[4]);
+      break;
+    case CommandKind::kRealTimeRecovery:
+      if (bytes[2] == 2) discardLine("a recovery that clears the buffer");
+      break;
     case CommandKind::kBeep:
       totals_.beeps += bytes[2];
       addMark(command, MarkKind::kBeep, bytes[2], bytes[3]);
@@ -70,6 +88,8 @@ void VirtualPrinter::execute(const Command& command) {
     case CommandKind::kDirection:
     case CommandKind::kBuzzerSetup:
     case CommandKind::kStatusRequest:
+    case CommandKind::kRealTimeStatus:
+    case CommandKind::kTransmitStatus:
       break;
   }
 }
@@ -117,6 +137,8 @@ void VirtualPrinter::feed(const Command& command) {
 // A feed shorter than the dots of its line does not clip them: the paper ends below the lowest dot.
 // The short last band of a page is not such a case, because its lower rows are empty.
 void VirtualPrinter::printLine() {
+  const auto& printed = paper_.stripes;
+  if (printed.empty() || printed.back().topUnits != positionUnits_) firstOfPlace_ = printed.size();
   for (Stripe& stripe : line_) {
     const std::uint64_t bottomUnits = stripe.topUnits + inkHeightUnits(stripe);
     paper_.lengthUnits = std::max(paper_.lengthUnits, bottomUnits);
@@ -124,6 +146,21 @@ void VirtualPrinter::printLine() {
   }
   paper_.widthDots = std::max(paper_.widthDots, lineWidthDots_);
   clearLine();
+  mergeOverprints();
+}
+
+// The merged stripe costs less than the many that it replaces.
+void VirtualPrinter::mergeOverprints() {
+  if (paper_.stripes.size() - firstOfPlace_ < kMaxStripesAtOnePlace) return;
+  const auto first = paper_.stripes.begin() + static_cast<std::ptrdiff_t>(firstOfPlace_);
+  Stripe merged{positionUnits_, 0, 1, {}};
+  for (auto stripe = first; stripe != paper_.stripes.end(); ++stripe) {
+    storedBytes_ -= costOf(*stripe);
+    addColumns(*stripe, merged.columns);
+  }
+  storedBytes_ += costOf(merged);
+  paper_.stripes.erase(first, paper_.stripes.end());
+  paper_.stripes.push_back(std::move(merged));
 }
 
 void VirtualPrinter::clearLine() {

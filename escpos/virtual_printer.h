@@ -48,6 +48,9 @@ struct Totals {
 class VirtualPrinter {
  public:
   static constexpr std::size_t kKeptProblems = 100;
+  /// Bit images that may start at one position of the paper. More of them, printed over each other
+  /// without a feed, are merged into one stripe, so that the work to draw a row stays bounded.
+  static constexpr std::size_t kMaxStripesAtOnePlace = 64;
 
   explicit VirtualPrinter(PaperLimits limits = {});
 
@@ -71,6 +74,7 @@ class VirtualPrinter {
   void addMark(const Command& command, MarkKind kind, unsigned first = 0, unsigned second = 0);
   void discardLine(const std::string& cause);
   void printLine();
+  void mergeOverprints();
   void clearLine();
   void report(std::uint64_t offset, const std::string& text);
   void stop(std::uint64_t offset, const std::string& text);
@@ -83,6 +87,7 @@ class VirtualPrinter {
   std::uint64_t lineOffset_ = 0;     // of its first bit image in the stream
   std::uint32_t lineWidthDots_ = 0;  // left edge of the next bit image
   bool lineTooWide_ = false;         // reported once per line
+  std::size_t firstOfPlace_ = 0;     // first stripe on the paper at the place of the last one
   std::uint64_t positionUnits_ = 0;
   std::uint64_t storedBytes_ = 0;
   bool stopped_ = false;

@@ -99,6 +99,7 @@ int runFile(const Options& options) {
   }
   printPictureErrors(written);
   const bool wasShown = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (!wasShown) printMessage("standard output cannot be written");
   const bool isSound = reader.printer().totals().problems == 0;
   return wasRead && written.errors.empty() && wasShown && isSound ? 0 : 1;
 }

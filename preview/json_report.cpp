@@ -37,6 +37,14 @@ const char* nameOf(escpos::CommandKind kind) {
       return "buzzerSetup";
     case escpos::CommandKind::kStatusRequest:
       return "statusRequest";
+    case escpos::CommandKind::kRealTimeStatus:
+      return "realTimeStatus";
+    case escpos::CommandKind::kRealTimeRecovery:
+      return "realTimeRecovery";
+    case escpos::CommandKind::kRealTimePulse:
+      return "realTimePulse";
+    case escpos::CommandKind::kTransmitStatus:
+      return "transmitStatus";
     case escpos::CommandKind::kUnknown:
       return "unknown";
     case escpos::CommandKind::kTruncated:

@@ -56,6 +56,7 @@ int runListener(const Options& options) {
   const std::string error = server.open();
   if (!error.empty()) return fail(error);
   std::printf("listening on %s\n", server.name().c_str());
+  if (!server.controlName().empty()) std::printf("control on %s\n", server.controlName().c_str());
   std::fflush(stdout);
   return server.serve() ? 0 : 1;
 }

@@ -19,6 +19,13 @@ namespace {
 // Connections that wait while a job is received.
 constexpr int kBacklog = 32;
 
+// Without a signal, if the other side is gone. Not every system has the flag.
+#ifdef MSG_NOSIGNAL
+constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
+#else
+constexpr int kSendFlags = MSG_DONTWAIT;
+#endif
+
 struct AddressFreer {
   void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
 };
@@ -60,18 +67,41 @@ LoopbackSocket failed(const std::string& what) {
   return {FileDescriptor(), {}, what};
 }
 
-LoopbackSocket listenOn(const addrinfo& address) {
-  FileDescriptor socket(::socket(address.ai_family, address.ai_socktype, address.ai_protocol));
-  if (!socket) return failed(std::strerror(errno));
+enum class Use { kListen, kReserve, kConnect };
+
+bool bindTo(int socket, const addrinfo& address) {
   // Otherwise the port stays in use for a minute after the last connection (TIME_WAIT).
   const int on = 1;
-  ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  if (::bind(socket.get(), address.ai_addr, address.ai_addrlen) != 0 ||
-      ::listen(socket.get(), kBacklog) != 0 || ::fcntl(socket.get(), F_SETFL, O_NONBLOCK) != 0) {
-    return failed(std::strerror(errno));
-  }
+  ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  return ::bind(socket, address.ai_addr, address.ai_addrlen) == 0;
+}
+
+bool prepare(int socket, const addrinfo& address, Use use) {
+  if (use == Use::kConnect) return ::connect(socket, address.ai_addr, address.ai_addrlen) == 0;
+  if (!bindTo(socket, address)) return false;
+  if (use == Use::kReserve) return true;
+  return startListening(socket);
+}
+
+LoopbackSocket makeSocket(const addrinfo& address, Use use) {
+  FileDescriptor socket(::socket(address.ai_family, address.ai_socktype, address.ai_protocol));
+  if (!socket || !prepare(socket.get(), address, use)) return failed(std::strerror(errno));
   std::string name = nameOf(socket.get());
   return {std::move(socket), std::move(name), {}};
+}
+
+LoopbackSocket findSocket(const ListenAddress& address, Use use) {
+  addrinfo hints = {};
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_flags = AI_NUMERICSERV;
+  addrinfo* found = nullptr;
+  const int code = ::getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
+  if (code != 0) return failed(::gai_strerror(code));
+  const AddressList list(found);
+  for (const addrinfo* one = list.get(); one != nullptr; one = one->ai_next) {
+    if (isLoopback(one->ai_addr)) return makeSocket(*one, use);
+  }
+  return failed("not a loopback address; only this computer may print here");
 }
 
 }  // namespace
@@ -89,18 +119,25 @@ std::optional<ListenAddress> parseListenAddress(const std::string& text) {
   return address;
 }
 
+bool startListening(int socket) {
+  return ::listen(socket, kBacklog) == 0 && ::fcntl(socket, F_SETFL, O_NONBLOCK) == 0;
+}
+
+bool sendNow(int socket, std::string_view bytes) {
+  return ::send(socket, bytes.data(), bytes.size(), kSendFlags) ==
+         static_cast<ssize_t>(bytes.size());
+}
+
 LoopbackSocket openLoopbackSocket(const ListenAddress& address) {
-  addrinfo hints = {};
-  hints.ai_socktype = SOCK_STREAM;
-  hints.ai_flags = AI_NUMERICSERV;
-  addrinfo* found = nullptr;
-  const int code = ::getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
-  if (code != 0) return failed(::gai_strerror(code));
-  const AddressList list(found);
-  for (const addrinfo* one = list.get(); one != nullptr; one = one->ai_next) {
-    if (isLoopback(one->ai_addr)) return listenOn(*one);
-  }
-  return failed("not a loopback address; only this computer may print here");
+  return findSocket(address, Use::kListen);
+}
+
+LoopbackSocket reserveLoopbackSocket(const ListenAddress& address) {
+  return findSocket(address, Use::kReserve);
+}
+
+LoopbackSocket connectLoopbackSocket(const ListenAddress& address) {
+  return findSocket(address, Use::kConnect);
 }
 
 }  // namespace wren::preview

@@ -8,6 +8,7 @@
 
 #include "preview/loopback_socket.h"
 #include "preview/message.h"
+#include "preview/printer_control.h"
 
 namespace wren::preview {
 namespace {
@@ -16,6 +17,10 @@ constexpr int kUsageStatus = 2;
 
 std::string problemOfAddress(const std::string& text) {
   return parseListenAddress(text).has_value() ? "" : "'" + text + "' is not [HOST:]PORT";
+}
+
+std::string problemOfFault(const std::string& text) {
+  return parseControl(text).error;
 }
 
 void addPictureOptions(CLI::App& app, Options& options) {
@@ -34,6 +39,23 @@ void addPictureOptions(CLI::App& app, Options& options) {
   app.add_option("--max-length", options.maxLengthMm, "Length of the paper in mm")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
+}
+
+// Both values of `--tell`.
+void addTellOption(CLI::App& app, std::vector<std::string>& tell, CLI::Option* file) {
+  app.add_option("--tell", tell, "Send a command to the control port of a listening wren-preview")
+      ->type_name("[HOST:]PORT COMMAND")
+      ->expected(2)
+      ->excludes(file)
+      ->excludes("--listen");
+}
+
+void takeTell(const std::vector<std::string>& tell, Options& options) {
+  if (tell.empty()) return;
+  const std::string problem = problemOfAddress(tell[0]);
+  if (!problem.empty()) throw CLI::ValidationError("--tell", problem);
+  options.tellAddress = tell[0];
+  options.tellCommand = tell[1];
 }
 
 void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
@@ -57,6 +79,17 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
       ->needs(listen)
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();
+  app.add_option("--control", options.controlAddress,
+                 "Obey commands on this loopback port, one a line")
+      ->type_name("[HOST:]PORT")
+      ->check(problemOfAddress)
+      ->needs(listen);
+  app.add_option("--fault", options.faults,
+                 "Give the printer this command at its start, such as 'paper out after 30 mm'")
+      ->type_name("COMMAND")
+      ->check(problemOfFault)
+      ->allow_extra_args(false)
+      ->needs(listen);
 }
 
 }  // namespace
@@ -72,8 +105,11 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
   app.add_option("-o,--output", options.output, "Picture to write (default: FILE.png beside FILE)");
   addPictureOptions(app, options);
   addListenOptions(app, options, file);
+  std::vector<std::string> tell;
+  addTellOption(app, tell, file);
   try {
     app.parse(argc, argv);
+    takeTell(tell, options);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return {std::nullopt, app.exit(error)};
     printMessage(std::string(error.what()) + "; see wren-preview --help");

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "preview/paper_picture.h"
 
@@ -27,6 +28,11 @@ struct Options {
   std::string directory = ".";          ///< folder for received jobs
   std::uint64_t maxBytes = 64'000'000;  ///< limit per job
   unsigned maxSeconds = 300;            ///< limit per job
+  std::string controlAddress;           ///< of the control port; empty: none
+  std::vector<std::string> faults;      ///< commands that the printer gets at its start
+
+  std::string tellAddress;  ///< control port of a listening wren-preview; empty: none
+  std::string tellCommand;  ///< what to send to it
 };
 
 /// Either options, or the exit status of a program that ends at once.

@@ -128,12 +128,21 @@ void PaperPicture::paintRow(std::uint64_t y, std::span<std::uint8_t> pixels) {
   paintCut(y, pixels);
 }
 
+// A dot is 0 or 1, which are the values of the inks, so that it can be copied.
+static_assert(kPaper == 0 && kDot == 1);
+
 void PaperPicture::paintDots(std::uint64_t y, std::span<std::uint8_t> pixels) {
   const std::uint64_t row = rows_.first + y / style_.scale;
   if (row != dotsRow_) escpos::renderRow(paper_, row, dots_);
   dotsRow_ = row;
-  for (std::size_t x = 0; x < pixels.size(); ++x) {
-    pixels[x] = dots_[x / style_.scale] != 0 ? kDot : kPaper;
+  if (style_.scale == 1) {
+    std::copy(dots_.begin(), dots_.end(), pixels.begin());
+    return;
+  }
+  std::size_t x = 0;
+  for (const std::uint8_t dot : dots_) {
+    std::fill_n(pixels.begin() + x, style_.scale, dot);
+    x += style_.scale;
   }
 }
 

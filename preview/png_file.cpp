@@ -5,6 +5,7 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -60,10 +61,11 @@ void writeSize(const PngWriter& writer, const RowSource& source, int bitDepth, i
 
 class PaperRows final : public RowSource {
  public:
-  explicit PaperRows(PaperPicture& picture) : picture_(picture), row_(picture.width()) {}
+  PaperRows(PaperPicture& picture, std::uint64_t maxRows)
+      : picture_(picture), height_(std::min(picture.height(), maxRows)), row_(picture.width()) {}
 
   std::uint64_t width() const override { return picture_.width(); }
-  std::uint64_t height() const override { return picture_.height(); }
+  std::uint64_t height() const override { return height_; }
 
   void writeFormat(const PngWriter& writer) const override {
     writeSize(writer, *this, picture_.inkCount() <= 2 ? 1 : 4, PNG_COLOR_TYPE_PALETTE);
@@ -83,6 +85,7 @@ class PaperRows final : public RowSource {
 
  private:
   PaperPicture& picture_;
+  std::uint64_t height_;
   std::vector<std::uint8_t> row_;
 };
 
@@ -105,7 +108,7 @@ class GreyRows final : public RowSource {
 
 // An error in libpng jumps back to setjmp() and skips destructors, so this function has no local
 // variable that needs one.
-bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file) {
+bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file, CancelCheck cancel) {
   if (setjmp(png_jmpbuf(writer.png())) != 0) return false;
   png_init_io(writer.png(), file);
   // The default limit of libpng is a million rows; a roll of paper can exceed it.
@@ -113,24 +116,28 @@ bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file) {
   source.writeFormat(writer);
   png_write_info(writer.png(), writer.info());
   png_set_packing(writer.png());
-  for (std::uint64_t y = 0; y < source.height(); ++y) png_write_row(writer.png(), source.row(y));
+  for (std::uint64_t y = 0; y < source.height(); ++y) {
+    if (cancel.isCancelled()) png_error(writer.png(), "cancelled");
+    png_write_row(writer.png(), source.row(y));
+  }
   png_write_end(writer.png(), nullptr);
   return true;
 }
 
-std::string writeTo(std::FILE* file, RowSource& source) {
+std::string writeTo(std::FILE* file, RowSource& source, CancelCheck cancel) {
   if (source.height() > PNG_UINT_31_MAX) return "the picture is too long for a PNG";
   std::string error;
   const PngWriter writer(&error);
   if (!writer.usable()) return "libpng cannot be set up";
-  if (!writeAll(writer, source, file)) return error;
+  if (!writeAll(writer, source, file, cancel)) return error;
   return {};
 }
 
-std::string writeRows(RowSource& source, const std::string& path) {
-  FilePtr file(std::fopen(path.c_str(), "wb"));
+std::string writeRows(RowSource& source, const std::string& path, const PngRules& rules) {
+  // x: fails if there is a file, a link or anything else of this name.
+  FilePtr file(std::fopen(path.c_str(), rules.keepExisting ? "wbx" : "wb"));
   if (file == nullptr) return std::strerror(errno);
-  std::string error = writeTo(file.get(), source);
+  std::string error = writeTo(file.get(), source, rules.cancel);
   if (std::fclose(file.release()) != 0 && error.empty()) error = std::strerror(errno);
   std::error_code ignored;
   if (!error.empty() && std::filesystem::is_regular_file(path, ignored)) std::remove(path.c_str());
@@ -139,14 +146,14 @@ std::string writeRows(RowSource& source, const std::string& path) {
 
 }  // namespace
 
-std::string writePng(PaperPicture& picture, const std::string& path) {
-  PaperRows rows(picture);
-  return writeRows(rows, path);
+std::string writePng(PaperPicture& picture, const std::string& path, const PngRules& rules) {
+  PaperRows rows(picture, rules.maxRows);
+  return writeRows(rows, path, rules);
 }
 
 std::string writePng(const Picture& picture, const std::string& path) {
   GreyRows rows(picture);
-  return writeRows(rows, path);
+  return writeRows(rows, path, {});
 }
 
 }  // namespace wren::preview

@@ -5,18 +5,26 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 
+#include "common/cancel_check.h"
 #include "preview/paper_picture.h"
 #include "preview/picture.h"
 
 namespace wren::preview {
 
+struct PngRules {
+  CancelCheck cancel;                  ///< asked before each row
+  bool keepExisting = false;           ///< an existing file is an error
+  std::uint64_t maxRows = UINT64_MAX;  ///< the picture is cut off after these rows
+};
+
 /// Writes `picture` with its resolution to `path`. One row is in memory at a time. After an error
 /// the incomplete file is removed, unless `path` is a device or a pipe.
 /// @param picture must not be empty.
-/// @return the error message, or an empty string.
-std::string writePng(PaperPicture& picture, const std::string& path);
+/// @return the error message ("cancelled" if it was), or an empty string.
+std::string writePng(PaperPicture& picture, const std::string& path, const PngRules& rules = {});
 
 /// The same for a grey picture, which has no resolution.
 std::string writePng(const Picture& picture, const std::string& path);

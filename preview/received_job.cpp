@@ -20,6 +20,18 @@ std::string jobName(unsigned number) {
   return name;
 }
 
+bool exists(const std::string& path) {
+  // A link that leads nowhere is a file too.
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+// A picture of this stream, or the first of several.
+bool hasPicture(const std::string& streamPath) {
+  const std::string stem = streamPath.substr(0, streamPath.rfind('.'));
+  return exists(stem + ".png") || exists(stem + "-1.png");
+}
+
 }  // namespace
 
 ReceivedJob::ReceivedJob(const Options& options, unsigned& number)
@@ -28,16 +40,15 @@ ReceivedJob::ReceivedJob(const Options& options, unsigned& number)
 }
 
 void ReceivedJob::createFile(unsigned& number) {
-  for (;;) {
+  for (;; ++number) {
     path_ = (std::filesystem::path(options_.directory) / jobName(number)).string();
+    if (hasPicture(path_)) continue;
     // x: fails if the file exists, so that another program cannot get in between.
     file_.reset(std::fopen(path_.c_str(), "wbx"));
-    if (file_ == nullptr && errno != EEXIST) {
-      error_ = path_ + ": " + std::strerror(errno);
-      return;
-    }
-    ++number;
-    if (file_ != nullptr) return;
+    if (file_ == nullptr && errno == EEXIST) continue;
+    if (file_ == nullptr) error_ = path_ + ": " + std::strerror(errno);
+    if (file_ != nullptr) ++number;
+    return;
   }
 }
 
@@ -60,7 +71,7 @@ void ReceivedJob::closeFile() {
   }
 }
 
-std::string ReceivedJob::finish(const std::string& ending) {
+std::string ReceivedJob::finish(const std::string& ending, CancelCheck cancel) {
   closeFile();
   reader_.finish();
   printProblems(reader_.printer(), path_);
@@ -68,8 +79,11 @@ std::string ReceivedJob::finish(const std::string& ending) {
   const std::uint64_t problems = reader_.printer().totals().problems;
   if (problems > 0) line += ", " + escpos::counted(problems, "problem");
   if (!ending.empty()) line += ", " + ending;
+  PictureRules rules;
+  rules.keepExisting = true;
+  rules.cancel = cancel;
   const WrittenPictures written =
-      writePictures(reader_.printer().paper(), options_, pictureName(path_));
+      writePictures(reader_.printer().paper(), options_, pictureName(path_), rules);
   for (const std::string& file : written.files) line += ", " + file;
   for (const std::string& error : written.errors) line += ", " + error;
   if (!error_.empty()) line += ", " + error_;

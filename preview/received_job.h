@@ -10,16 +10,18 @@
 #include <span>
 #include <string>
 
+#include "common/cancel_check.h"
 #include "common/handles.h"
 #include "escpos/reader.h"
 #include "preview/options.h"
 
 namespace wren::preview {
 
-/// Existing .prn files are never overwritten, whether an earlier run or another program made them.
+/// Existing files are never overwritten, whether an earlier run or another program made them.
 class ReceivedJob {
  public:
-  /// Creates "job-NNNN.prn" with the first free number from `number` on.
+  /// Creates "job-NNNN.prn" with the first number from `number` on that neither a stream nor a
+  /// picture has.
   /// @param options must outlive the job.
   /// @param number becomes the number after the one used.
   ReceivedJob(const Options& options, unsigned& number);
@@ -30,15 +32,14 @@ class ReceivedJob {
   /// Stores and decodes the next bytes.
   void take(std::span<const std::uint8_t> bytes);
 
-  std::uint64_t bytesTaken() const { return bytesTaken_; }
-
   /// "job-0001.prn: 12345 bytes, 80.1 mm so far".
   std::string progress() const;
 
   /// Ends the job: closes the .prn file, writes the picture, prints problems on standard error.
   /// @param ending why the job ended early, or empty.
+  /// @param cancel stops the drawing of a picture that takes long.
   /// @return the line about the job: file, summary, number of problems, ending, pictures, errors.
-  std::string finish(const std::string& ending);
+  std::string finish(const std::string& ending, CancelCheck cancel);
 
  private:
   void createFile(unsigned& number);

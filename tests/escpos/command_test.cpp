@@ -43,33 +43,63 @@ TEST_P(KnownCommand, IsMeasuredByteByByteNamedAndDescribed) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, KnownCommand,
-    testing::Values(Known{"00", CommandKind::kNul, "1 zero byte"},
-                    Known{"1B40", CommandKind::kInitialise, "initialise the printer"},
-                    Known{"1B3C", CommandKind::kHome, "print head home, a page begins"},
-                    Known{"1B2A000200 FF01", CommandKind::kBitImage,
-                          "bit image, single density, 2 columns, 9 dots"},
-                    Known{"1B2A010100 80", CommandKind::kBitImage,
-                          "bit image, double density, 1 column, 1 dot"},
-                    Known{"1B4A10", CommandKind::kFeed, "print and feed 16 units (8 rows)"},
-                    Known{"1B4A01", CommandKind::kFeed,
-                          "print and feed 1 unit (0 and a half rows)"},
-                    Known{"1D5600", CommandKind::kCut, "full cut"},
-                    Known{"1D5601", CommandKind::kCut, "partial cut"},
-                    Known{"1B70003232", CommandKind::kDrawerPulse,
-                          "drawer pulse on connector 0, 100 ms on, 100 ms off"},
-                    Known{"1B7001FA32", CommandKind::kDrawerPulse,
-                          "drawer pulse on connector 1, 500 ms on, 100 ms off"},
-                    Known{"1B5500", CommandKind::kDirection, "unidirectional printing off"},
-                    Known{"1B5501", CommandKind::kDirection, "unidirectional printing on"},
-                    Known{"1B420301", CommandKind::kBeep, "beep 3 times, on-time 1"},
-                    Known{"1F1B1F4265657006", CommandKind::kBuzzerSetup, "buzzer off"},
-                    Known{"1F1B1F4265657008", CommandKind::kBuzzerSetup, "buzzer on"},
-                    Known{"1F1B1F4265657007", CommandKind::kBuzzerSetup, "buzzer set-up 7"},
-                    Known{"1B76", CommandKind::kStatusRequest, "ask for the paper status"}));
+    testing::Values(
+        Known{"00", CommandKind::kNul, "1 zero byte"},
+        Known{"1B40", CommandKind::kInitialise, "initialise the printer"},
+        Known{"1B3C", CommandKind::kHome, "print head home, a page begins"},
+        Known{"1B2A000200 FF01", CommandKind::kBitImage,
+              "bit image, single density, 2 columns, 9 dots"},
+        Known{"1B2A010100 80", CommandKind::kBitImage,
+              "bit image, double density, 1 column, 1 dot"},
+        Known{"1B4A10", CommandKind::kFeed, "print and feed 16 units (8 rows)"},
+        Known{"1B4A01", CommandKind::kFeed, "print and feed 1 unit (0 and a half rows)"},
+        Known{"1D5600", CommandKind::kCut, "full cut"},
+        Known{"1D5601", CommandKind::kCut, "partial cut"},
+        Known{"1B70003232", CommandKind::kDrawerPulse,
+              "drawer pulse on connector 0, 100 ms on, 100 ms off"},
+        Known{"1B7001FA32", CommandKind::kDrawerPulse,
+              "drawer pulse on connector 1, 500 ms on, 100 ms off"},
+        Known{"1B5500", CommandKind::kDirection, "unidirectional printing off"},
+        Known{"1B5501", CommandKind::kDirection, "unidirectional printing on"},
+        // The lowest bit alone counts.
+        Known{"1B55FE", CommandKind::kDirection, "unidirectional printing off"},
+        Known{"1B5503", CommandKind::kDirection, "unidirectional printing on"},
+        Known{"1B420301", CommandKind::kBeep, "beep 3 times, on-time 1"},
+        Known{"1F1B1F4265657006", CommandKind::kBuzzerSetup, "buzzer off"},
+        Known{"1F1B1F4265657008", CommandKind::kBuzzerSetup, "buzzer on"},
+        Known{"1F1B1F4265657007", CommandKind::kBuzzerSetup, "buzzer set-up 7"},
+        Known{"1B76", CommandKind::kStatusRequest, "ask for the paper status"},
+        Known{"100401", CommandKind::kRealTimeStatus, "real-time status of the printer"},
+        Known{"100402", CommandKind::kRealTimeStatus, "real-time status of the cause of off-line"},
+        Known{"100403", CommandKind::kRealTimeStatus, "real-time status of the cause of an error"},
+        Known{"100404", CommandKind::kRealTimeStatus, "real-time status of the roll paper sensor"},
+        Known{"100501", CommandKind::kRealTimeRecovery, "real-time recovery"},
+        Known{"100502", CommandKind::kRealTimeRecovery,
+              "real-time recovery, the buffer is cleared"},
+        Known{"1014010001", CommandKind::kRealTimePulse,
+              "real-time drawer pulse on connector 0, 100 ms on"},
+        Known{"1014010108", CommandKind::kRealTimePulse,
+              "real-time drawer pulse on connector 1, 800 ms on"},
+        Known{"1D7201", CommandKind::kTransmitStatus, "ask for the paper status in turn"},
+        Known{"1D7231", CommandKind::kTransmitStatus, "ask for the paper status in turn"},
+        Known{"1D7202", CommandKind::kTransmitStatus, "ask for the drawer status in turn"},
+        Known{"1D7232", CommandKind::kTransmitStatus, "ask for the drawer status in turn"}));
+
+TEST(RealTimeCommands, AreThoseThatBeginWithDataLinkEscape) {
+  for (const char* bytes : {"100401", "100502", "1014010001"}) {
+    EXPECT_TRUE(isRealTime(kindOf(hex(bytes)))) << bytes;
+  }
+  for (const char* bytes : {"00", "1B40", "1B4A10", "1B70003232", "1B76", "1D5600", "1D7201"}) {
+    EXPECT_FALSE(isRealTime(kindOf(hex(bytes)))) << bytes;
+  }
+}
 
 TEST(UnknownCommand, IsDetectedAtTheFirstByteThatFitsNoCommand) {
-  for (const char* bytes : {"41", "1B41", "1B2A02", "1B2A21", "1B7002", "1D57", "1D5602", "1D5641",
-                            "1F40", "1F1B40", "1F1B1F4266", "FF"}) {
+  for (const char* bytes :
+       {"41",         "1B41",       "1B2A02", "1B2A21",     "1B7002", "1D57",   "1D5602",
+        "1D5641",     "1F40",       "1F1B40", "1F1B1F4266", "FF",     "1000",   "1013",
+        "100400",     "100405",     "100500", "100503",     "101400", "101402", "10140102",
+        "1014010000", "1014010009", "1D7200", "1D7203",     "1D7230", "1D7233"}) {
     const Bytes start = hex(bytes);
     EXPECT_FALSE(measureCommand(start).known) << bytes;
     EXPECT_TRUE(measureCommand(std::span(start).first(start.size() - 1)).known) << bytes;

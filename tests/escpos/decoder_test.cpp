@@ -69,6 +69,11 @@ TEST(Decoder, DoesNotLookForCommandsAmongColumns) {
   EXPECT_EQ(commands[0].kind, CommandKind::kBitImage);
   EXPECT_EQ(commands[0].bytes, bitImage(1, columns));
   EXPECT_EQ(commands[1].offset, 12u);
+  const auto asked = decode(bitImage(1, hex("100402")) + hex("1B70 1004 02") + hex("100402"));
+  EXPECT_EQ(outline(asked),
+            "0+8 bit image, double density, 3 columns, 3 dots; 8+2 2 unknown bytes; "
+            "10+3 real-time status of the cause of off-line; "
+            "13+3 real-time status of the cause of off-line; ");
 }
 
 struct FaultyStream {
@@ -121,7 +126,8 @@ TEST(Decoder, KeepsOnlyTheFirstBytesOfARun) {
 
 TEST(Decoder, GivesTheSameCommandsForPiecesOfAnySize) {
   std::mt19937 random(7);
-  const Bytes alphabet = hex("00 1B 1D 1F 40 3C 2A 4A 55 42 70 76 56 65 01 02 06 41");
+  const Bytes alphabet =
+      hex("00 1B 1D 1F 40 3C 2A 4A 55 42 70 76 56 65 01 02 06 41 10 04 05 14 72");
   for (int round = 0; round < 200; ++round) {
     Bytes stream;
     for (int i = 0; i < 200; ++i) stream.push_back(alphabet[random() % alphabet.size()]);

@@ -68,6 +68,31 @@ TEST(VirtualPrinter, PrintsOverALineThatWasNotFed) {
   EXPECT_EQ(drawn(readAll(stream).paper), "##\n");
 }
 
+// 200 lines of one dot each, at columns 0, 2, 4 and 6 in turn; the last is of single density.
+TEST(VirtualPrinter, MergesManyLinesThatWereNotFed) {
+  Bytes stream;
+  for (int i = 0; i < 200; ++i) {
+    Bytes columns = repeat(7, 0);
+    columns[static_cast<std::size_t>(i % 4) * 2] = 0x80;
+    stream = stream + bitImage(1, columns) + feed(0);
+  }
+  const Reading reading = readAll(feed(2) + stream + bitImage(0, hex("0080")) + feed(2) +
+                                  bitImage(1, hex("80")) + feed(2));
+  EXPECT_EQ(drawn(reading.paper), ".......\n#.###.#\n#......\n");
+  EXPECT_LE(reading.paper.stripes.size(), VirtualPrinter::kMaxStripesAtOnePlace + 1);
+}
+
+// Each round of merged lines costs no more than one stripe.
+TEST(VirtualPrinter, StoresManyLinesAtOnePlaceInLittleMemory) {
+  PaperLimits limits;
+  limits.storedBytes = 100'000;
+  Bytes stream;
+  for (int i = 0; i < 1000; ++i) stream = stream + bitImage(1, repeat(300, 0xFF)) + feed(0);
+  const Reading reading = readAll(stream + feed(2), limits);
+  EXPECT_EQ(problemsOf(reading), "");
+  EXPECT_EQ(drawn(reading.paper).substr(0, 301), std::string(300, '#') + "\n");
+}
+
 TEST(VirtualPrinter, ShowsTheDotsBelowATooShortFeed) {
   EXPECT_EQ(drawn(readAll(bitImage(1, hex("90")) + feed(2)).paper), "#\n.\n.\n#\n");
 }
@@ -157,6 +182,41 @@ TEST(VirtualPrinter, StopsAtTheLimitOfStoredBytes) {
   const Reading reading = readAll(line + line + line + line, limits);
   EXPECT_EQ(reading.paper.stripes.size(), 2u);
   EXPECT_EQ(problemsOf(reading), "616: more dots than can be kept, printing stops here; ");
+}
+
+// A line of 300 columns fits the limit once. Lines that are lost must not count.
+TEST(VirtualPrinter, GivesTheBytesOfALostLineBack) {
+  PaperLimits limits;
+  limits.storedBytes = 600;
+  const Bytes line = bitImage(1, repeat(300, 0xFF));
+  Bytes stream;
+  for (int i = 0; i < 5; ++i) stream = stream + line + hex("1B40");
+  const Reading reading = readAll(stream + line + feed(16), limits);
+  EXPECT_EQ(reading.paper.stripes.size(), 1u);
+  EXPECT_EQ(reading.totals.problems, 5u);
+}
+
+TEST(VirtualPrinter, MarksARealTimePulseInUnitsOf100Milliseconds) {
+  const Reading reading = readAll(feed(16) + hex("1014010103"));
+  EXPECT_EQ(marksOf(reading.paper), "16: pulse 1 300 from 3\n");
+  EXPECT_EQ(reading.totals.drawerPulses, 1u);
+}
+
+TEST(VirtualPrinter, LosesItsLineByARecoveryThatClearsTheBuffer) {
+  const Bytes line = bitImage(1, hex("80"));
+  const Reading cleared = readAll(line + hex("100502") + feed(2));
+  EXPECT_EQ(problemsOf(cleared),
+            "0: dots that were not printed before a recovery that clears the buffer; ");
+  EXPECT_EQ(cleared.paper.stripes.size(), 0u);
+  EXPECT_EQ(drawn(readAll(line + hex("100501") + feed(2)).paper), "#\n");
+}
+
+TEST(VirtualPrinter, PrintsNothingForARequestOfStatus) {
+  const Reading reading = readAll(hex("100401 100402 100403 100404 1D7201 1D7202"));
+  EXPECT_EQ(reading.totals.commands, 6u);
+  EXPECT_EQ(problemsOf(reading), "");
+  EXPECT_EQ(reading.paper.lengthUnits, 0u);
+  EXPECT_EQ(reading.paper.marks.size(), 0u);
 }
 
 TEST(VirtualPrinter, StopsAtTheLimitOfMarks) {

@@ -56,13 +56,16 @@ TEST(JsonReport, NamesEveryKindOfCommand) {
   const ScratchFolder folder;
   const json report = reportOf(folder,
                                hex("00 1B40 1B3C 1B2A010000 1B4A00 1D5600 1B70000000 1B5501 "
-                                   "1B420101 1F1B1F4265657006 1B76 FF 1B"),
+                                   "1B420101 1F1B1F4265657006 1B76 100401 100502 1014010001 "
+                                   "1D7201 FF 1B"),
                                true);
   std::vector<std::string> kinds;
   for (const json& command : report["commands"]) kinds.push_back(command["kind"]);
-  EXPECT_EQ(kinds, (std::vector<std::string>{"nul", "initialise", "home", "bitImage", "feed", "cut",
-                                             "drawerPulse", "direction", "beep", "buzzerSetup",
-                                             "statusRequest", "unknown", "truncated"}));
+  EXPECT_EQ(kinds,
+            (std::vector<std::string>{"nul", "initialise", "home", "bitImage", "feed", "cut",
+                                      "drawerPulse", "direction", "beep", "buzzerSetup",
+                                      "statusRequest", "realTimeStatus", "realTimeRecovery",
+                                      "realTimePulse", "transmitStatus", "unknown", "truncated"}));
 }
 
 // 100 rows, that is 10 mm, then the cut, the drawer and the buzzer.

@@ -96,22 +96,61 @@ TEST(Marks, ScaleHasATickForEveryMillimetre) {
   std::vector<std::size_t> expected;
   for (std::size_t y = 0; y <= 220; y += 10) expected.push_back(y);
   EXPECT_EQ(ticks, expected);
-  const auto tickLength = [&](std::size_t y) {
-    return std::count(rows[y].begin(), rows[y].end(), kScale);
-  };
-  EXPECT_LT(tickLength(210), tickLength(150));
-  EXPECT_LT(tickLength(150), tickLength(200));
 }
 
-TEST(Marks, DrawAFullCutSolidAndAPartialCutDashed) {
-  const auto cutInkInRow = [](const char* cut) {
-    const auto paper = paperOf(feed(200) + hex(cut) + feed(200));
-    PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
-    const auto rows = painted(picture);
-    return std::count(rows[100].begin(), rows[100].end(), kCutInk);
+// Millimetres of the ruler at 254 dpi, where one is ten rows and the text is not enlarged.
+TEST(Marks, ScaleHasTicksOfThreeLengths) {
+  const auto paper = paperOf(feed(200) + feed(200) + feed(40));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {254, 1, true});
+  const auto rows = painted(picture);
+  const auto paperEdge =
+      static_cast<std::size_t>(std::find(rows[1].begin(), rows[1].end(), kPaper) - rows[1].begin());
+  const auto tickAt = [&](std::size_t mm) {
+    std::size_t length = 0;
+    while (rows[mm * 10][paperEdge - length - 1] == kScale) ++length;
+    return length;
   };
-  EXPECT_GT(cutInkInRow("1D5601"), 8);
-  EXPECT_GT(cutInkInRow("1D5600"), cutInkInRow("1D5601"));
+  for (std::size_t mm = 0; mm <= 22; ++mm) {
+    const std::size_t expected = mm % 10 == 0 ? 18 : mm % 5 == 0 ? 12 : 6;
+    EXPECT_EQ(tickAt(mm), expected) << mm << " mm";
+  }
+}
+
+// At 406 dpi text and ticks are drawn with pixels of twice the size.
+TEST(Marks, GrowWithTheResolution) {
+  const auto paper = paperOf(feed(200));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {406, 1, true});
+  const auto rows = painted(picture);
+  EXPECT_EQ(std::count(rows[0].begin(), rows[0].end(), kScale), 36);
+}
+
+// The columns of the row of a cut that have its ink.
+std::vector<std::size_t> columnsOfCut(const char* cut) {
+  const auto paper = paperOf(feed(200) + hex(cut) + feed(200));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+  const auto row = painted(picture)[100];
+  std::vector<std::size_t> columns;
+  for (std::size_t x = 0; x < row.size(); ++x) {
+    if (row[x] == kCutInk) columns.push_back(x);
+  }
+  return columns;
+}
+
+TEST(Marks, DrawAFullCutWithoutAGap) {
+  const auto columns = columnsOfCut("1D5600");
+  ASSERT_FALSE(columns.empty());
+  EXPECT_EQ(columns.back() - columns.front() + 1, columns.size());
+}
+
+// Dashes and gaps of 18 pixels; the first dash starts at the left edge of the picture.
+TEST(Marks, DrawAPartialCutInDashes) {
+  const auto full = columnsOfCut("1D5600");
+  std::vector<std::size_t> expected;
+  for (const std::size_t x : full) {
+    if (x % 36 < 18) expected.push_back(x);
+  }
+  EXPECT_EQ(columnsOfCut("1D5601"), expected);
+  EXPECT_LT(expected.size(), full.size());
 }
 
 TEST(Marks, LabelADrawerPulseInItsColour) {
@@ -181,13 +220,28 @@ INSTANTIATE_TEST_SUITE_P(
                     LabelCase{"1B420102", "1 beep", kBeepInk},
                     LabelCase{"1B420302", "3 beeps", kBeepInk}));
 
+// The top of `text` in the margin on the left; -1 if it is not there.
+std::int64_t topOfNumber(const std::vector<std::vector<std::uint8_t>>& rows,
+                         const std::string& text) {
+  for (std::size_t top = 0; top + kGlyphRows < rows.size(); ++top) {
+    const std::vector<std::vector<std::uint8_t>> part(rows.begin() + top,
+                                                      rows.begin() + top + kGlyphRows + 1);
+    if (shows(part, text, kScale)) return static_cast<std::int64_t>(top);
+  }
+  return -1;
+}
+
+// Each number stands in the row below its tick; " 0 mm" is also the end of "10 mm", so it is
+// looked for with the blank before it.
 TEST(Marks, RulerSaysMillimetres) {
-  const auto paper = paperOf(feed(200) + feed(200) + feed(40));  // 220 rows
+  const auto paper = paperOf(feed(200) + feed(200) + feed(200) + feed(40));  // 320 rows
   PaperPicture picture(paper, escpos::wholeStrip(paper), {254, 1, true});
   const auto rows = painted(picture);
-  EXPECT_TRUE(shows(rows, "0 mm", kScale));
-  EXPECT_TRUE(shows(rows, "10 mm", kScale));
-  EXPECT_FALSE(shows(rows, "30 mm", kScale));
+  EXPECT_EQ(topOfNumber(rows, " 0 mm"), 1);
+  EXPECT_EQ(topOfNumber(rows, "10 mm"), 101);
+  EXPECT_EQ(topOfNumber(rows, "20 mm"), 201);
+  // The tick of 30 mm is in row 300; the 23 rows below it have no room for the number.
+  EXPECT_EQ(topOfNumber(rows, "30 mm"), -1);
 }
 
 // At 50 dpi a centimetre is 20 pixels, less than a line of text.

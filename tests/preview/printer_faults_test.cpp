@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Jobs into the software printer over its socket, with each fault: what comes out on
+// paper is what was sent, nothing lost and nothing doubled but where a loss is the fault.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "preview/tell_run.h"
+#include "tests/escpos/printer_streams.h"
+#include "tests/preview/png_reading.h"
+#include "tests/preview/running_printer.h"
+
+namespace wren::preview {
+namespace {
+
+using streams::bitImage;
+using streams::Bytes;
+using streams::feed;
+using streams::hex;
+using streams::repeat;
+using streams::operator+;
+
+// Lines that differ, so that a lost or doubled one shows. At 203 dpi a line is 1 mm and a little.
+Bytes linesOf(unsigned first, unsigned count) {
+  Bytes bytes;
+  for (unsigned i = first; i < first + count; ++i) {
+    const Bytes columns = {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(i >> 8), 0xA5};
+    bytes = bytes + bitImage(1, columns) + feed(16);
+  }
+  return bytes;
+}
+
+// Hides what the printer says, unless the test fails.
+class QuietTest : public testing::Test {
+ protected:
+  QuietTest() {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+  }
+  ~QuietTest() override {
+    const std::string text =
+        testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
+    if (HasFailure()) std::fputs(text.c_str(), stdout);
+  }
+};
+
+using PrinterFaults = QuietTest;
+
+TEST_F(PrinterFaults, StatusIsAnsweredOverTheConnection) {
+  RunningPrinter printer;
+  LoopbackClient client(printer.address());
+  client.send(hex("100401 100402 100403 100404 1D7201 1D7202"));
+  EXPECT_EQ(client.read(6), hex("12 12 12 12 00 00"));
+  EXPECT_EQ(printer.tell("paper out"), "ok");
+  client.send(linesOf(0, 2) + hex("100401 100402 100404"));
+  EXPECT_EQ(client.read(3), hex("1A 32 7E"));
+}
+
+TEST_F(PrinterFaults, AConnectionThatOnlyAsksLeavesNoFiles) {
+  RunningPrinter printer;
+  LoopbackClient asking(printer.address());
+  asking.send(hex("1D7201 100401"));
+  EXPECT_EQ(asking.read(2), hex("12 00")) << "real-time requests overtake";
+  asking.endAndWait();
+  LoopbackClient printing(printer.address());
+  printing.send(hex("1D7201") + linesOf(0, 1));
+  printing.endAndWait();
+  EXPECT_EQ(printer.printed(1), hex("1D7201") + linesOf(0, 1));
+  EXPECT_FALSE(std::filesystem::exists(printer.fileOf(2, ".prn")));
+}
+
+TEST_F(PrinterFaults, StatusIsAnsweredToTheNextConnectionWhileAJobWaits) {
+  RunningPrinter printer({"paper out"});
+  LoopbackClient job(printer.address());
+  job.send(linesOf(0, 3));
+  job.endInput();
+  LoopbackClient asking(printer.address());
+  asking.send(hex("100404"));
+  EXPECT_EQ(asking.read(1), hex("7E"));
+  EXPECT_EQ(printer.tell("paper ok"), "ok");
+  ASSERT_TRUE(printer.waitForJobs(1));
+  EXPECT_EQ(printer.printed(1), linesOf(0, 3));
+}
+
+struct WaitingFault {
+  const char* fault;
+  const char* cure;
+  const char* sign;  // in the answer to "status"
+};
+
+class PrinterGoesOn : public QuietTest, public testing::WithParamInterface<WaitingFault> {};
+
+// 3000 lines are 33 kB. The buffer of 4 KiB fills, the sender waits, and all comes out once.
+TEST_P(PrinterGoesOn, WithoutALossOrADouble) {
+  RunningPrinter printer({"buffer 4", std::string(GetParam().fault) + " after 100 mm"});
+  const Bytes job = linesOf(0, 3000);
+  std::thread sender([&] {
+    LoopbackClient client(printer.address());
+    client.limitSendBuffer(4096);
+    client.send(job);
+    client.endAndWait();
+  });
+  EXPECT_TRUE(printer.waitFor(GetParam().sign));
+  EXPECT_EQ(printer.tell(GetParam().cure), "ok");
+  EXPECT_TRUE(printer.waitForJobs(1));
+  sender.join();
+  EXPECT_EQ(printer.printed(1), job);
+  EXPECT_EQ(readPng(printer.fileOf(1, ".png")).height, 24'000u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, PrinterGoesOn,
+    testing::Values(WaitingFault{"paper out", "paper ok", "\"paper\":\"out\""},
+                    WaitingFault{"cover open", "cover closed", "\"cover\":\"open\""},
+                    WaitingFault{"error cutter", "error none", "\"error\":\"cutter\""},
+                    WaitingFault{"button held", "button released", "\"button\":\"held\""},
+                    WaitingFault{"stall", "go", "\"stalled\":true"}));
+
+TEST_F(PrinterFaults, AFullBufferBlocksTheSender) {
+  RunningPrinter printer({"buffer 4", "cover open"});
+  LoopbackClient client(printer.address());
+  client.limitSendBuffer(4096);
+  const Bytes job = repeat(1'000'000, 0);
+  const std::size_t sent = client.sendFor(job, 0.5);
+  EXPECT_GE(sent, 4096u);
+  EXPECT_LT(sent, 100'000u) << "the buffer, and what the network holds";
+  EXPECT_TRUE(printer.waitFor("\"bufferedBytes\":4096"));
+  EXPECT_EQ(printer.tell("cover closed"), "ok");
+  EXPECT_TRUE(client.send({job.begin() + static_cast<std::ptrdiff_t>(sent), job.end()}));
+  client.endAndWait();
+  EXPECT_EQ(printer.printed(1).size(), job.size());
+}
+
+TEST_F(PrinterFaults, ALossOfPowerLeavesThePrintedPart) {
+  RunningPrinter printer({"power off after 50 mm"});
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 200));
+  EXPECT_TRUE(client.isReset());
+  ASSERT_TRUE(printer.waitForJobs(1));
+  // 49 lines of 16 units are 49.0 mm, 50 are 50.05 mm.
+  EXPECT_EQ(printer.printed(1), linesOf(0, 49));
+  EXPECT_EQ(readPng(printer.fileOf(1, ".png")).height, 49u * 8);
+  EXPECT_FALSE(LoopbackClient(printer.address()).connected());
+  EXPECT_EQ(printer.tell("power on"), "ok");
+  LoopbackClient again(printer.address());
+  EXPECT_TRUE(again.connected());
+  again.send(linesOf(500, 3));
+  again.endAndWait();
+  EXPECT_EQ(printer.printed(2), linesOf(500, 3)) << "nothing of the lost buffer";
+}
+
+TEST_F(PrinterFaults, APrinterVanishesAndReturnsOnItsPort) {
+  RunningPrinter printer;
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 3));
+  EXPECT_TRUE(printer.waitFor("\"receivedBytes\":33"));
+  EXPECT_EQ(printer.tell("vanish"), "ok");
+  EXPECT_TRUE(client.isReset());
+  EXPECT_FALSE(LoopbackClient(printer.address()).connected());
+  EXPECT_EQ(printer.tell("return"), "ok");
+  LoopbackClient again(printer.address());
+  EXPECT_TRUE(again.connected());
+  again.send(linesOf(3, 3));
+  again.endAndWait();
+  ASSERT_TRUE(printer.waitForJobs(2));
+  EXPECT_EQ(printer.printed(1), linesOf(0, 3));
+  EXPECT_EQ(printer.printed(2), linesOf(3, 3));
+}
+
+TEST_F(PrinterFaults, AResetEndsTheConnectionAlone) {
+  RunningPrinter printer({"reset after 22 bytes"});
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 100));
+  EXPECT_TRUE(client.isReset());
+  ASSERT_TRUE(printer.waitForJobs(1));
+  EXPECT_EQ(printer.printed(1), linesOf(0, 2));
+  EXPECT_TRUE(LoopbackClient(printer.address()).connected());
+}
+
+// 500 bytes at 9600 baud take 0.52 s.
+TEST_F(PrinterFaults, ASerialLineIsSlow) {
+  RunningPrinter printer({"baud 9600"});
+  const auto start = std::chrono::steady_clock::now();
+  LoopbackClient client(printer.address());
+  client.send(repeat(500, 0));
+  client.endAndWait();
+  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(450));
+  EXPECT_EQ(printer.printed(1), repeat(500, 0));
+}
+
+TEST_F(PrinterFaults, AConnectionIsAcceptedLate) {
+  RunningPrinter printer({"accept-delay 300"});
+  const auto start = std::chrono::steady_clock::now();
+  LoopbackClient client(printer.address());
+  client.send(hex("100401"));
+  EXPECT_EQ(client.read(1), hex("12"));
+  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(290));
+}
+
+TEST_F(PrinterFaults, APrinterNeverAnswers) {
+  RunningPrinter printer({"answers off"});
+  LoopbackClient client(printer.address());
+  client.send(hex("100401 1D7201") + linesOf(0, 2));
+  EXPECT_EQ(client.read(1, 0.3), Bytes());
+  client.endAndWait();
+  EXPECT_EQ(printer.printed(1), hex("1D7201") + linesOf(0, 2));
+}
+
+// The time that the printer makes a job wait is not the job's.
+TEST_F(PrinterFaults, AnOffLinePrinterSuspendsTheLimitOfTime) {
+  Options options;
+  options.maxSeconds = 1;
+  RunningPrinter printer({"paper out"}, options);
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 2));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1400));
+  EXPECT_EQ(printer.tell("paper ok"), "ok");
+  EXPECT_TRUE(client.send(linesOf(2, 2)));
+  client.endAndWait();
+  EXPECT_EQ(printer.printed(1), linesOf(0, 4));
+}
+
+TEST_F(PrinterFaults, AHostMayGoWhileItsJobWaits) {
+  RunningPrinter printer({"cover open"});
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 4));
+  EXPECT_TRUE(printer.waitFor("\"bufferedBytes\":44"));
+  client.abort();
+  EXPECT_EQ(printer.tell("cover closed"), "ok");
+  ASSERT_TRUE(printer.waitForJobs(1));
+  EXPECT_EQ(printer.printed(1), linesOf(0, 4));
+}
+
+TEST_F(PrinterFaults, AResetOfTheHostIsNoticedByAStalledPrinter) {
+  RunningPrinter printer({"stall"});
+  LoopbackClient client(printer.address());
+  EXPECT_TRUE(printer.waitFor("\"receiving\":true"));
+  client.send(linesOf(0, 1));
+  client.abort();
+  EXPECT_TRUE(printer.waitFor("\"receiving\":false"));
+}
+
+TEST_F(PrinterFaults, TheStatusIsAJsonDocument) {
+  RunningPrinter printer({"drawer high", "error temperature"});
+  EXPECT_EQ(nlohmann::json::parse(printer.tell("status")), nlohmann::json::parse(R"json({
+    "online": false, "paper": "ok", "cover": "closed", "error": "temperature",
+    "button": "released", "drawer": "high", "powered": true, "reachable": true,
+    "stalled": false, "receiving": false, "receivedBytes": 0, "bufferedBytes": 0,
+    "printedMm": 0.0, "unfinishedJobs": 0, "storedJobs": 0
+  })json"));
+}
+
+TEST_F(PrinterFaults, TheLengthOfThePaperIsInTheStatus) {
+  RunningPrinter printer;
+  LoopbackClient client(printer.address());
+  client.send(feed(200) + feed(200));  // 200 rows at 203 dpi are 25.02 mm
+  client.endAndWait();
+  EXPECT_NE(printer.tell("status").find("\"printedMm\":25.0,"), std::string::npos);
+}
+
+TEST_F(PrinterFaults, AWrongCommandIsRefused) {
+  RunningPrinter printer;
+  EXPECT_EQ(printer.tell("paper blue"), "error: 'paper blue' is no command");
+  EXPECT_EQ(printer.tell("paper ok"), "ok");
+}
+
+TEST_F(PrinterFaults, AControlSessionWithoutNewlinesIsEnded) {
+  RunningPrinter printer;
+  Options options;
+  LoopbackClient session(printer.controlAddress());
+  session.send(repeat(1000, 'x'));
+  session.waitForClose();
+  EXPECT_EQ(printer.tell("paper ok"), "ok");
+}
+
+TEST_F(PrinterFaults, TheLastLineOfASessionNeedsNoNewline) {
+  RunningPrinter printer;
+  LoopbackClient session(printer.controlAddress());
+  session.send({'s', 't', 'a', 'l', 'l'});
+  session.endInput();
+  EXPECT_EQ(session.readLine(), "ok");
+  EXPECT_NE(printer.tell("status").find("\"stalled\":true"), std::string::npos);
+}
+
+TEST_F(PrinterFaults, ManyControlSessionsAreServed) {
+  RunningPrinter printer;
+  std::vector<std::unique_ptr<LoopbackClient>> sessions;
+  for (int i = 0; i < 20; ++i) {
+    sessions.push_back(std::make_unique<LoopbackClient>(printer.controlAddress()));
+    sessions.back()->send({'g', 'o', '\n'});
+  }
+  for (auto& session : sessions) {
+    EXPECT_EQ(session->readLine(), "ok");
+    session.reset();
+  }
+}
+
+struct TellCase {
+  const char* command;
+  int status;
+  const char* out;
+  const char* err;
+};
+
+class Tell : public testing::TestWithParam<TellCase> {};
+
+TEST_P(Tell, PrintsTheAnswer) {
+  RunningPrinter printer;
+  Options options;
+  options.tellAddress = printer.controlAddress();
+  options.tellCommand = GetParam().command;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(runTell(options), GetParam().status);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), GetParam().out);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), GetParam().err);
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, Tell,
+                         testing::Values(TellCase{"paper out", 0, "ok\n", ""},
+                                         TellCase{"paper", 1, "",
+                                                  "wren-preview: 'paper' is no command\n"}));
+
+TEST(TellWithoutAPrinter, FailsInOneLine) {
+  std::string address;
+  {
+    RunningPrinter printer;
+    address = printer.controlAddress();
+  }
+  Options options;
+  options.tellAddress = address;
+  options.tellCommand = "status";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(runTell(options), 1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: " + address + ": Connection refused\n");
+}
+
+}  // namespace
+}  // namespace wren::preview
