@@ -68,7 +68,9 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
     return false;
   }
   try {
-    plan_.settings = makeJobSettings(requestOf(job_, options));
+    JobRequest request = requestOf(job_, options);
+    request.clientIsLocal = services_.origins == nullptr || services_.origins->isLocal(job_);
+    plan_.settings = makeJobSettings(request);
   } catch (const BadAttribute& bad) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, bad.what());
     return false;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "app/begun_jobs.h"
+#include "app/client_origin.h"
 #include "app/document_error.h"
 #include "app/page_keeper.h"
 #include "app/page_target.h"
@@ -25,6 +26,7 @@ namespace wren::app {
 struct JobServices {
   PageKeeper* keeper = nullptr;
   BegunJobs* begunJobs = nullptr;
+  const JobOrigins* origins = nullptr;  ///< null: every client is local
 };
 
 class ActiveJob {

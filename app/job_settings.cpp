@@ -87,9 +87,31 @@ std::int32_t brightnessOf(std::int32_t darkness) {
                     job::kBrightnessOption.highest);
 }
 
+bool mayOpenDrawer(const JobRequest& request) {
+  constexpr std::int32_t kLocal = 0;
+  return request.clientIsLocal ||
+         printerValue(*findVendorOption(kDrawerClientsAttribute), request) != kLocal;
+}
+
+// A job that asks for the drawer itself is refused; one that would open it by the printer's
+// default prints and leaves it closed.
+void refuseWhatJobsMustNotName(const JobRequest& request) {
+  for (const VendorOption& option : vendorOptions()) {
+    if (option.ofPrinterAlone && valueOf(option, request.ofJob)) {
+      throw BadAttribute(std::string(option.attribute) + " is a setting of the printer");
+    }
+  }
+  const auto drawer = valueOf(*findVendorOption(kDrawerAttribute), request.ofJob);
+  if (drawer.value_or(0) != 0 && !mayOpenDrawer(request)) {
+    throw BadAttribute(std::string(kDrawerAttribute) +
+                       ": only clients on the printer's own machine may open the drawer");
+  }
+}
+
 }  // namespace
 
 JobSettings makeJobSettings(const JobRequest& request) {
+  refuseWhatJobsMustNotName(request);
   JobSettings settings;
   for (const VendorOption& option : vendorOptions()) {
     if (option.field != nullptr) {
@@ -101,7 +123,7 @@ JobSettings makeJobSettings(const JobRequest& request) {
   settings.core.halftoneType = halftoneOf(request);
   settings.core.brightness = brightnessOf(request.darkness);
   settings.core.debugImages = false;
-  if (!request.drawerAllowed) settings.core.cashDrawerSetting = 0;
+  if (!mayOpenDrawer(request)) settings.core.cashDrawerSetting = 0;
   settings.contrast = effectiveValue(kContrastAttribute, request);
   settings.longestGapMm = static_cast<std::uint32_t>(effectiveValue(kLongestGapAttribute, request));
   settings.textPitch = kTextPitches[effectiveValue(kTextPitchAttribute, request)];

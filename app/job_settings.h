@@ -27,7 +27,7 @@ struct JobRequest {
   std::optional<bool> cutAtEnd;  ///< finishings, if the job names any: trim or none
   std::int32_t darkness = 0;     ///< print-darkness, -100 to 100
   bool highQuality = false;      ///< print-quality is high: prints in one direction
-  bool drawerAllowed = true;     ///< whether this client may open the drawer
+  bool clientIsLocal = true;     ///< else the printer may keep the drawer closed
 };
 
 struct JobSettings {

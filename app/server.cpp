@@ -38,11 +38,14 @@ std::string environment(const char* name) {
   return value == nullptr ? std::string() : value;
 }
 
+bool isShared(const std::string& host) {
+  return host != "localhost" && host != "127.0.0.1" && host != "::1";
+}
+
 // Who listens on this machine alone needs no encryption, and IPP wants one address for each kind
 // of security.
 pappl_soptions_t systemOptions(const std::string& host) {
-  const bool isLocal = host == "localhost" || host == "127.0.0.1" || host == "::1";
-  return kSystemOptions | (isLocal ? PAPPL_SOPTIONS_NO_TLS : PAPPL_SOPTIONS_NONE);
+  return kSystemOptions | (isShared(host) ? PAPPL_SOPTIONS_NONE : PAPPL_SOPTIONS_NO_TLS);
 }
 
 bool saveState(pappl_system_t* system, void* file) {
@@ -64,7 +67,8 @@ Server::Server(const ServerOptions& options)
     : stateFile_(makePrivateFolder(options.stateFolder) + "/state"),
       keeper_(options.pagesFolder),
       begunJobs_(options.stateFolder + "/begun"),
-      services_{&keeper_, &begunJobs_} {
+      origins_(isShared(options.host)),
+      services_{&keeper_, &begunJobs_, &origins_} {
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
   system_ = papplSystemCreate(systemOptions(options.host), options.name.c_str(), options.port,
@@ -78,6 +82,7 @@ Server::Server(const ServerOptions& options)
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
                                driverForDevice, nullptr, describeDriver, &services_);
+  origins_.watch(system_);
   acceptDocuments(system_, kPrinterFormat, services_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);

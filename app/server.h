@@ -11,6 +11,7 @@
 
 #include "app/active_job.h"
 #include "app/begun_jobs.h"
+#include "app/client_origin.h"
 #include "app/page_keeper.h"
 
 namespace wren::app {
@@ -38,6 +39,7 @@ class Server {
   std::string stateFile_;
   PageKeeper keeper_;
   BegunJobs begunJobs_;
+  JobOrigins origins_;
   JobServices services_;
   pappl_system_t* system_ = nullptr;
 };

@@ -20,6 +20,7 @@ constexpr const char* kBlankEdges[] = {"trim", "keep"};
 constexpr const char* kDirections[] = {"both", "one"};
 constexpr const char* kCuts[] = {"none", "full", "partial"};
 constexpr const char* kMoments[] = {"off", "before", "after"};
+constexpr const char* kDrawerClients[] = {"local", "anyone"};
 // In characters per inch; the order of kTextPitches.
 constexpr const char* kTextPitchNames[] = {"cpi-10", "cpi-14"};
 
@@ -38,7 +39,7 @@ constexpr std::array<SharedOption, 13> kShared = {{
     {"PageCutType", "page-cut-type", kCuts},
     {"DocCutType", kCutAttribute, kCuts},
     {"FeedCutAfterJobEnd", "feed-cut-after-job-end", {}},
-    {"CashDrawerSetting", "cash-drawer-setting", kMoments},
+    {"CashDrawerSetting", kDrawerAttribute, kMoments},
     {"CashDrawerPulseWidth", "cash-drawer-pulse-width", {}},
     {"Buzzer1Setting", "buzzer1-setting", kMoments},
     {"Buzzer1OnTime", "buzzer1-on-time", {}},
@@ -61,7 +62,7 @@ constexpr VendorOption fromTable(const SharedOption& shared) {
   return {shared.attribute, shared.choices, row.lowest, row.highest, row.initial, row.field};
 }
 
-constexpr std::size_t kOwnOptions = 4;
+constexpr std::size_t kOwnOptions = 5;
 
 constexpr auto makeOptions() {
   std::array<VendorOption, kOwnOptions + kShared.size()> options{{
@@ -69,6 +70,7 @@ constexpr auto makeOptions() {
       {kContrastAttribute, {}, -kHighestContrast, kHighestContrast, 0, nullptr},
       {kLongestGapAttribute, {}, 0, kLongestGapMm, 0, nullptr},
       {kTextPitchAttribute, kTextPitchNames, 0, 1, 1, nullptr},
+      {kDrawerClientsAttribute, kDrawerClients, 0, 1, 0, nullptr, true},
   }};
   for (std::size_t i = 0; i < kShared.size(); ++i) options[kOwnOptions + i] = fromTable(kShared[i]);
   return options;

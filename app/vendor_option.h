@@ -23,6 +23,7 @@ struct VendorOption {
   std::int32_t highest;
   std::int32_t initial;
   std::int32_t Settings::*field;  ///< null if it is no setting of the core
+  bool ofPrinterAlone = false;    ///< a job must not name it
 
   bool hasNames() const { return !choices.empty(); }
 };
@@ -31,6 +32,8 @@ inline constexpr const char* kHalftoneAttribute = "halftone-type";
 inline constexpr const char* kContrastAttribute = "contrast";
 inline constexpr const char* kLongestGapAttribute = "longest-gap";
 inline constexpr const char* kTextPitchAttribute = "text-pitch";
+inline constexpr const char* kDrawerClientsAttribute = "drawer-from";
+inline constexpr const char* kDrawerAttribute = "cash-drawer-setting";
 inline constexpr const char* kCutAttribute = "doc-cut-type";
 inline constexpr const char* kDirectionAttribute = "bidi-printing";
 

@@ -120,11 +120,27 @@ TEST(JobSettings, PrintHighQualityInOneDirectionUnlessTheJobSaysOtherwise) {
   EXPECT_EQ(makeJobSettings(request).core.bidiPrinting, 0);
 }
 
-TEST(JobSettings, LeaveTheDrawerClosedForAClientThatMayNotOpenIt) {
+TEST(JobSettings, KeepTheDrawerClosedForAClientThatIsFarAwayUnlessThePrinterTrustsIt) {
   JobRequest request;
-  request.ofJob = in({{"cash-drawer-setting", "after"}});
-  request.drawerAllowed = false;
+  request.ofPrinter = in({{"cash-drawer-setting", "after"}});
+  EXPECT_EQ(makeJobSettings(request).core.cashDrawerSetting, 2);
+  request.clientIsLocal = false;
   EXPECT_EQ(makeJobSettings(request).core.cashDrawerSetting, 0);
+  request.ofPrinter = in({{"cash-drawer-setting", "after"}, {"drawer-from", "anyone"}});
+  EXPECT_EQ(makeJobSettings(request).core.cashDrawerSetting, 2);
+}
+
+TEST(JobSettings, OfAClientThatIsFarAwayAndAsksForTheDrawerAreRefused) {
+  JobRequest request;
+  request.clientIsLocal = false;
+  request.ofJob = in({{"cash-drawer-setting", "off"}});
+  EXPECT_EQ(makeJobSettings(request).core.cashDrawerSetting, 0);
+  request.ofJob = in({{"cash-drawer-setting", "before"}});
+  EXPECT_THROW(makeJobSettings(request), BadAttribute);
+}
+
+TEST(JobSettings, OfAJobThatChangesWhoMayOpenTheDrawerAreRefused) {
+  EXPECT_THROW(settingsOf({{"drawer-from", "anyone"}}), BadAttribute);
 }
 
 TEST(JobSettings, OfABadValueNameAttributeAndValue) {

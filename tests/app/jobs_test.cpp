@@ -12,6 +12,7 @@
 
 #include "tests/app/filter_of_pages.h"
 #include "tests/app/running_app.h"
+#include "tests/reference/page.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
 #include "tests/support/same_bytes.h"
@@ -200,6 +201,45 @@ TEST(AppJobs, CutAsTheirFinishingsSay) {
     EXPECT_EQ(count(bytes, kPartialCut), row.cut == kPartialCut ? 1U : 0U);
     EXPECT_EQ(count(bytes, kFullCut), row.cut == kFullCut ? 1U : 0U);
   }
+}
+
+// No option of a queue sets it, so there is no filter to compare with.
+TEST(AppJobs, PrintContrastAsTheReferenceDoes) {
+  RunningApp app;
+  std::size_t jobs = 0;
+  for (const int contrast : {-100, -30, 30, 100}) {
+    for (const int halftone : {0, 3, 8}) {
+      SCOPED_TRACE(std::to_string(contrast) + ", " + kHalftones[halftone]);
+      const RasterPage page = noisePage(576, 64, 5);
+      ASSERT_EQ(app.print(pwg({page}), kPwg,
+                          {JobAttribute::integer("contrast", contrast),
+                           JobAttribute::keyword("halftone-type", kHalftones[halftone])})
+                    .state,
+                IPP_JSTATE_COMPLETED);
+      const reference::PageOptions options = {
+          .contrast = contrast, .halftoneType = halftone, .removeBlankEdges = 15};
+      const reference::Bytes expected = reference::bytesOf(
+          reference::printImage(options, reinterpret_cast<const std::uint8_t*>(page.pixels.data()),
+                                576, 64, 576)
+              .commands);
+      const std::string bytes = app.waitForPapers(++jobs).back();
+      EXPECT_THAT(bytes, testing::HasSubstr(std::string(expected.begin(), expected.end())));
+    }
+  }
+}
+
+TEST(AppJobs, OfASecondDocumentPrintTheFirstWholeAndOnce) {
+  RunningApp app;
+  const std::string document = pwg({block(576, 80, 0, 80)});
+  const int id = app.createJob();
+  ASSERT_NE(id, 0);
+  EXPECT_EQ(app.sendDocument(id, document, kPwg, false), IPP_STATUS_OK);
+  EXPECT_EQ(app.sendDocument(id, document, kPwg, true),
+            IPP_STATUS_ERROR_MULTIPLE_JOBS_NOT_SUPPORTED);
+  EXPECT_EQ(app.waitFor(id).state, IPP_JSTATE_COMPLETED);
+  const auto papers = app.waitForPapers(1);
+  ASSERT_EQ(papers.size(), 1U);
+  EXPECT_EQ(dotRows(papers.at(0)), 80U);
 }
 
 TEST(AppJobs, ScaleAWidePageUnlessTheJobWantsItCut) {

@@ -17,10 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-struct DeleteIpp {
-  void operator()(ipp_t* message) const { ippDelete(message); }
-};
-using Ipp = std::unique_ptr<ipp_t, DeleteIpp>;
+constexpr const char* kResource = "/ipp/print/wren";
 
 struct CloseHttp {
   void operator()(http_t* http) const { httpClose(http); }
@@ -48,6 +45,11 @@ Ipp newRequest(ipp_op_t operation, const std::string& uri) {
   ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr,
                "tester");
   return request;
+}
+
+void addFormat(ipp_t* request, const std::string& format) {
+  ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+               format.c_str());
 }
 
 std::vector<std::string> split(const std::string& text) {
@@ -150,20 +152,36 @@ ProcessResult RunningApp::stop(int signal) {
   return result;
 }
 
+// Sends a request with a document behind it.
+Ipp RunningApp::send(Ipp request, const std::string& document) const {
+  const Http http = connect(port_);
+  if (http == nullptr) return nullptr;
+  const http_status_t sent = cupsSendRequest(http.get(), request.get(), kResource,
+                                             ippLength(request.get()) + document.size());
+  if (sent != HTTP_STATUS_CONTINUE) return nullptr;
+  if (!document.empty()) cupsWriteRequestData(http.get(), document.data(), document.size());
+  return Ipp(cupsGetResponse(http.get(), kResource));
+}
+
 JobOutcome RunningApp::submit(const std::string& document, const std::string& format,
                               const std::vector<JobAttribute>& attributes) {
-  const Http http = connect(port_);
-  if (http == nullptr) return {};
   Ipp request = newRequest(IPP_OP_PRINT_JOB, printerUri_);
-  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
-               format.c_str());
+  addFormat(request.get(), format);
   for (const JobAttribute& attribute : attributes) add(request.get(), attribute);
-  const http_status_t sent = cupsSendRequest(http.get(), request.get(), "/ipp/print/wren",
-                                             ippLength(request.get()) + document.size());
-  if (sent != HTTP_STATUS_CONTINUE) return {};
-  cupsWriteRequestData(http.get(), document.data(), document.size());
-  const Ipp response(cupsGetResponse(http.get(), "/ipp/print/wren"));
-  return outcomeOf(response.get());
+  return outcomeOf(send(std::move(request), document).get());
+}
+
+int RunningApp::createJob() {
+  return outcomeOf(send(newRequest(IPP_OP_CREATE_JOB, printerUri_), {}).get()).id;
+}
+
+ipp_status_t RunningApp::sendDocument(int jobId, const std::string& document,
+                                      const std::string& format, bool isLast) {
+  Ipp request = newRequest(IPP_OP_SEND_DOCUMENT, printerUri_);
+  ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
+  addFormat(request.get(), format);
+  ippAddBoolean(request.get(), IPP_TAG_OPERATION, "last-document", isLast ? 1 : 0);
+  return outcomeOf(send(std::move(request), document).get()).status;
 }
 
 JobOutcome RunningApp::print(const std::string& document, const std::string& format,
@@ -173,12 +191,9 @@ JobOutcome RunningApp::print(const std::string& document, const std::string& for
 }
 
 JobOutcome RunningApp::stateOf(int jobId) {
-  const Http http = connect(port_);
-  if (http == nullptr) return {};
   Ipp request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, printerUri_);
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
-  const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
-  return outcomeOf(response.get());
+  return outcomeOf(send(std::move(request), {}).get());
 }
 
 JobOutcome RunningApp::waitFor(int jobId, double seconds) {
@@ -193,11 +208,9 @@ JobOutcome RunningApp::waitFor(int jobId, double seconds) {
 }
 
 void RunningApp::cancel(int jobId) {
-  const Http http = connect(port_);
-  if (http == nullptr) return;
   Ipp request = newRequest(IPP_OP_CANCEL_JOB, printerUri_);
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
-  const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
+  send(std::move(request), {});
 }
 
 std::vector<std::string> RunningApp::papers() const {

@@ -18,6 +18,11 @@
 
 namespace wren_test {
 
+struct DeleteIpp {
+  void operator()(ipp_t* message) const { ippDelete(message); }
+};
+using Ipp = std::unique_ptr<ipp_t, DeleteIpp>;
+
 /// An attribute of a job.
 struct JobAttribute {
   std::string name;
@@ -74,6 +79,11 @@ class RunningApp {
   JobOutcome submit(const std::string& document, const std::string& format,
                     const std::vector<JobAttribute>& attributes = {});
 
+  /// The same in two requests: a job without a document, and its documents.
+  int createJob();
+  ipp_status_t sendDocument(int jobId, const std::string& document, const std::string& format,
+                            bool isLast);
+
   /// Waits until the job has ended, at most `seconds`.
   JobOutcome waitFor(int jobId, double seconds = 30.0);
   JobOutcome stateOf(int jobId);
@@ -93,6 +103,7 @@ class RunningApp {
 
  private:
   void start();
+  Ipp send(Ipp request, const std::string& document) const;
 
   AppSetup setup_;
   TemporaryFolder folder_;

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/client_origin.h"
+
+#include <cups/cups.h>
+#ifndef __APPLE__
+#include <dlfcn.h>
+#endif
+
+#ifndef __APPLE__
+namespace {
+
+// PAPPL has a thread for each client, which reads its requests and creates its jobs.
+thread_local bool clientIsLocal = true;
+
+using Read = ipp_state_t (*)(http_t*, ipp_t*);
+
+}  // namespace
+
+// Replaces the function of libcups for every caller of the process: PAPPL is the one.
+extern "C" ipp_state_t ippRead(http_t* http, ipp_t* message) {
+  static const auto read = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "ippRead"));
+  if (http != nullptr) clientIsLocal = httpAddrLocalhost(httpGetAddress(http)) != 0;
+  return read == nullptr ? IPP_STATE_ERROR : read(http, message);
+}
+#endif
+
+namespace wren::app {
+namespace {
+
+std::pair<int, int> keyOf(pappl_job_t* job) {
+  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+}
+
+}  // namespace
+
+bool currentClientIsLocal() {
+#ifdef __APPLE__
+  return false;
+#else
+  return clientIsLocal;
+#endif
+}
+
+void JobOrigins::watch(pappl_system_t* system) {
+  papplSystemSetEventCallback(system, onEvent, this);
+}
+
+void JobOrigins::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+                         pappl_event_t event, void* self) {
+  if (job == nullptr) return;
+  auto& origins = *static_cast<JobOrigins*>(self);
+  const std::lock_guard lock(origins.mutex_);
+  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) origins.local_[keyOf(job)] = currentClientIsLocal();
+  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) origins.local_.erase(keyOf(job));
+}
+
+bool JobOrigins::isLocal(pappl_job_t* job) const {
+  if (!isShared_) return true;
+  const std::lock_guard lock(mutex_);
+  const auto found = local_.find(keyOf(job));
+  return found != local_.end() && found->second;
+}
+
+}  // namespace wren::app

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Whether a job came from this machine. PAPPL does not tell its callbacks who the client is.
+
+#pragma once
+
+#include <pappl/pappl.h>
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+namespace wren::app {
+
+/// Whether the client whose request this thread read last is on this machine; true for a thread
+/// that has read none. Where a program cannot replace a function of a library that it is linked
+/// with, every client counts as far away.
+bool currentClientIsLocal();
+
+/// Remembers where jobs came from. Safe to use from several threads.
+class JobOrigins {
+ public:
+  /// @param isShared whether clients on other machines can reach the server.
+  explicit JobOrigins(bool isShared) : isShared_(isShared) {}
+
+  /// Starts to note each new job of the system. Outlives it.
+  void watch(pappl_system_t* system);
+
+  /// A job of an earlier process counts as far away if the server is shared now.
+  bool isLocal(pappl_job_t* job) const;
+
+ private:
+  using Key = std::pair<int, int>;  // printer and job
+
+  static void onEvent(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
+                      pappl_event_t event, void* self);
+
+  bool isShared_;
+  mutable std::mutex mutex_;
+  std::map<Key, bool> local_;
+};
+
+}  // namespace wren::app

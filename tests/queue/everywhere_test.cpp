@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// The printer application behind a queue that the scheduler makes by itself
+// (lpadmin -m everywhere): another program prints to it and knows nothing of it.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "escpos/reader.h"
+#include "tests/app/filter_of_pages.h"
+#include "tests/app/running_app.h"
+#include "tests/queue/delivered_job.h"
+#include "tests/support/same_bytes.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using wren_test::SameBytes;
+using wren_test::TemporaryFolder;
+
+// What is compared of two papers that were drawn by different renderers.
+struct Paper {
+  double lengthMm = 0;
+  double blackShare = 0;  // of the dots of the head, in percent
+  std::uint64_t cuts = 0;
+};
+
+Paper paperOf(const std::string& bytes) {
+  using namespace wren::escpos;
+  const Reading reading =
+      readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  EXPECT_TRUE(reading.problems.empty());
+  const RowRange rows = reading.paper.allRows();
+  std::vector<std::uint8_t> dots(576);
+  std::size_t black = 0;
+  for (std::uint64_t row = rows.first; row < rows.end; ++row) {
+    renderRow(reading.paper, row, dots);
+    black += static_cast<std::size_t>(std::count(dots.begin(), dots.end(), 1));
+  }
+  const auto length = static_cast<double>(rows.end - rows.first);
+  return {.lengthMm = length * 25.4 / 203,
+          .blackShare =
+              100.0 * static_cast<double>(black) / (static_cast<double>(dots.size()) * length),
+          .cuts = reading.totals.cuts};
+}
+
+class Everywhere : public testing::Test {
+ protected:
+  void SetUp() override {
+    // As for a till: nothing is chosen, and the receipt is cut.
+    ASSERT_EQ(run("lpadmin -p everywhere -E -v " + app_.printerUri() + " -m everywhere"), 0);
+  }
+  void TearDown() override { run("lpadmin -x everywhere"); }
+
+  std::string print(const std::string& file, const std::string& options = "") {
+    app_.forgetPages();
+    const int job = bench->submit("everywhere", options, file);
+    EXPECT_EQ(bench->waitForEnd(job), IPP_JSTATE_COMPLETED) << bench->scheduler.logTail();
+    const auto papers = app_.waitForPapers(++jobs_);
+    return papers.size() == jobs_ ? papers.back() : std::string();
+  }
+
+  std::string wrenPrint(const std::string& file) {
+    const TemporaryFolder folder;
+    const std::string out = folder.path() / "paper.prn";
+    EXPECT_EQ(run(std::string(WREN_PROGRAM) + " print " + bench->scheduler.work() + "/documents/" +
+                  file + " --out " + out + " >/dev/null"),
+              0);
+    return wren_test::readFile(out);
+  }
+
+  wren_test::RunningApp app_;
+  std::size_t jobs_ = 0;
+};
+
+TEST_F(Everywhere, PrintsTheBytesOfTheFilterAndCuts) {
+  for (const char* file : {"receipt.pdf", "photo.png", "order.txt"}) {
+    SCOPED_TRACE(file);
+    const std::string bytes = print(file);
+    EXPECT_THAT(bytes, SameBytes(wren_test::filterBytesOf(app_.pages(), {})));
+    EXPECT_EQ(paperOf(bytes).cuts, 1U);
+  }
+}
+
+TEST_F(Everywhere, PrintsWhatTheCommandPrintPrints) {
+  for (const char* file : {"receipt.pdf", "photo.png", "order.txt"}) {
+    SCOPED_TRACE(file);
+    const Paper paper = paperOf(print(file));
+    const Paper expected = paperOf(wrenPrint(file));
+    EXPECT_NEAR(paper.lengthMm, expected.lengthMm, 1.0);
+    EXPECT_NEAR(paper.blackShare, expected.blackShare, 1.0);
+  }
+}
+
+TEST_F(Everywhere, CutsWhereTheUserAsksForIt) {
+  EXPECT_EQ(paperOf(print("receipt.pdf", "-o CutMedia=Auto")).cuts, 1U);
+}
+
+}  // namespace
