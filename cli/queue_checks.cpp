@@ -3,6 +3,8 @@
 
 #include "cli/queue_checks.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "cli/console.h"
@@ -73,12 +75,6 @@ void checkDefaultChoices(const ExistingQueue& existing, Diagnosis& diagnosis, in
   }
 }
 
-void reportSavedOption(const std::string& file, const std::string& queue, const std::string& option,
-                       const std::string& problem, Diagnosis& diagnosis) {
-  diagnosis.bad(file + " has an option for '" + queue + "' without effect: " + problem,
-                "lpoptions -p " + queue + " -r " + shellWord(option));
-}
-
 // CUPS ignores in silence what the PPD does not know.
 void checkSavedOptions(const ExistingQueue& existing, const Installation& installation,
                        Diagnosis& diagnosis) {
@@ -97,7 +93,8 @@ void checkSavedOptions(const ExistingQueue& existing, const Installation& instal
       const std::string problem = problemOfOption(existing.printer, option, value);
       if (problem.empty()) continue;
       ++faults;
-      reportSavedOption(saved.file, name, option, problem, diagnosis);
+      diagnosis.bad(saved.file + " has an option for '" + name + "' without effect: " + problem,
+                    removalCommand(saved, name, option, geteuid() == 0));
     }
   }
   if (faults == 0)

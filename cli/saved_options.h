@@ -16,6 +16,7 @@ namespace wren::cli {
 
 struct SavedOptions {
   std::string file;
+  bool isOfMachine = false;  ///< Holds for all users, not for this one alone.
   JobOptions options;
 };
 
@@ -26,5 +27,10 @@ JobOptions parseSavedOptions(const std::string& text, const std::string& queue);
 /// @param configuration the folder of CUPS's configuration.
 std::vector<SavedOptions> readSavedOptions(const std::string& configuration,
                                            const std::string& queue);
+
+/// The shell command that removes an option of a queue and its instances from the file.
+/// @param isRoot whether root is to call it.
+std::string removalCommand(const SavedOptions& saved, const std::string& queue,
+                           const std::string& option, bool isRoot);
 
 }  // namespace wren::cli

@@ -9,8 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/saved_options.h"
-
 namespace wren::cli {
 namespace {
 
@@ -56,16 +54,6 @@ TEST(RendererErrors, AreTheFirstWordsOfTheRendererItself) {
       {"", ""},
   };
   for (const auto& [log, error] : kLogs) EXPECT_EQ(firstRendererError(log), error);
-}
-
-TEST(SavedOptions, AreThoseOfTheQueueWithAllItsInstances) {
-  const char* text =
-      "Default till HalftoneType=Stuki cpi=14\nDest till/draft Brightness=5\n"
-      "Dest tiller PageType=1\nnonsense\n\nDest\n";
-  EXPECT_THAT(parseSavedOptions(text, "till"),
-              testing::UnorderedElementsAre(Pair("HalftoneType", "Stuki"), Pair("cpi", "14"),
-                                            Pair("Brightness", "5")));
-  EXPECT_THAT(parseSavedOptions(text, "bar"), ElementsAre());
 }
 
 }  // namespace

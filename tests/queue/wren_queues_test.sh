@@ -200,6 +200,9 @@ finds_saved_options_without_effect() {
   mkdir -p home/.cups
   echo "Dest till HalftoneType=Stuki" >home/.cups/lpoptions
   fixes "$HOME/.cups/lpoptions has an option for 'till' without effect: HalftoneType has no choice 'Stuki'"
+  echo "Dest till HalftoneType=Stuki" >"$system/etc/cups/lpoptions"
+  fixes "$system/etc/cups/lpoptions has an option for 'till' without effect: HalftoneType has no choice 'Stuki'"
+  rm "$system/etc/cups/lpoptions"
   sed -i 's/^\*DefaultHalftoneType:.*/*DefaultHalftoneType: Bogus/' "$system/etc/cups/ppd/till.ppd"
   fixes "the queue 'till' has a default that its PPD does not know: HalftoneType=Bogus"
 }
