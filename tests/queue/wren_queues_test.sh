@@ -96,7 +96,7 @@ adds_a_queue() {
 finds_faults_of_the_filter() {
   chmod g+w "$filter"
   finds "$filter has owner 0 and mode 775; CUPS refuses it"
-  ! grep -q 'runs on this machine' answer || die "doctor runs a filter that others could have changed"
+  ! grep -q 'the filter runs on this machine' answer || die "doctor runs a filter that others could have changed"
   fixes "$filter has owner 0 and mode 775; CUPS refuses it"
   chmod 700 "$filter"
   fixes "$filter has owner 0 and mode 700; CUPS refuses it"
