@@ -3,6 +3,10 @@
 
 #include "cli/queue_command.h"
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 #include "cli/console.h"
 #include "cli/failure.h"
 #include "cli/queue_access.h"
@@ -11,15 +15,9 @@
 namespace wren::cli {
 namespace {
 
-using job::CommandKind;
-
-CommandKind kindOf(const std::string& name) {
-  if (name == "drawer") return CommandKind::kOpenDrawer;
-  if (name == "beep") return CommandKind::kBeep;
-  if (name == "cut") return CommandKind::kCut;
-  if (name == "feed") return CommandKind::kFeed;
-  return CommandKind::kPrintSelfTestPage;
-}
+// In the order of `job::kCommandNames`.
+constexpr std::array<std::string_view, job::kCommandNames.size()> kQueueCommands = {
+    "drawer", "beep", "cut", "feed", "selftest"};
 
 Queue findQueue(Scheduler& scheduler, const std::string& name) {
   const auto queue = scheduler.find(name);
@@ -32,8 +30,14 @@ Queue findQueue(Scheduler& scheduler, const std::string& name) {
 
 }  // namespace
 
+bool isQueueCommand(const std::string& name) {
+  return std::find(kQueueCommands.begin(), kQueueCommands.end(), name) != kQueueCommands.end();
+}
+
 std::string commandLineFor(const std::string& name, const QueueCommandArguments& arguments) {
-  std::string line = job::kCommandNames.at(static_cast<std::size_t>(kindOf(name)));
+  const auto* command = std::find(kQueueCommands.begin(), kQueueCommands.end(), name);
+  std::string line =
+      job::kCommandNames.at(static_cast<std::size_t>(command - kQueueCommands.begin()));
   if (!arguments.cut.empty()) line += " " + arguments.cut;
   if (arguments.feedMm > 0) line += " " + std::to_string(arguments.feedMm);
   return line;

@@ -15,8 +15,10 @@ struct QueueCommandArguments {
   int feedMm = 0;
 };
 
-/// The line of a command file for a command of `wren`, such as "Feed 20" for "feed".
-/// @param name one of the five commands.
+/// Whether a command of `wren` is one of the five.
+bool isQueueCommand(const std::string& name);
+
+/// The line of a command file for one of the five, such as "Feed 20" for "feed".
 std::string commandLineFor(const std::string& name, const QueueCommandArguments& arguments);
 
 /// Sends the command `name` as a job. Returns the exit status.

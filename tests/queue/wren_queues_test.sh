@@ -36,6 +36,7 @@ chmod +x stand-in/*
 PATH=$PWD/stand-in:$PATH
 uri="socket://127.0.0.1:$port/?waiteof=false&snmp=false"
 filter=$(compgen -G "$system/usr/lib*/cups/filter/rastertowren")
+command_filter=$(dirname "$filter")/commandtowren
 
 die() {
   printf 'wren: %s\n' "$*" >&2
@@ -109,6 +110,13 @@ finds_faults_of_the_filter() {
   rm "$filter"
   finds "the filter is not installed as $filter"
   mv kept "$filter"
+  mv "$command_filter" kept
+  finds "the filter for commands is not installed as $command_filter"
+  expect_status 4 wren add-queue other "$uri"
+  expect_words "the filter is not installed as $command_filter"
+  mv kept "$command_filter"
+  chmod o+w "$command_filter"
+  fixes "$command_filter has owner 0 and mode 757; CUPS refuses it"
   is_sound
 }
 
