@@ -51,8 +51,11 @@ int runQueueCommand(const std::string& name, const QueueCommandArguments& argume
   int id = 0;
   const Answer answer = scheduler.sendCommands(
       queue.name, "wren " + name, std::string(job::kCommandFileHead) + "\n" + line + "\n", id);
-  checkAnswer(answer, "the queue '" + queue.name + "' does not take the command",
-              "wren " + name + " " + shellWord(queue.name));
+  if (!answer.done) {
+    throw Failure(kFailed, "the queue '" + queue.name +
+                               "' does not take the command: " + answer.reason + " (wren doctor " +
+                               shellWord(queue.name) + " says more)");
+  }
   say("the queue '" + queue.name + "' has taken " + line + " as job " + std::to_string(id));
   if (queue.isStopped) {
     note("the queue '" + queue.name +

@@ -102,12 +102,32 @@ TEST(QueueCommands, WaitInAStoppedQueue) {
   EXPECT_THAT(bench->takeReceived(), SameBytes(kPulse));
 }
 
+// What wren says of a command that fails.
+std::string refusalOf(const std::string& arguments) {
+  // A failed command has no output for outputOf.
+  return outputOf(wrenCommand(arguments + " 2>&1 || test $? -eq 1"));
+}
+
 TEST(QueueCommands, AreRefusedForQueuesThatCannotDoThem) {
-  EXPECT_EQ(run(wrenCommand("drawer nobody 2>&1 | grep -qx \"wren: there is no queue 'nobody'\"")),
-            0);
+  EXPECT_EQ(refusalOf("drawer nobody"), "wren: there is no queue 'nobody'\n");
   ASSERT_EQ(run("cupsreject wren80"), 0);
-  EXPECT_EQ(run(wrenCommand("drawer wren80 >/dev/null 2>&1")), 1);
+  EXPECT_THAT(refusalOf("drawer wren80"),
+              testing::StartsWith("wren: the queue 'wren80' does not take the command: "));
   ASSERT_EQ(run("cupsaccept wren80"), 0);
+}
+
+// Its PPD names no filter for commands.
+TEST(QueueCommands, AreRefusedForAQueueOfAnEarlierVersion) {
+  const std::string work = bench->scheduler.work();
+  ASSERT_EQ(run("sed '/commandtowren/d; /cupsCommands/d' " + work + "/ppd/wren80.ppd >" + work +
+                "/earlier.ppd && lpadmin -p earlier80 -E -v socket://127.0.0.1:1/ -P " + work +
+                "/earlier.ppd 2>/dev/null"),
+            0);
+  EXPECT_THAT(
+      refusalOf("drawer earlier80"),
+      testing::AllOf(testing::StartsWith("wren: the queue 'earlier80' does not take the command: "),
+                     testing::EndsWith(" (wren doctor earlier80 says more)\n")));
+  EXPECT_EQ(run("lpadmin -x earlier80"), 0);
 }
 
 // One request to the scheduler, as text; the answer up to its end.
