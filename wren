@@ -73,6 +73,21 @@ The program wren, built here and run at once (./wren COMMAND --help for its opti
   remove-queue NAME
         Removes such a queue.
         Example: ./wren remove-queue till
+  drawer QUEUE
+        Opens the cash drawer of a queue's printer, without paper.
+        Example: ./wren drawer till
+  beep QUEUE
+        Sounds its buzzer.
+        Example: ./wren beep till
+  cut QUEUE [full|partial]
+        Cuts the paper.
+        Example: ./wren cut till full
+  feed QUEUE MM
+        Feeds paper.
+        Example: ./wren feed till 20
+  selftest QUEUE
+        Prints a page that shows what the printer can do.
+        Example: ./wren selftest till
   doctor [QUEUE]
         Checks everything between a document and the printer, and names for each
         finding the command that fixes it.
@@ -133,7 +148,8 @@ main() {
   local command=${1:-help}
   shift || true
   case $command in
-    print | halftones | preview | devices | add-queue | remove-queue | doctor | uninstall)
+    print | halftones | preview | devices | add-queue | remove-queue | drawer | beep | cut | feed | \
+      selftest | doctor | uninstall)
       hand_over "$command" "$@"
       ;;
     test | bench | package | lint | fuzz | mutate)

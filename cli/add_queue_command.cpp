@@ -50,9 +50,11 @@ std::string commandFor(const AddQueueArguments& arguments) {
 }
 
 void checkInstalled(const Installation& installation) {
-  if (access(installation.filter().c_str(), X_OK) == 0) return;
-  throw Failure(kSetup, "the filter is not installed as " + installation.filter() +
-                            "; install the package printer-driver-wren");
+  for (const std::string& filter : {installation.filter(), installation.commandFilter()}) {
+    if (access(filter.c_str(), X_OK) == 0) continue;
+    throw Failure(kSetup, "the filter is not installed as " + filter +
+                              "; install the package printer-driver-wren");
+  }
 }
 
 std::optional<ExistingQueue> existingQueue(Scheduler& scheduler, const std::string& name) {

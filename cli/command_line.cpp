@@ -5,6 +5,7 @@
 
 #include "cli/console.h"
 #include "cli/installation.h"
+#include "job/printer_commands.h"
 
 namespace wren::cli {
 namespace {
@@ -133,6 +134,28 @@ void addRemoveQueue(CLI::App& app, RemoveQueueArguments& queue) {
   command->add_flag("--dry-run", queue.dryRun, "Say what would change, and change nothing");
 }
 
+CLI::App* addQueueCommand(CLI::App& app, const char* name, const char* summary, const char* example,
+                          QueueCommandArguments& command) {
+  CLI::App* added = addCommand(app, name, summary, example);
+  added->add_option("QUEUE", command.queue, "Name of the queue")->required();
+  return added;
+}
+
+void addQueueCommands(CLI::App& app, QueueCommandArguments& command) {
+  addQueueCommand(app, "drawer", "Open the cash drawer, without paper", "wren drawer till",
+                  command);
+  addQueueCommand(app, "beep", "Sound the buzzer", "wren beep till", command);
+  addQueueCommand(app, "cut", "Cut the paper", "wren cut till full", command)
+      ->add_option("KIND", command.cut, "full or partial (default: as the queue cuts)")
+      ->check(CLI::IsMember({"full", "partial"}));
+  addQueueCommand(app, "feed", "Feed paper", "wren feed till 20", command)
+      ->add_option("MM", command.feedMm, "Millimetres, 1 to 1000")
+      ->required()
+      ->check(CLI::Range(1, job::kMaxFeedMm));
+  addQueueCommand(app, "selftest", "Print a page that shows what the printer can do",
+                  "wren selftest till", command);
+}
+
 void addDoctor(CLI::App& app, DoctorArguments& doctor) {
   CLI::App* command = addCommand(
       app, "doctor", "Check everything between a document and the printer", "wren doctor till");
@@ -169,6 +192,7 @@ std::unique_ptr<CLI::App> makeOptionTree(CommandLine& line) {
   addDevices(*app, line.devices);
   addAddQueue(*app, line.addQueue);
   addRemoveQueue(*app, line.removeQueue);
+  addQueueCommands(*app, line.queueCommand);
   addDoctor(*app, line.doctor);
   addUninstall(*app, line.uninstall);
   addCompletions(*app, line.shell);

@@ -16,6 +16,7 @@
 #include "cli/doctor_command.h"
 #include "cli/halftones_command.h"
 #include "cli/print_command.h"
+#include "cli/queue_command.h"
 #include "cli/uninstall_command.h"
 
 namespace wren::cli {
@@ -27,6 +28,7 @@ struct CommandLine {
   DevicesArguments devices;
   AddQueueArguments addQueue;
   RemoveQueueArguments removeQueue;
+  QueueCommandArguments queueCommand;  ///< of drawer, beep, cut, feed and selftest
   DoctorArguments doctor;
   UninstallArguments uninstall;
   std::string shell;  ///< of the hidden command `completions`

@@ -50,8 +50,12 @@ constexpr char kBashCases[] = R"sh(" -- "$word")
   fi
   case $before in
     --paper) mapfile -t COMPREPLY < <(compgen -W "58 80 112" -- "$word"); return ;;
-    remove-queue | doctor) mapfile -t COMPREPLY < <(compgen -W "$(lpstat -e 2>/dev/null)" -- "$word") ;;
+    remove-queue | doctor | drawer | beep | cut | feed | selftest) mapfile -t COMPREPLY < <(compgen -W "$(lpstat -e 2>/dev/null)" -- "$word") ;;
   esac
+  if [[ $command == cut ]] && ((COMP_CWORD == 3)); then
+    mapfile -t COMPREPLY < <(compgen -W "full partial" -- "$word")
+    return
+  fi
   local options=""
   case $command in
 )sh";

@@ -81,7 +81,7 @@ int runDoctor(const DoctorArguments& arguments) {
   Diagnosis diagnosis(arguments.json);
   checkPrograms(diagnosis);
   checkFonts(diagnosis);
-  checkFilter(installation, diagnosis);
+  checkFilters(installation, diagnosis);
   checkPpds(installation, diagnosis);
   checkImageFolder(installation, diagnosis);
   Scheduler scheduler;

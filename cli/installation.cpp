@@ -41,6 +41,10 @@ std::string Installation::filter() const {
   return root_ + WREN_CUPS_SERVERBIN "/filter/rastertowren";
 }
 
+std::string Installation::commandFilter() const {
+  return root_ + WREN_CUPS_SERVERBIN "/filter/commandtowren";
+}
+
 std::string Installation::ppdFolder() const {
   return root_ + WREN_PPD_INSTALL_DIR;
 }

@@ -25,6 +25,8 @@ class Installation {
   explicit Installation(std::string root = {}) : root_(std::move(root)) {}
 
   std::string filter() const;
+  /// The filter for commands.
+  std::string commandFilter() const;
   std::string ppdFolder() const;
   std::string ppd(int paper) const;
   /// Where the print system keeps jobs, and below it the debug images.

@@ -33,6 +33,7 @@ int runCommand(CLI::App& app, const CommandLine& line) {
   if (name == "remove-queue") return runRemoveQueue(line.removeQueue);
   if (name == "doctor") return runDoctor(line.doctor);
   if (name == "uninstall") return runUninstall(line.uninstall);
+  if (isQueueCommand(name)) return runQueueCommand(name, line.queueCommand);
   std::cout << writeCompletions(app, line.shell);
   return kDone;
 }

@@ -194,6 +194,24 @@ Answer Scheduler::remove(const std::string& name) {
   return lastAnswer();
 }
 
+Answer Scheduler::sendCommands(const std::string& queue, const std::string& title,
+                               const std::string& text, int& job) {
+  const Ipp request(ippNewRequest(IPP_OP_PRINT_JOB));
+  addUri(request.get(), queue);
+  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "job-name", nullptr, title.c_str());
+  ippAddString(request.get(), IPP_TAG_OPERATION, IPP_CONST_TAG(IPP_TAG_MIMETYPE), "document-format",
+               nullptr, "application/vnd.cups-command");
+  const std::string resource = "/printers/" + queue;
+  const std::size_t length = ippLength(request.get()) + text.size();
+  if (cupsSendRequest(http_.get(), request.get(), resource.c_str(), length) ==
+      HTTP_STATUS_CONTINUE) {
+    cupsWriteRequestData(http_.get(), text.data(), text.size());
+  }
+  const Ipp answer(cupsGetResponse(http_.get(), resource.c_str()));
+  job = ippGetInteger(ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER), 0);
+  return lastAnswer();
+}
+
 Answer Scheduler::findDevices(const std::string& schemes, int seconds,
                               std::vector<Device>& devices) {
   ipp_t* request = ippNewRequest(IPP_OP_CUPS_GET_DEVICES);

@@ -75,6 +75,10 @@ class Scheduler {
   /// Adds a queue or changes it; it takes and prints jobs afterwards.
   Answer put(const QueueSetup& setup);
   Answer remove(const std::string& name);
+  /// Sends a job of commands (application/vnd.cups-command), which needs no rights.
+  /// @param job its number.
+  Answer sendCommands(const std::string& queue, const std::string& title, const std::string& text,
+                      int& job);
   /// @param schemes such as "usb"; empty for all.
   Answer findDevices(const std::string& schemes, int seconds, std::vector<Device>& devices);
 

@@ -117,6 +117,27 @@ std::uint64_t kilobytesOfImages(const std::string& folder) {
   return kilobytes;
 }
 
+/// @param name how users read of it.
+/// @param isInOurs whether nobody else can change its folder.
+void checkFilter(const std::string& filter, const std::string& name, bool isInOurs,
+                 Diagnosis& diagnosis) {
+  if (access(filter.c_str(), F_OK) != 0) {
+    diagnosis.bad(name + " is not installed as " + filter, reinstall());
+    return;
+  }
+  const bool isOurs = checkOwnerAndMode(filter, diagnosis);
+  // A file that others can write to is not executed, least of all as root.
+  if (!isOurs || !isInOurs) return;
+  const int status = runChild({filter}, -1, -1);
+  if (status == 1) {
+    diagnosis.good(name + " runs on this machine (" + machine() + ")");
+  } else {
+    diagnosis.bad(name + " does not run on this machine (" + machine() + ", status " +
+                      std::to_string(status) + ")",
+                  reinstall());
+  }
+}
+
 }  // namespace
 
 void checkPrograms(Diagnosis& diagnosis) {
@@ -138,24 +159,11 @@ void checkFonts(Diagnosis& diagnosis) {
   }
 }
 
-void checkFilter(const Installation& installation, Diagnosis& diagnosis) {
-  const std::string filter = installation.filter();
-  if (access(filter.c_str(), F_OK) != 0) {
-    diagnosis.bad("the filter is not installed as " + filter, reinstall());
-    return;
-  }
-  const bool isOurs = checkOwnerAndMode(filter, diagnosis);
-  const bool isInOurs = checkOwnerAndMode(fs::path(filter).parent_path().string(), diagnosis);
-  // A file that others can write to is not executed, least of all as root.
-  if (!isOurs || !isInOurs) return;
-  const int status = runChild({filter}, -1, -1);
-  if (status == 1) {
-    diagnosis.good("the filter runs on this machine (" + machine() + ")");
-  } else {
-    diagnosis.bad("the filter does not run on this machine (" + machine() + ", status " +
-                      std::to_string(status) + ")",
-                  reinstall());
-  }
+void checkFilters(const Installation& installation, Diagnosis& diagnosis) {
+  const std::string folder = fs::path(installation.filter()).parent_path();
+  const bool isInOurs = access(folder.c_str(), F_OK) == 0 && checkOwnerAndMode(folder, diagnosis);
+  checkFilter(installation.filter(), "the filter", isInOurs, diagnosis);
+  checkFilter(installation.commandFilter(), "the filter for commands", isInOurs, diagnosis);
 }
 
 void checkPpds(const Installation& installation, Diagnosis& diagnosis) {

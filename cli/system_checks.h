@@ -16,7 +16,7 @@ namespace wren::cli {
 void checkPrograms(Diagnosis& diagnosis);
 /// Only text files need fonts of the system: what is missing is advice.
 void checkFonts(Diagnosis& diagnosis);
-void checkFilter(const Installation& installation, Diagnosis& diagnosis);
+void checkFilters(const Installation& installation, Diagnosis& diagnosis);
 void checkPpds(const Installation& installation, Diagnosis& diagnosis);
 void checkImageFolder(const Installation& installation, Diagnosis& diagnosis);
 

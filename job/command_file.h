@@ -18,7 +18,7 @@ namespace wren::job {
 inline constexpr std::string_view kCommandFileHead = "#CUPS-COMMAND";
 
 /// Limits of a command file: its bytes, the bytes of a line, its commands.
-inline constexpr std::size_t kMaxCommandFile = 64 * 1024;
+inline constexpr std::size_t kMaxCommandFile = 65536;
 inline constexpr std::size_t kMaxCommandLine = 1023;
 inline constexpr std::size_t kMaxCommands = 100;
 

@@ -217,7 +217,7 @@ std::vector<std::string> settingsLines(const Settings& settings) {
 }
 
 void addSettings(Roll& roll, const Settings& settings) {
-  constexpr std::size_t kColumnDots = 32 * kGlyphAdvance;
+  constexpr std::size_t kColumnDots = std::size_t{32} * kGlyphAdvance;
   const std::vector<std::string> lines = settingsLines(settings);
   const std::size_t columns = std::max<std::size_t>(1, roll.width() / kColumnDots);
   const std::size_t rows = (lines.size() + columns - 1) / columns;

@@ -58,7 +58,7 @@ bench_print() {
   build bench wren-bench-print
   ((EUID != 0)) || mode=root
   "$WREN_ROOT/tests/queue/run_queue_test.sh" "$mode" "$bin/bench/wren-bench-print" \
-    "$bin/filter/rastertowren" "$bin/cli/wren" "$bin/ppd" "$WREN_ROOT" "$pairs" ||
+    "$bin/filter/rastertowren" "$bin/filter/commandtowren" "$bin/cli/wren" "$bin/ppd" "$WREN_ROOT" "$pairs" ||
     fail "$STATUS_FAILED" "the print time was not measured"
 }
 

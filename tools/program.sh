@@ -22,7 +22,7 @@ hand_over() {
     preview | --version) need build ;;
     *) need build chain ;;
   esac
-  build release wren rastertowren wren_ppds wren-preview
+  build release wren rastertowren commandtowren wren_ppds wren-preview
   case $command in
     print | halftones) places=(--into "$WREN_ROOT/build/$command") ;;
     add-queue | doctor | uninstall) [[ -z $SYSTEM_ROOT ]] || places=(--root "$SYSTEM_ROOT") ;;
@@ -49,7 +49,9 @@ run_as_root() {
 cups_serverbin() { cups-config --serverbin 2>/dev/null || echo /usr/lib/cups; }
 
 is_installed() {
-  [[ -x $SYSTEM_ROOT$(cups_serverbin)/filter/rastertowren && -r $SYSTEM_ROOT/usr/share/ppd/wren/wren80.ppd ]]
+  local filters
+  filters=$SYSTEM_ROOT$(cups_serverbin)/filter
+  [[ -x $filters/rastertowren && -x $filters/commandtowren && -r $SYSTEM_ROOT/usr/share/ppd/wren/wren80.ppd ]]
 }
 
 # No package manager knows these files; ./wren uninstall finds them in the list that is left.

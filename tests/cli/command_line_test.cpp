@@ -39,8 +39,9 @@ TEST(OptionTree, HasTheCommandsOfTheManual) {
   const auto app = makeOptionTree(line);
   std::vector<std::string> names;
   for (const CLI::App* command : commandsOf(*app)) names.push_back(command->get_name());
-  EXPECT_THAT(names, ElementsAre("print", "preview", "halftones", "devices", "add-queue",
-                                 "remove-queue", "doctor", "uninstall"));
+  EXPECT_THAT(names,
+              ElementsAre("print", "preview", "halftones", "devices", "add-queue", "remove-queue",
+                          "drawer", "beep", "cut", "feed", "selftest", "doctor", "uninstall"));
 }
 
 TEST(OptionTree, ShowsAnExampleOfEachCommand) {
@@ -116,12 +117,38 @@ TEST(OptionTree, RefusesWrongUsage) {
       {"add-queue", "till", "usb://x", "80", "more"},
       {"add-queue", "--from", "x.json", "till", "usb://x"},
       {"remove-queue"},
+      {"drawer"},
+      {"drawer", "till", "now"},
+      {"cut", "till", "half"},
+      {"feed", "till"},
+      {"feed", "till", "0"},
+      {"feed", "till", "1001"},
+      {"feed", "till", "2.5"},
+      {"feed", "20"},
+      {"selftest", "a", "b"},
       {"doctor", "a", "b"},
       {"uninstall", "now"},
       {"completions", "fish"},
   };
   for (const auto& arguments : kWrong) {
     EXPECT_THROW(parsed(arguments), CLI::ParseError) << testing::PrintToString(arguments);
+  }
+}
+
+TEST(OptionTree, MakesALineOfACommandFileOfACommandForAQueue) {
+  const std::pair<std::vector<std::string>, const char*> kCommands[] = {
+      {{"drawer", "till"}, "OpenDrawer"},
+      {{"beep", "till"}, "Beep"},
+      {{"cut", "till"}, "Cut"},
+      {{"cut", "till", "full"}, "Cut full"},
+      {{"cut", "till", "partial"}, "Cut partial"},
+      {{"feed", "till", "20"}, "Feed 20"},
+      {{"selftest", "till"}, "PrintSelfTestPage"},
+  };
+  for (const auto& [arguments, expected] : kCommands) {
+    const auto command = parsed(arguments).queueCommand;
+    EXPECT_EQ(command.queue, "till");
+    EXPECT_EQ(commandLineFor(arguments[0], command), expected);
   }
 }
 
@@ -149,6 +176,9 @@ TEST(Completions, OfferCommandsOptionsAndPapers) {
   EXPECT_EQ(offeredFor("wren add-queue till usb://x --re"), "--replace\n");
   EXPECT_EQ(offeredFor("wren print --paper ''"), "58 80 112\n");
   EXPECT_EQ(offeredFor("wren doctor --ra"), "\n");
+  EXPECT_EQ(offeredFor("wren cut till ''"), "full partial\n");
+  EXPECT_EQ(offeredFor("wren cut till p"), "partial\n");
+  EXPECT_EQ(offeredFor("wren feed till ''"), "\n");
 }
 
 TEST(Completions, DoNotShowWhatIsHidden) {

@@ -27,8 +27,8 @@ class WrenProgramUsage : public WrenProgram {
 TEST_F(WrenProgramUsage, AnswersHelpAndVersionOfEveryCommand) {
   EXPECT_THAT(done({"--help"}).out, HasSubstr("add-queue"));
   EXPECT_EQ(done({"--version"}).out, "wren " WREN_VERSION "\n");
-  for (const char* command :
-       {"print", "halftones", "devices", "add-queue", "remove-queue", "doctor", "uninstall"}) {
+  for (const char* command : {"print", "halftones", "devices", "add-queue", "remove-queue",
+                              "drawer", "beep", "cut", "feed", "selftest", "doctor", "uninstall"}) {
     EXPECT_THAT(done({command, "--help"}).out, HasSubstr("Example: ")) << command;
     EXPECT_EQ(done({command, "--version"}).out, "wren " WREN_VERSION "\n") << command;
   }
@@ -44,6 +44,15 @@ TEST_F(WrenProgramUsage, IsRefusedInOneLine) {
   EXPECT_THAT(refusal(2, {"add-queue", "till"}),
               HasSubstr("NAME and ADDRESS, or --from FILE.json, is required"));
   EXPECT_THAT(refusal(2, {"print", "a\nb", "--paper", "5\n8"}), HasSubstr("--paper"));
+}
+
+TEST_F(WrenProgramUsage, CommandsForAQueueNeedAScheduler) {
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"drawer", "till"},
+                                                  {"beep", ""},
+                                                  {"cut", "till", "full"},
+                                                  {"feed", "till", "9"}}) {
+    EXPECT_THAT(refusal(1, command), StartsWith("the scheduler does not run; start it with: "));
+  }
 }
 
 TEST_F(WrenProgramUsage, HandsPreviewItsArguments) {

@@ -66,7 +66,7 @@ into=$'--into\n'$tree/build
 
 calls $'print\n'"$into/print"$'\na b.pdf\n-oX=Y\n--paper=80' "$tree/wren" print "a b.pdf" -oX=Y --paper=80
 grep -qx 'cmake --preset release' log || die "it was not configured"
-grep -qx 'cmake --build --preset release --target wren rastertowren wren_ppds wren-preview' log || die "not built: $(cat log)"
+grep -qx 'cmake --build --preset release --target wren rastertowren commandtowren wren_ppds wren-preview' log || die "not built: $(cat log)"
 [[ ! -s noted ]] || die "a call without a terminal says: $(cat noted)"
 
 # Through links, from another folder.
@@ -89,7 +89,7 @@ grep -qx "wren: this checkout was at $work/other before; building again" noted |
 
 # Help of each command, the first time before anything is built.
 rm -r "$tree/build/release" log
-for command in print preview halftones devices add-queue remove-queue doctor uninstall test bench package lint fuzz mutate; do
+for command in print preview halftones devices add-queue remove-queue drawer beep cut feed selftest doctor uninstall test bench package lint fuzz mutate; do
   "$tree/wren" "$command" --help >said 2>/dev/null || die "$command --help ended with $?"
   grep -q "^  $command" said || die "$command --help says: $(cat said)"
   grep -q "Example: ./wren $command" said || die "$command --help has no example: $(cat said)"

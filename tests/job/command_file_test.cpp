@@ -127,7 +127,8 @@ TEST(CommandFile, WithoutItsHeadIsRefused) {
 // Messages reach a log and a terminal.
 TEST(CommandFile, IsQuotedInPrintableLettersOnly) {
   EXPECT_THAT(parsed(std::string("\x1B[2J\0\xC3\xA9 x", 8)).errors,
-              ElementsAre("Line 2: unknown command '?[2J??" "?'"));
+              ElementsAre("Line 2: unknown command '?[2J??"
+                          "?'"));
   EXPECT_THAT(parsed(std::string(200, 'a')).errors,
               ElementsAre("Line 2: unknown command '" + std::string(40, 'a') + "...'"));
   EXPECT_THAT(parsed("Cut \x07%s%n").errors,

@@ -2,15 +2,15 @@
 # SPDX-License-Identifier: MIT
 # Copyright (c) 2026 the Wren developers
 #
-# run_queue_test.sh root|user|no-mount PROGRAM FILTER WREN PPD-FOLDER ROOT [GTEST-ARGUMENT...]
+# run_queue_test.sh root|user|no-mount PROGRAM FILTER COMMAND-FILTER WREN PPD-FOLDER ROOT [GTEST-ARGUMENT...]
 #
 # Prepares a folder for a private scheduler and runs the test program there. "user"
 # drops root first; "no-mount" also behaves as if mounting were not allowed. The
 # debug images of the filter go to a private spool folder.
 set -euo pipefail
 
-mode=$1 program=$2 filter=$3 wren=$4 ppds=$5 root=$6
-shift 6
+mode=$1 program=$2 filter=$3 command_filter=$4 wren=$5 ppds=$6 root=$7
+shift 7
 if [[ $mode == root ]] && ((EUID != 0)); then
   echo "not root: the scheduler cannot be run as root"
   exit 77
@@ -29,11 +29,12 @@ serverbin=$(cups-config --serverbin 2>/dev/null || echo /usr/lib/cups)
 
 prepare_programs() {
   local name
-  mkdir -p "$work"/bin/{backend,daemon,filter,notifier,monitor}
-  for name in backend daemon filter notifier monitor; do
+  mkdir -p "$work"/bin/{backend,cgi-bin,daemon,filter,notifier,monitor}
+  for name in backend cgi-bin daemon filter notifier monitor; do
     find "$serverbin/$name" -mindepth 1 -maxdepth 1 -exec ln -s -t "$work/bin/$name" {} +
   done
   install -m 0755 "$filter" "$(relocated_filter)" "$work/bin"
+  install -m 0755 "$command_filter" "$work/bin"
   install -m 0755 "$program" "$work/bin/queue_test"
   # Only these backends are used; some of the others require root.
   find "$work/bin/backend" -type l ! -name socket ! -name ipp -delete
@@ -50,6 +51,7 @@ relocated_filter() { echo "$(dirname "$(dirname "$filter")")/tests/relocated_fil
 prepare_system() {
   mkdir -p "$work"/system/{etc,var,usr/share/ppd/wren} "$work/system$serverbin/filter" "$work"/program/{cli,ppd}
   install -m 0755 "$filter" "$work/system$serverbin/filter/rastertowren"
+  install -m 0755 "$command_filter" "$work/system$serverbin/filter/commandtowren"
   cp "$ppds"/*.ppd "$work/system/usr/share/ppd/wren"
   ln -s "$work/root" "$work/system/etc/cups"
   ln -s "$work/spool" "$work/system/var/spool"
@@ -110,7 +112,9 @@ chmod -R a+rwX "\$run"
 exec $become "\$@" < <(umask 0 && exec tee "\$run/raster")
 SCRIPT
   printf '#!/usr/bin/env bash\n%s\nexec %s "$@"\n' "$leak_check" "$become" >"$work/bin/direct_run"
-  chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/direct_run"
+  printf '#!/usr/bin/env bash\n%s\nexec %s "$@"\n' "$leak_check" "$work/bin/commandtowren" \
+    >"$work/bin/filter/commandtowren"
+  chmod 0755 "$work/bin/filter/rastertowren" "$work/bin/filter/commandtowren" "$work/bin/direct_run"
 }
 
 prepare_programs

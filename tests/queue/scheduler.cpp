@@ -19,7 +19,7 @@ constexpr const char* kPolicy = R"(
 LogLevel info
 MaxLogSize 0
 Browsing No
-WebInterface No
+WebInterface Yes
 DefaultAuthType None
 JobRetryLimit 1
 ErrorPolicy abort-job

@@ -36,6 +36,7 @@ chmod +x stand-in/*
 PATH=$PWD/stand-in:$PATH
 uri="socket://127.0.0.1:$port/?waiteof=false&snmp=false"
 filter=$(compgen -G "$system/usr/lib*/cups/filter/rastertowren")
+command_filter=$(dirname "$filter")/commandtowren
 
 die() {
   printf 'wren: %s\n' "$*" >&2
@@ -96,7 +97,7 @@ adds_a_queue() {
 finds_faults_of_the_filter() {
   chmod g+w "$filter"
   finds "$filter has owner 0 and mode 775; CUPS refuses it"
-  ! grep -q 'runs on this machine' answer || die "doctor runs a filter that others could have changed"
+  ! grep -q 'the filter runs on this machine' answer || die "doctor runs a filter that others could have changed"
   fixes "$filter has owner 0 and mode 775; CUPS refuses it"
   chmod 700 "$filter"
   fixes "$filter has owner 0 and mode 700; CUPS refuses it"
@@ -109,6 +110,13 @@ finds_faults_of_the_filter() {
   rm "$filter"
   finds "the filter is not installed as $filter"
   mv kept "$filter"
+  mv "$command_filter" kept
+  finds "the filter for commands is not installed as $command_filter"
+  expect_status 4 wren add-queue other "$uri"
+  expect_words "the filter is not installed as $command_filter"
+  mv kept "$command_filter"
+  chmod o+w "$command_filter"
+  fixes "$command_filter has owner 0 and mode 757; CUPS refuses it"
   is_sound
 }
 
