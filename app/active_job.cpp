@@ -7,6 +7,7 @@
 
 #include "app/device_stream.h"
 #include "app/job_attributes.h"
+#include "app/network_device.h"
 #include "app/paper.h"
 
 namespace wren::app {
@@ -83,14 +84,17 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
     return false;
   }
+  attachJob(device_, job_);
   PrintJob::Surroundings surroundings;
   surroundings.out = stream_.get();
   surroundings.cancel = cancel();
   surroundings.keeper = services_.keeper;
   surroundings.onBegin = [this, printerId, jobId] {
+    // A job that still waits for its printer when the process ends has not begun.
+    if (!beginDeviceJob(device_)) return;
     if (services_.begunJobs != nullptr) services_.begunJobs->begin(printerId, jobId);
   };
-  surroundings.onPage = [this] { papplDeviceFlush(device_); };
+  surroundings.onPage = [this] { betweenPages(device_); };
   surroundings.onMessage = [this](std::string_view line) {
     papplLogJob(job_, PAPPL_LOGLEVEL_DEBUG, "%s", std::string(line).c_str());
   };
@@ -109,12 +113,14 @@ void ActiveJob::fail(DocumentError::Kind kind, const std::string& reason) {
 }
 
 bool ActiveJob::finish() {
-  const bool isWhole = print_->finish(!failed_);
-  papplDeviceFlush(device_);
+  const bool isWritten = print_->finish(!failed_);
+  const bool isTaken = endDeviceJob(device_);
+  const std::string fault = deviceFault(device_);
+  if (!fault.empty()) fail(DocumentError::Kind::kSystem, "printer: " + fault);
   if (services_.begunJobs != nullptr && print_->hasBegun()) {
     services_.begunJobs->end(papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_));
   }
-  return isWhole && !failed_;
+  return isWritten && isTaken && !failed_;
 }
 
 }  // namespace wren::app

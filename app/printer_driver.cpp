@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/document_callbacks.h"
+#include "app/network_device.h"
 #include "app/page_sink.h"
 #include "app/paper.h"
 #include "app/raster_callbacks.h"
@@ -125,6 +126,7 @@ bool describeDriver(pappl_system_t* /*system*/, const char* driverName, const ch
   data->ppm = 30;
   describeQuality(*data);
   describePaper(*paper, *data);
+  data->status_cb = showPrinterCondition;
   setRasterCallbacks(*data, *static_cast<const JobServices*>(services));
   if (*attributes == nullptr) *attributes = ippNew();
   for (const VendorOption& option : vendorOptions()) addVendorOption(option, *data, *attributes);

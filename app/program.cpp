@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "app/network_device.h"
 #include "app/printer_driver.h"
 #include "app/server.h"
 #include "app/trial.h"
@@ -70,7 +71,11 @@ pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) 
 }  // namespace
 
 int runProgram(int argc, char** argv) {
-  if (argc > 1 && std::strcmp(argv[1], "trial") == 0) return runTrial(argc - 1, argv + 1);
+  const bool isTrial = argc > 1 && std::strcmp(argv[1], "trial") == 0;
+  if (!addDeviceSchemes(isTrial)) {
+    std::fprintf(stderr, "wren-printer-app: USB printers cannot be used\n");
+  }
+  if (isTrial) return runTrial(argc - 1, argv + 1);
   const auto drivers = printerDrivers();
   return papplMainloop(argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()),
                        drivers.data(), driverForDevice, describeDriver, nullptr, nullptr,

@@ -54,7 +54,8 @@ class SoftwarePrinter {
     thread_.join();
   }
 
-  std::string uri() const { return "socket://" + server_->name(); }
+  // It would print a request for its status.
+  std::string uri() const { return "socket://" + server_->name() + "/?status=off"; }
 
  private:
   preview::Options options_;

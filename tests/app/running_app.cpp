@@ -213,6 +213,14 @@ void RunningApp::cancel(int jobId) {
   send(std::move(request), {});
 }
 
+std::string RunningApp::printerReasons() {
+  const Http http = connect(port_);
+  if (http == nullptr) return {};
+  Ipp request = newRequest(IPP_OP_GET_PRINTER_ATTRIBUTES, printerUri_);
+  const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
+  return textOf(response.get(), "printer-state-reasons");
+}
+
 std::vector<std::string> RunningApp::papers() const {
   std::vector<std::string> bytes;
   for (const fs::path& file : sortedFiles(folder(), ".prn")) bytes.push_back(readFile(file));

@@ -89,6 +89,9 @@ class RunningApp {
   JobOutcome stateOf(int jobId);
   void cancel(int jobId);
 
+  /// The printer's printer-state-reasons, by commas.
+  std::string printerReasons();
+
   /// The printer bytes of each connection to the software printer so far, in order.
   std::vector<std::string> papers() const;
 

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Jobs of the application whose printer is away, not ready or stops: they wait and say why, can
+// be cancelled, and are printed once.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "tests/app/running_app.h"
+#include "tests/app/scripted_printer.h"
+#include "tests/support/raster_stream.h"
+
+namespace wren_test {
+namespace {
+
+using std::chrono::milliseconds;
+using wren::app::Bytes;
+using wren::app::eventually;
+using wren::app::ScriptedPrinter;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kPwg = "image/pwg-raster";
+constexpr int kSmallBuffer = 4096;
+constexpr const char* kAway = "Waiting: the printer cannot be reached.";
+
+std::string smallPage() {
+  return rasterStream(RasterKind::kPwg, {noisePage(576, 100, 1)});
+}
+
+// More than the buffers on the way to a printer hold, where its own is kSmallBuffer.
+std::string longPage() {
+  return rasterStream(RasterKind::kPwg, {noisePage(576, 4000, 1)});
+}
+
+/// A client that sends a document in a thread of its own: a job that waits keeps it waiting.
+class Client {
+ public:
+  Client(RunningApp& app, const std::string& document)
+      : thread_([this, &app, document] { outcome_ = app.print(document, kPwg); }) {}
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+  ~Client() {
+    if (thread_.joinable()) thread_.join();
+  }
+  JobOutcome outcome() {
+    if (thread_.joinable()) thread_.join();
+    return outcome_;
+  }
+
+ private:
+  JobOutcome outcome_;
+  std::thread thread_;
+};
+
+void readAll(ScriptedPrinter& printer) {
+  printer.readAll();
+}
+
+/// What a printer that takes everything gets of the document.
+Bytes bytesOf(const std::string& document) {
+  ScriptedPrinter printer(readAll);
+  RunningApp app({.device = printer.uri() + "/?status=off"});
+  EXPECT_EQ(app.print(document, kPwg).state, IPP_JSTATE_COMPLETED);
+  return printer.received();
+}
+
+TEST(WaitingJobs, PrintOnceWhenThePrinterThatWasAwayIsBack) {
+  std::string port;
+  {
+    ScriptedPrinter gone(readAll);
+    port = gone.port();
+  }
+  RunningApp app({.device = "socket://127.0.0.1:" + port + "/?status=off"});
+  Client client(app, smallPage());
+  EXPECT_TRUE(eventually([&] { return app.stateOf(1).message == kAway; }));
+  EXPECT_EQ(app.printerReasons(), "offline");
+  const JobOutcome waiting = app.stateOf(1);
+  EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
+  EXPECT_THAT(waiting.reasons, testing::HasSubstr("printer-stopped"));
+  ScriptedPrinter back(readAll, 0, false, static_cast<std::uint16_t>(std::stoul(port)));
+  const JobOutcome printed = client.outcome();
+  EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
+  EXPECT_EQ(printed.reasons, "job-completed-successfully");
+  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(back.connections(), 1);
+  EXPECT_THAT(back.received(), testing::ContainerEq(bytesOf(smallPage())));
+}
+
+TEST(WaitingJobs, EndSoonWhenTheyAreCancelled) {
+  std::string port;
+  {
+    ScriptedPrinter gone(readAll);
+    port = gone.port();
+  }
+  RunningApp app({.device = "socket://127.0.0.1:" + port});
+  Client client(app, smallPage());
+  ASSERT_TRUE(eventually([&] { return app.stateOf(1).message == kAway; }));
+  const auto start = Clock::now();
+  app.cancel(1);
+  EXPECT_EQ(client.outcome().state, IPP_JSTATE_CANCELED);
+  EXPECT_LT(Clock::now() - start, milliseconds(500));
+}
+
+TEST(WaitingJobs, ShowThatThePaperIsOutAndGoOnWhenItIsThere) {
+  std::atomic<bool> paper{false};
+  ScriptedPrinter printer([&paper](ScriptedPrinter& self) {
+    for (bool hadPaper = false; !hadPaper;) {
+      hadPaper = paper;
+      for (int request = 0; request < 4 && self.read(3); ++request) {
+        const Bytes all = self.received();
+        const std::uint8_t n = all.at(all.size() - 1);
+        const std::uint8_t without = n == 1 ? 0x1A : n == 4 ? 0x72 : 0x12;
+        self.send({hadPaper ? std::uint8_t{0x12} : without});
+      }
+    }
+    self.readAll();
+  });
+  RunningApp app({.device = printer.uri()});
+  Client client(app, smallPage());
+  EXPECT_TRUE(eventually([&] { return app.stateOf(1).message == "Waiting: out of paper."; }));
+  EXPECT_EQ(app.printerReasons(), "media-empty");
+  paper = true;
+  const JobOutcome printed = client.outcome();
+  EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
+  EXPECT_EQ(app.printerReasons(), "none");
+  // Once it has paper it is asked whether it confirms the end, then stops to answer; it is asked
+  // how it is after the page, before the feed to the cut, and at the end.
+  const Bytes job = bytesOf(smallPage());
+  const Bytes question = {0x10, 0x04, 0x01};
+  const Bytes feed = {0x1B, 0x4A, 0xC0};
+  const auto pageEnd = std::find_end(job.begin(), job.end(), feed.begin(), feed.end());
+  ASSERT_NE(pageEnd, job.end());
+  Bytes ending = {0x1D, 0x72, 0x01};
+  ending.insert(ending.end(), job.begin(), pageEnd);
+  ending.insert(ending.end(), question.begin(), question.end());
+  ending.insert(ending.end(), pageEnd, job.end());
+  ending.insert(ending.end(), question.begin(), question.end());
+  const Bytes received = printer.received();
+  ASSERT_GT(received.size(), ending.size());
+  EXPECT_THAT(Bytes(received.end() - static_cast<std::ptrdiff_t>(ending.size()), received.end()),
+              testing::ContainerEq(ending));
+}
+
+TEST(WaitingJobs, ThatAPrinterStoppedTakingCanBeCancelled) {
+  ScriptedPrinter printer([](ScriptedPrinter& self) { self.pause(milliseconds(60'000)); },
+                          kSmallBuffer);
+  RunningApp app({.device = printer.uri() + "/?status=off"});
+  Client client(app, longPage());
+  ASSERT_TRUE(
+      eventually([&] { return app.stateOf(1).message == "Waiting: the printer takes no data."; }));
+  EXPECT_EQ(app.printerReasons(), "offline");
+  const auto start = Clock::now();
+  app.cancel(1);
+  EXPECT_EQ(client.outcome().state, IPP_JSTATE_CANCELED);
+  EXPECT_LT(Clock::now() - start, milliseconds(2000));
+  EXPECT_EQ(app.printerReasons(), "none");
+}
+
+TEST(WaitingJobs, AreNotPrintedAgainAfterAReset) {
+  ScriptedPrinter printer(
+      [](ScriptedPrinter& self) {
+        if (self.connections() > 1) return self.readAll();
+        self.read(10'000);
+        self.reset();
+      },
+      kSmallBuffer);
+  RunningApp app({.device = printer.uri() + "/?status=off"});
+  const JobOutcome cut = app.print(longPage(), kPwg);
+  EXPECT_EQ(cut.state, IPP_JSTATE_ABORTED);
+  EXPECT_THAT(cut.message, testing::StartsWith("printer: "));
+  EXPECT_EQ(printer.connections(), 1);
+  const std::size_t before = printer.received().size();
+  EXPECT_EQ(app.print(smallPage(), kPwg).state, IPP_JSTATE_COMPLETED);
+  const Bytes all = printer.received();
+  EXPECT_THAT(Bytes(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
+              testing::ContainerEq(bytesOf(smallPage())));
+}
+
+}  // namespace
+}  // namespace wren_test
