@@ -5,7 +5,7 @@
 
 #include "cli/console.h"
 #include "cli/installation.h"
-#include "preview/option_tree.h"
+#include "preview/options.h"
 
 namespace wren::cli {
 namespace {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "cli/output_file.h"
-#include "cli/print_command.h"
+#include "cli/print_arguments.h"
 
 namespace wren::cli {
 

@@ -3,9 +3,10 @@
 
 #include "preview/options.h"
 
+#include <CLI/CLI.hpp>
+
 #include "preview/loopback_socket.h"
 #include "preview/message.h"
-#include "preview/option_tree.h"
 #include "preview/printer_control.h"
 
 namespace wren::preview {

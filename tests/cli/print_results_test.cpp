@@ -201,11 +201,13 @@ TEST_F(WrenProgramResults, OfAFailedRunLeaveTheOldOnes) {
 TEST_F(WrenProgramResults, ReplaceTheImagesOfAnEarlierRun) {
   folder_.write("order.txt", "first\n");
   done({"print", "order.txt"});
-  const auto first = namesIn("order.images");
+  for (const char* name : {"origin_1.bmp", "dithered_1.bmp"}) {
+    folder_.write(std::string("order.images/") + name, "old");
+  }
   done({"print", "order.txt"});
-  const auto second = namesIn("order.images");
-  EXPECT_EQ(second.size(), 2U);
-  EXPECT_NE(first, second);
+  EXPECT_EQ(namesIn("order.images").size(), 2U);
+  EXPECT_FALSE(fs::exists(pathOf("order.images/origin_1.bmp")));
+  EXPECT_FALSE(fs::exists(pathOf("order.images/dithered_1.bmp")));
   done({"print", "order.txt", "-o", "DebugImages=Off"});
   EXPECT_THAT(namesIn("order.images"), IsEmpty());
 }
