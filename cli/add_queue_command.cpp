@@ -22,13 +22,14 @@ std::string inQuotes(const std::string& name) {
 }
 
 std::vector<QueueSpec> wantedQueues(const AddQueueArguments& arguments) {
+  constexpr std::uintmax_t kMostBytes = 16 << 20;  // tens of thousands of queues
   if (!arguments.file.empty()) {
     std::error_code ignored;
     if (access(arguments.file.c_str(), R_OK) != 0 ||
         std::filesystem::is_directory(arguments.file, ignored)) {
       throw Failure(kDocument, "the file '" + arguments.file + "' cannot be read");
     }
-    return parseQueues(readWholeFile(arguments.file), arguments.file);
+    return parseQueues(readWholeFile(arguments.file, kMostBytes), arguments.file);
   }
   QueueSpec spec;
   spec.name = arguments.name;

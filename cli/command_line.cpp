@@ -6,6 +6,7 @@
 #include "cli/console.h"
 #include "cli/installation.h"
 #include "job/printer_commands.h"
+#include "preview/options.h"
 
 namespace wren::cli {
 namespace {
@@ -68,9 +69,12 @@ void addPrint(CLI::App& app, PrintArguments& print) {
   addJson(command, print.json);
 }
 
-void addPreview(CLI::App& app) {
-  addCommand(app, "preview", "Show the paper that printer bytes print (runs wren-preview)",
-             "wren preview receipt.prn --marks");
+void addPreview(CLI::App& app, preview::Options& options) {
+  const auto command = preview::makeOptionTree(options);
+  command->name("preview");
+  command->footer("Example: wren preview receipt.prn --marks");
+  command->description("Show the paper that printer bytes print (runs wren-preview)");
+  app.add_subcommand(command);
 }
 
 void addHalftones(CLI::App& app, HalftonesArguments& halftones) {
@@ -187,7 +191,7 @@ std::unique_ptr<CLI::App> makeOptionTree(CommandLine& line) {
   app->require_subcommand(1);
   app->footer(kFooter);
   addPrint(*app, line.print);
-  addPreview(*app);
+  addPreview(*app, line.preview);
   addHalftones(*app, line.halftones);
   addDevices(*app, line.devices);
   addAddQueue(*app, line.addQueue);

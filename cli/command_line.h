@@ -18,12 +18,14 @@
 #include "cli/print_command.h"
 #include "cli/queue_command.h"
 #include "cli/uninstall_command.h"
+#include "preview/options.h"
 
 namespace wren::cli {
 
 /// The arguments of every command; those of the command that was given are filled in.
 struct CommandLine {
   PrintArguments print;
+  preview::Options preview;  ///< for the completions: wren-preview parses its own arguments
   HalftonesArguments halftones;
   DevicesArguments devices;
   AddQueueArguments addQueue;

@@ -92,16 +92,33 @@ bool takesValue(const CLI::Option* option) {
   return option->get_items_expected_min() > 0 && option->get_type_size() > 0;
 }
 
+// What a user may say after an option.
+std::string zshValues(const std::string& name) {
+  return name == "--paper" ? "(58 80 112)" : "_files";
+}
+
+// What a user may say beside the options of a command.
+std::string zshArguments(const std::string& command) {
+  const bool wantsQueue = command == "remove-queue" || command == "doctor";
+  return wantsQueue ? R"sh('*:queue:{compadd -- ${(f)"$(lpstat -e 2>/dev/null)"}}')sh"
+                    : "'*:file:_files'";
+}
+
+// The asterisk: -o may be repeated.
 std::string zshOptions(CLI::App* command) {
   std::string lines;
   for (const CLI::Option* option : command->get_options()) {
+    const bool isList = option->get_items_expected_max() > 1;
     for (const std::string& name : namesOf(option)) {
-      lines += " \\\n        '" + name + "[" + zshText(option->get_description()) + "]";
-      if (takesValue(option)) lines += ":" + zshText(option->get_type_name()) + ":_files";
+      lines += std::string(" \\\n        '") + (isList ? "*" : "") + name + "[" +
+               zshText(option->get_description()) + "]";
+      if (takesValue(option)) {
+        lines += ":" + zshText(option->get_type_name()) + ":" + zshValues(name);
+      }
       lines += "'";
     }
   }
-  return lines + " \\\n        '*:file:_files'";
+  return lines + " \\\n        " + zshArguments(command->get_name());
 }
 
 std::string forZsh(CLI::App& app) {

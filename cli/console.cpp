@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
@@ -22,8 +21,8 @@ bool usesColours() {
 
 }  // namespace
 
-void say(const std::string& line) {
-  std::printf("%s\n", line.c_str());
+void say(const std::string& line, std::FILE* to) {
+  std::fprintf(to, "%s\n", line.c_str());
 }
 
 void note(const std::string& line) {

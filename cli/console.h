@@ -7,14 +7,15 @@
 
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 namespace wren::cli {
 
 enum class Colour { kGreen, kRed, kYellow };
 
-/// One line on standard output.
-void say(const std::string& line);
+/// One line on standard output, or where a report goes instead.
+void say(const std::string& line, std::FILE* to = stdout);
 
 /// One line on standard error, after "wren: ". Line ends in the text become blanks.
 void note(const std::string& line);

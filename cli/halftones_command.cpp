@@ -170,7 +170,7 @@ int runHalftones(const HalftonesArguments& arguments) {
                 .string()
           : arguments.out;
   keepDocument(arguments.document, out);
-  createFolder(arguments.folder);
+  const NewFolder folder(arguments.folder);
   OutputFile file(out);
 
   // CUPS renders the pages once: the halftone type concerns the filter alone.

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdlib>
 #include <optional>
+#include <sstream>
 
 #include "cli/failure.h"
 #include "cli/nearest_name.h"
@@ -150,6 +151,21 @@ std::string problemOfCustomSize(const filter::CustomSizeLimits& limits, const st
          " mm, the longest " + millimetres(limits.maxLengthPt) + " mm";
 }
 
+bool isCustomSize(const PrinterDescription& printer, const std::string& value) {
+  return isSameName(value.substr(0, 7), "Custom.") && printer.customSize.maxWidthPt > 0;
+}
+
+// Of the names in the list, CUPS takes a size, a source and a type.
+std::string problemOfMedia(const PrinterDescription& printer, const std::string& value) {
+  std::istringstream names(value);
+  for (std::string name; std::getline(names, name, ',');) {
+    if (!isCustomSize(printer, name)) continue;
+    const std::string problem = problemOfCustomSize(printer.customSize, name);
+    if (!problem.empty()) return problem;
+  }
+  return {};
+}
+
 std::string problemOfChoice(const PrinterOption& option, const std::string& value) {
   if (option.find(value) != nullptr) return {};
   std::vector<std::string> names;
@@ -225,12 +241,11 @@ PrinterDescription describePrinter(const std::string& ppd) {
 std::string problemOfOption(const PrinterDescription& printer, const std::string& name,
                             const std::string& value) {
   const PrinterOption* option = printer.find(name);
+  if (isSameName(name, "media")) return problemOfMedia(printer, value);
   if (option == nullptr) return isCupsOption(name) ? "" : problemOfName(printer, name);
-  const bool isCustomSize = isSameName(option->keyword, "PageSize") &&
-                            isSameName(value.substr(0, 7), "Custom.") &&
-                            printer.customSize.maxWidthPt > 0;
-  return isCustomSize ? problemOfCustomSize(printer.customSize, value)
-                      : problemOfChoice(*option, value);
+  return isSameName(option->keyword, "PageSize") && isCustomSize(printer, value)
+             ? problemOfCustomSize(printer.customSize, value)
+             : problemOfChoice(*option, value);
 }
 
 void checkJobOptions(const PrinterDescription& printer, const JobOptions& options) {

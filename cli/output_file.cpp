@@ -52,7 +52,10 @@ void failToWrite(const std::string& path, int error) {
 OutputFile::OutputFile(std::string target)
     : target_(std::move(target)), place_(resolved(target_)), path_(place_) {
   struct stat status = {};
-  if (stat(place_.c_str(), &status) != 0 || S_ISREG(status.st_mode)) {
+  const bool exists = stat(place_.c_str(), &status) == 0;
+  // A name that is too long would be noticed by the renaming alone.
+  if (!exists && errno != ENOENT) failToWrite(target_, errno);
+  if (!exists || S_ISREG(status.st_mode)) {
     createBeside(place_);
   } else if (S_ISDIR(status.st_mode)) {
     failToWrite(target_, EISDIR);
@@ -94,20 +97,44 @@ TemporaryFolder::~TemporaryFolder() {
   fs::remove_all(path_, ignored);
 }
 
-void createFolder(const std::string& folder) {
-  if (folder.empty()) return;
+NewFolder::NewFolder(const std::string& path) {
   std::error_code failed;
-  fs::create_directories(folder, failed);
-  if (failed) throw Failure(kFailed, "'" + folder + "' cannot be created: " + failed.message());
+  fs::path folder = fs::path(path).lexically_normal();
+  if (!folder.has_filename()) folder = folder.parent_path();  // "a/"
+  while (!folder.empty() && !fs::exists(folder, failed) && !failed) {
+    created_.push_back(folder.string());
+    folder = folder.parent_path();
+  }
+  failed.clear();
+  if (!path.empty()) fs::create_directories(path, failed);
+  if (!failed && !path.empty() && !fs::is_directory(path, failed) && !failed) {
+    failed = std::make_error_code(std::errc::not_a_directory);
+  }
+  if (!failed) return;
+  removeCreated();
+  throw Failure(kFailed, "'" + path + "' cannot be created: " + failed.message());
 }
 
-std::string readWholeFile(const std::string& path) {
+NewFolder::~NewFolder() {
+  removeCreated();
+}
+
+void NewFolder::removeCreated() const {
+  std::error_code notEmpty;
+  for (const std::string& folder : created_) fs::remove(folder, notEmpty);
+}
+
+std::string readWholeFile(const std::string& path, std::uintmax_t mostBytes) {
   const FilePtr in(std::fopen(path.c_str(), "rb"));
   std::string text;
   char part[65536];
   std::size_t count = 0;
   while (in != nullptr && (count = std::fread(part, 1, sizeof part, in.get())) > 0) {
     text.append(part, count);
+    if (text.size() > mostBytes) {
+      throw Failure(kDocument,
+                    "'" + path + "' is longer than " + std::to_string(mostBytes) + " bytes");
+    }
   }
   if (in == nullptr || std::ferror(in.get()) != 0) {
     throw Failure(kFailed, "'" + path + "' cannot be read: " + std::strerror(errno));

@@ -6,7 +6,9 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace wren::cli {
 
@@ -52,11 +54,26 @@ class TemporaryFolder {
 /// The failure of a file that cannot be written, with the reason of `error`.
 [[noreturn]] void failToWrite(const std::string& path, int error);
 
-/// Creates a folder and those above it, as far as they are missing. Throws a Failure.
-void createFolder(const std::string& folder);
+/// A folder with those above it, created as far as they are missing. What was created goes again
+/// if it is empty at the end.
+class NewFolder {
+ public:
+  /// Throws a Failure if there is something else or nothing can be created. An empty path is the
+  /// current folder.
+  explicit NewFolder(const std::string& path);
+  ~NewFolder();
+  NewFolder(const NewFolder&) = delete;
+  NewFolder& operator=(const NewFolder&) = delete;
 
-/// The whole file; throws a Failure if it cannot be read.
-std::string readWholeFile(const std::string& path);
+ private:
+  void removeCreated() const;
+
+  std::vector<std::string> created_;  // the inner ones first
+};
+
+/// The whole file; throws a Failure if it cannot be read or is longer than `mostBytes`: a device
+/// may have no end.
+std::string readWholeFile(const std::string& path, std::uintmax_t mostBytes = UINTMAX_MAX);
 
 /// Writes a file through an OutputFile.
 void writeWholeFile(const std::string& path, const std::string& bytes);

@@ -3,9 +3,11 @@
 
 #include "cli/print_command.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "cli/console.h"
@@ -14,11 +16,14 @@
 #include "cli/installation.h"
 #include "cli/interruption.h"
 #include "cli/output_file.h"
+#include "cli/page_fit.h"
+#include "cli/print_results.h"
 #include "cli/printing.h"
 #include "cli/rendering.h"
 #include "cli/report.h"
 #include "common/handles.h"
 #include "escpos/reader.h"
+#include "job/option_table.h"
 #include "preview/job_picture.h"
 
 namespace wren::cli {
@@ -26,65 +31,6 @@ namespace wren::cli {
 namespace fs = std::filesystem;
 
 namespace {
-
-struct Results {
-  std::string bytes;
-  std::string picture;
-  std::string raster;
-  std::string images;
-};
-
-// "receipt.png" for "receipt.prn" and "receipt.png" beside "receipt".
-std::string pictureOf(const std::string& bytes) {
-  fs::path path = bytes;
-  if (path.extension() == ".prn") path.replace_extension();
-  return path.string() + ".png";
-}
-
-// A picture that is printed in its own folder is not its own result.
-std::string pictureBeside(const std::string& stem, const std::string& document) {
-  std::error_code ignored;
-  const bool isDocument = fs::equivalent(document, stem + ".png", ignored);
-  return stem + (isDocument ? ".paper.png" : ".png");
-}
-
-// The printer itself (/dev/usb/lp0), or a pipe to it.
-bool isDevice(const std::string& path) {
-  std::error_code ignored;
-  return fs::is_other(path, ignored);
-}
-
-bool isSamePlace(const std::string& a, const std::string& b) {
-  std::error_code ignored;
-  return fs::weakly_canonical(fs::absolute(a, ignored), ignored) ==
-         fs::weakly_canonical(fs::absolute(b, ignored), ignored);
-}
-
-void refuseSharedPlaces(const Results& results) {
-  if (results.raster.empty() || isDevice(results.raster)) return;
-  for (const std::string& other : {results.bytes, results.picture}) {
-    if (isSamePlace(results.raster, other)) {
-      throw Failure(kUsage, "'" + results.raster + "' is another result; name another --raster");
-    }
-  }
-}
-
-Results resultsOf(const PrintArguments& arguments) {
-  const std::string stem = (fs::path(arguments.folder) / documentStem(arguments.document)).string();
-  const bool isNamed = !arguments.out.empty();
-  const bool isPictureNamed = isNamed && !isDevice(arguments.out);
-  Results results;
-  results.bytes = isNamed ? arguments.out : stem + ".prn";
-  results.picture =
-      isPictureNamed ? pictureOf(arguments.out) : pictureBeside(stem, arguments.document);
-  results.raster = arguments.raster;
-  results.images = arguments.images.empty() ? stem + ".images" : arguments.images;
-  for (const std::string& path : {results.bytes, results.picture, results.raster}) {
-    if (!path.empty()) keepDocument(arguments.document, path);
-  }
-  refuseSharedPlaces(results);
-  return results;
-}
 
 // The option of CUPS with the same name (in per cent) would render a picture at 10 %, so this
 // value goes to the filter alone.
@@ -100,58 +46,17 @@ JobOptions optionsForCups(const JobOptions& options, const std::string& type) {
 
 // The PPDs leave the debug images off; a trial print shows them unless told otherwise.
 JobOptions optionsForFilter(JobOptions options) {
-  if (!hasOption(options, "DebugImages")) options.emplace_back("DebugImages", "On");
+  if (!hasOption(options, job::kDebugImagesOption)) {
+    options.emplace_back(job::kDebugImagesOption, "On");
+  }
   return options;
 }
 
-bool isDebugImage(const fs::path& file) {
-  const std::string name = file.filename().string();
-  for (const char* prefix : kDebugImagePrefixes) {
-    if (name.starts_with(prefix) && file.extension() == ".bmp") return true;
-  }
-  return false;
-}
-
-std::vector<fs::path> debugImagesIn(const fs::path& folder) {
-  std::vector<fs::path> images;
-  std::error_code ignored;
-  for (const auto& entry : fs::directory_iterator(folder, ignored)) {
-    if (isDebugImage(entry.path())) images.push_back(entry.path());
-  }
-  return images;
-}
-
-// Replaces the debug images of an earlier run and no other file.
-bool keepImages(const std::string& from, const std::string& to) {
-  for (const fs::path& old : debugImagesIn(to)) fs::remove(old);
-  const auto images = debugImagesIn(from);
-  if (images.empty()) return false;
-  createFolder(to);
-  for (const fs::path& image : images) {
-    failIfInterrupted();
-    std::error_code failed;
-    const fs::path target = fs::path(to) / image.filename();
-    fs::copy_file(image, target, fs::copy_options::overwrite_existing, failed);
-    if (failed)
-      throw Failure(kFailed, "'" + target.string() + "' cannot be written: " + failed.message());
-    fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write, failed);
-  }
-  return true;
-}
-
-// Copies a file into its place whole.
-void place(const std::string& from, OutputFile& to) {
-  const FilePtr in(std::fopen(from.c_str(), "rb"));
-  FilePtr out(std::fopen(to.path().c_str(), "wb"));
-  if (in == nullptr || out == nullptr) failToWrite(to.target(), errno);
-  char part[65536];
-  std::size_t count = 0;
-  while ((count = std::fread(part, 1, sizeof part, in.get())) > 0) {
-    failIfInterrupted();
-    if (std::fwrite(part, 1, count, out.get()) != count) failToWrite(to.target(), errno);
-  }
-  if (std::fclose(out.release()) != 0) failToWrite(to.target(), errno);
-  to.commit();
+bool wantsImages(const JobOptions& options) {
+  return std::none_of(options.begin(), options.end(), [](const auto& option) {
+    return filter::isSameName(option.first, job::kDebugImagesOption) &&
+           filter::isSameName(option.second, job::kDebugImagesOff);
+  });
 }
 
 // Piece by piece: the bytes may be larger than the memory, and a signal may come.
@@ -167,24 +72,6 @@ void readBytes(const std::string& path, escpos::Reader& reader) {
   reader.finish();
 }
 
-// Draws the paper from the printer bytes. False if they are blank paper of length 0.
-bool drawPaper(const std::string& bytesPath, const std::string& picturePath) {
-  escpos::Reader reader;
-  readBytes(bytesPath, reader);
-  const auto& problems = reader.printer().problems();
-  if (!problems.empty()) {
-    throw Failure(kFailed, "the printer bytes cannot be read back whole: " + problems[0].text);
-  }
-  OutputFile file(picturePath);
-  preview::Options options;
-  options.style.marks = true;
-  const auto written = preview::writePictures(reader.printer().paper(), options, file.path());
-  if (!written.errors.empty()) throw Failure(kFailed, "'" + picturePath + "' cannot be written");
-  if (written.files.empty()) return false;
-  file.commit();
-  return true;
-}
-
 // The files of one run until they are in their places.
 struct Work {
   TemporaryFolder folder;
@@ -193,6 +80,43 @@ struct Work {
   std::string bytes = folder.pathOf("bytes");
   std::string images = folder.pathOf("");
 };
+
+// The bytes are complete; only the picture is not made.
+std::string describeLeftOutPicture(const escpos::Paper& paper, const PrintPlaces& places) {
+  constexpr std::uint64_t kUnitsPerMetre = std::uint64_t{203} * escpos::kUnitsPerRow * 10000 / 254;
+  const std::uint64_t metres = paper.lengthUnits / kUnitsPerMetre + 1;
+  std::string line = "no picture: " + std::to_string(metres) + " m of paper are too much for one";
+  std::error_code ignored;
+  if (fs::is_other(places.bytes, ignored) || places.bytes == kStandardOutput) return line;
+  return line + "; wren preview " + shellWord(places.bytes) + " --split --max-length " +
+         std::to_string(metres * 1000) + " draws the pages";
+}
+
+// Draws the paper from the printer bytes. The memory is bounded whatever its length.
+void drawPaper(const Work& work, const PrintPlaces& places, PrintResults& results,
+               std::vector<std::string>& notes) {
+  escpos::PaperLimits limits;
+  const std::uint64_t longestPicture = limits.lengthUnits;
+  limits.lengthUnits = std::numeric_limits<std::uint64_t>::max() / 2;
+  escpos::Reader reader(limits);
+  readBytes(work.bytes, reader);
+  const escpos::VirtualPrinter& printer = reader.printer();
+  const escpos::Paper& paper = printer.paper();
+  if (printer.stopped() || paper.lengthUnits > longestPicture) {
+    notes.push_back(describeLeftOutPicture(paper, places));
+    results.leaveOutPicture();
+    return;
+  }
+  if (!printer.problems().empty()) {
+    throw Failure(kFailed,
+                  "the printer bytes cannot be read back whole: " + printer.problems()[0].text);
+  }
+  preview::Options options;
+  options.style.marks = true;
+  const auto written = preview::writePictures(paper, options, results.picturePath());
+  if (!written.errors.empty()) throw Failure(kFailed, "'" + places.picture + "' cannot be written");
+  if (written.files.empty()) results.leaveOutPicture();
+}
 
 PrintedPages printPages(const PrintArguments& arguments, const std::string& ppd,
                         const JobOptions& options, const Work& work) {
@@ -209,52 +133,58 @@ PrintedPages printPages(const PrintArguments& arguments, const std::string& ppd,
   return printed;
 }
 
-// What was not made is removed from the results.
-void placeResults(const Work& work, OutputFile& bytesFile, Results& results) {
-  place(work.bytes, bytesFile);
-  if (!results.raster.empty()) {
-    OutputFile rasterFile(results.raster);
-    place(work.raster, rasterFile);
-  }
-  if (!keepImages(work.images, results.images)) results.images.clear();
-  if (!drawPaper(work.bytes, results.picture)) results.picture.clear();
-}
-
 void report(const PrintArguments& arguments, unsigned pages, std::uintmax_t bytes,
-            const Results& results) {
+            const PrintPlaces& made, const std::vector<std::string>& notes) {
+  // Standard output may have the printer bytes.
+  std::FILE* const to = made.bytes == kStandardOutput ? stderr : stdout;
   if (arguments.json) {
     printJson({{"pages", pages},
                {"bytes", bytes},
-               {"output", results.bytes},
-               {"picture", textOrNull(results.picture)},
-               {"raster", textOrNull(results.raster)},
-               {"debugImages", textOrNull(results.images)}});
+               {"output", made.bytes},
+               {"picture", textOrNull(made.picture)},
+               {"raster", textOrNull(made.raster)},
+               {"debugImages", textOrNull(made.images)},
+               {"notes", notes}},
+              to);
     return;
   }
-  say(std::to_string(pages) + " page(s), " + std::to_string(bytes) + " bytes: " + results.bytes);
-  if (!results.raster.empty()) say("raster: " + results.raster);
-  if (!results.images.empty()) say("debug images: " + results.images);
-  if (!results.picture.empty()) say("picture: " + results.picture);
+  say(std::to_string(pages) + " page(s), " + std::to_string(bytes) + " bytes: " + made.bytes, to);
+  if (!made.raster.empty()) say("raster: " + made.raster, to);
+  if (!made.images.empty()) say("debug images: " + made.images, to);
+  if (!made.picture.empty()) say("picture: " + made.picture, to);
+  for (const std::string& line : notes) note(line);
 }
 
 }  // namespace
 
 int runPrint(const PrintArguments& arguments) {
   const std::string type(checkDocument(arguments.document));
-  Results results = resultsOf(arguments);
+  std::vector<std::string> notes;
+  const PrintPlaces places = choosePlaces(arguments, notes);
   const std::string ppd = ppdForPrinting(arguments.paper);
+  const filter::PrinterDescription printer = describePrinter(ppd);
   JobOptions options = parseJobOptions(arguments.options);
-  checkJobOptions(describePrinter(ppd), options);
-  createFolder(arguments.folder);
-  OutputFile bytesFile(results.bytes);
+  checkJobOptions(printer, options);
+  const JobOptions asked = options;
+  const NewFolder folder(arguments.folder);
+  PrintResults results(places, wantsImages(options));
 
   const Work work;
   addReceiptDefaults(options, type);
   renderDocument({arguments.document, type, ppd, arguments.copies, optionsForCups(options, type)},
                  work.raster, work.log);
   const PrintedPages printed = printPages(arguments, ppd, options, work);
-  placeResults(work, bytesFile, results);
-  report(arguments, printed.pages, fs::file_size(work.bytes), results);
+  if (type == "application/pdf") {
+    const std::string fit =
+        describePageFit(arguments.document, work.raster, asked, printer.customSize);
+    if (!fit.empty()) notes.push_back(fit);
+  }
+  results.takeRaster(work.raster);
+  results.takeImages(work.images);
+  drawPaper(work, places, results, notes);
+  const std::uintmax_t bytes = fs::file_size(work.bytes);
+  results.takeBytes(work.bytes);
+  report(arguments, printed.pages, bytes, results.commit(), notes);
   return kDone;
 }
 

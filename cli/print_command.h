@@ -7,22 +7,9 @@
 
 #pragma once
 
-#include <string>
-#include <vector>
+#include "cli/print_arguments.h"
 
 namespace wren::cli {
-
-struct PrintArguments {
-  std::string document;
-  int copies = 1;
-  int paper = 80;
-  std::vector<std::string> options;  ///< as given to -o
-  std::string folder;                ///< for the results that have no path of their own
-  std::string out;                   ///< printer bytes; empty: named after the document
-  std::string raster;                ///< the pages that the filter gets; empty: not kept
-  std::string images;                ///< folder for debug images; empty: named after the document
-  bool json = false;
-};
 
 /// @return the exit status. Throws a Failure.
 int runPrint(const PrintArguments& arguments);

@@ -71,12 +71,19 @@ void failIfFull(const std::string& rasterPath) {
   if (!failed && space.available < kLeast) failToWrite(folder.string(), ENOSPC);
 }
 
+// The line begins with the name of the document already.
+std::string withoutPath(const std::string& reason, const std::string& document) {
+  const std::string path = fs::absolute(document).string() + ": ";
+  const auto at = reason.find(path);
+  return at == reason.npos ? reason : reason.substr(at + path.size());
+}
+
 [[noreturn]] void failToRender(const RenderRequest& request, const std::string& log) {
   if (log.find("No filter to convert") != std::string::npos) {
     throw Failure(kSetup, "CUPS has no filter for " + request.type +
                               " here; install it with: sudo apt install cups-filters");
   }
-  const std::string reason = firstRendererError(log);
+  const std::string reason = withoutPath(firstRendererError(log), request.document);
   throw Failure(kDocument, "'" + request.document + "' cannot be rendered" +
                                (reason.empty() ? "; it may be damaged" : ": " + reason));
 }

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -15,7 +16,7 @@ namespace wren::cli {
 inline constexpr int kSchema = 1;
 
 /// Prints an object with its "schema".
-void printJson(const nlohmann::ordered_json& object);
+void printJson(const nlohmann::ordered_json& object, std::FILE* to = stdout);
 
 /// The text, or null if it is empty.
 nlohmann::ordered_json textOrNull(const std::string& text);

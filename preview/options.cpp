@@ -4,7 +4,6 @@
 #include "preview/options.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 
 #include "preview/loopback_socket.h"
 #include "preview/message.h"
@@ -42,20 +41,22 @@ void addPictureOptions(CLI::App& app, Options& options) {
 }
 
 // Both values of `--tell`.
-void addTellOption(CLI::App& app, std::vector<std::string>& tell, CLI::Option* file) {
-  app.add_option("--tell", tell, "Send a command to the control port of a listening wren-preview")
-      ->type_name("[HOST:]PORT COMMAND")
-      ->expected(2)
-      ->excludes(file)
-      ->excludes("--listen");
-}
-
 void takeTell(const std::vector<std::string>& tell, Options& options) {
-  if (tell.empty()) return;
   const std::string problem = problemOfAddress(tell[0]);
   if (!problem.empty()) throw CLI::ValidationError("--tell", problem);
   options.tellAddress = tell[0];
   options.tellCommand = tell[1];
+}
+
+void addTellOption(CLI::App& app, Options& options, CLI::Option* file) {
+  app.add_option_function<std::vector<std::string>>(
+         "--tell",
+         [&options](const std::vector<std::string>& tell) { takeTell(tell, options); },
+         "Send a command to the control port of a listening wren-preview")
+      ->type_name("[HOST:]PORT COMMAND")
+      ->expected(2)
+      ->excludes(file)
+      ->excludes("--listen");
 }
 
 void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
@@ -94,24 +95,28 @@ void addListenOptions(CLI::App& app, Options& options, CLI::Option* file) {
 
 }  // namespace
 
+std::shared_ptr<CLI::App> makeOptionTree(Options& options) {
+  auto app = std::make_shared<CLI::App>(
+      "Shows the paper that an ESC/POS byte stream prints, as a PNG picture.", "wren-preview");
+  app->footer("Example: wren-preview receipt.prn --marks");
+  app->set_version_flag("--version", std::string("wren-preview ") + WREN_VERSION);
+  CLI::Option* file = app->add_option("FILE", options.input, "Printer bytes; - is standard input")
+                          ->capture_default_str();
+  app->add_option("-o,--output", options.output,
+                  "Picture to write (default: FILE.png beside FILE)");
+  addPictureOptions(*app, options);
+  addListenOptions(*app, options, file);
+  addTellOption(*app, options, file);
+  return app;
+}
+
 ParsedOptions parseOptions(int argc, const char* const* argv) {
   Options options;
-  CLI::App app("Shows the paper that an ESC/POS byte stream prints, as a PNG picture.",
-               "wren-preview");
-  app.footer("Example: wren-preview receipt.prn --marks");
-  app.set_version_flag("--version", std::string("wren-preview ") + WREN_VERSION);
-  CLI::Option* file = app.add_option("FILE", options.input, "Printer bytes; - is standard input")
-                          ->capture_default_str();
-  app.add_option("-o,--output", options.output, "Picture to write (default: FILE.png beside FILE)");
-  addPictureOptions(app, options);
-  addListenOptions(app, options, file);
-  std::vector<std::string> tell;
-  addTellOption(app, tell, file);
+  const auto app = makeOptionTree(options);
   try {
-    app.parse(argc, argv);
-    takeTell(tell, options);
+    app->parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return {std::nullopt, app.exit(error)};
+    if (error.get_exit_code() == 0) return {std::nullopt, app->exit(error)};
     printMessage(std::string(error.what()) + "; see wren-preview --help");
     return {std::nullopt, kUsageStatus};
   }

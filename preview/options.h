@@ -6,11 +6,16 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "preview/paper_picture.h"
+
+namespace CLI {
+class App;
+}
 
 namespace wren::preview {
 
@@ -34,6 +39,10 @@ struct Options {
   std::string tellAddress;  ///< control port of a listening wren-preview; empty: none
   std::string tellCommand;  ///< what to send to it
 };
+
+/// What `parseOptions` parses with; the completions of `wren preview` are written from it too. The
+/// values go to `options`, which has to outlive the tree.
+std::shared_ptr<CLI::App> makeOptionTree(Options& options);
 
 /// Either options, or the exit status of a program that ends at once.
 struct ParsedOptions {

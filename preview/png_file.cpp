@@ -10,12 +10,17 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <vector>
 
 #include "common/handles.h"
 
 namespace wren::preview {
 namespace {
+
+// The text chunk by which our pictures are known.
+constexpr char kSoftwareKey[] = "Software";
+constexpr char kSoftware[] = "Wren";
 
 // Owns the two structures of libpng.
 class PngWriter {
@@ -57,6 +62,20 @@ void writeSize(const PngWriter& writer, const RowSource& source, int bitDepth, i
   png_set_IHDR(writer.png(), writer.info(), static_cast<png_uint_32>(source.width()),
                static_cast<png_uint_32>(source.height()), bitDepth, colourType, PNG_INTERLACE_NONE,
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+}
+
+void writeSoftware(const PngWriter& writer) {
+  // libpng takes pointers to characters that may change, and copies them.
+  char key[sizeof kSoftwareKey];
+  char value[sizeof kSoftware];
+  std::memcpy(key, kSoftwareKey, sizeof key);
+  std::memcpy(value, kSoftware, sizeof value);
+  png_text text = {};
+  text.compression = PNG_TEXT_COMPRESSION_NONE;
+  text.key = key;
+  text.text = value;
+  text.text_length = sizeof value - 1;
+  png_set_text(writer.png(), writer.info(), &text, 1);
 }
 
 class PaperRows final : public RowSource {
@@ -114,6 +133,7 @@ bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file, Cance
   // The default limit of libpng is a million rows; a roll of paper can exceed it.
   png_set_user_limits(writer.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   source.writeFormat(writer);
+  writeSoftware(writer);
   png_write_info(writer.png(), writer.info());
   png_set_packing(writer.png());
   for (std::uint64_t y = 0; y < source.height(); ++y) {
@@ -145,6 +165,19 @@ std::string writeRows(RowSource& source, const std::string& path, const PngRules
 }
 
 }  // namespace
+
+// The chunk stands before the pixels.
+bool isOwnPng(const std::string& path) {
+  constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
+  const std::string chunk = std::string("tEXt") + kSoftwareKey + '\0' + kSoftware;
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return false;
+  const FilePtr file(std::fopen(path.c_str(), "rb"));
+  if (file == nullptr) return false;
+  char head[512];
+  const std::string_view text(head, std::fread(head, 1, sizeof head, file.get()));
+  return text.starts_with(kSignature) && text.find(chunk) != text.npos;
+}
 
 std::string writePng(PaperPicture& picture, const std::string& path, const PngRules& rules) {
   PaperRows rows(picture, rules.maxRows);

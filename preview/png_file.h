@@ -29,4 +29,8 @@ std::string writePng(PaperPicture& picture, const std::string& path, const PngRu
 /// The same for a grey picture, which has no resolution.
 std::string writePng(const Picture& picture, const std::string& path);
 
+/// Whether a file is a PNG that `writePng` wrote: it names Wren as its software. Another file is
+/// not replaced unless its user names it.
+bool isOwnPng(const std::string& path);
+
 }  // namespace wren::preview

@@ -11,7 +11,7 @@ declare -rA DEBIAN_PACKAGES=(
            libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
-          cups-ipp-utils"
+          cups-ipp-utils zsh"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"

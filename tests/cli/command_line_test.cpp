@@ -170,6 +170,11 @@ std::string offeredFor(const std::string& words) {
   return result.out;
 }
 
+TEST(Completions, OfferTheOptionsOfThePreview) {
+  EXPECT_EQ(offeredFor("wren preview --ma"), "--marks --max-length --max-bytes --max-seconds\n");
+  EXPECT_EQ(offeredFor("wren preview -o"), "-o\n");
+}
+
 TEST(Completions, OfferCommandsOptionsAndPapers) {
   EXPECT_EQ(offeredFor("wren pr"), "print preview\n");
   EXPECT_EQ(offeredFor("wren print --ra"), "--raster\n");
@@ -179,6 +184,44 @@ TEST(Completions, OfferCommandsOptionsAndPapers) {
   EXPECT_EQ(offeredFor("wren cut till ''"), "full partial\n");
   EXPECT_EQ(offeredFor("wren cut till p"), "partial\n");
   EXPECT_EQ(offeredFor("wren feed till ''"), "\n");
+}
+
+// What an interactive zsh shows for some words and the tabulator.
+std::string shownByZsh(const std::string& words) {
+  CommandLine line;
+  const auto app = makeOptionTree(line);
+  const wren_test::TemporaryFolder folder;
+  folder.write("_wren", writeCompletions(*app, "zsh"));
+  const std::string lpstat = folder.write("lpstat", "#!/bin/sh\nprintf 'till\\nbar\\n'\n");
+  std::filesystem::permissions(lpstat, std::filesystem::perms::owner_all);
+  wren_test::ProcessSpec spec;
+  spec.program = "/usr/bin/env";
+  spec.arguments = {
+      "env", "zsh", "-f", WREN_SOURCE_DIR "/tests/cli/zsh_offers.zsh", folder.path().string(),
+      words};
+  spec.environment = {"PATH=" + folder.path().string() + ":/usr/bin:/bin", "TERM=xterm",
+                      "HOME=" + folder.path().string(), "LC_ALL=C"};
+  spec.workingFolder = folder.path();
+  const auto result = wren_test::runProcess(spec);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  return result.out;
+}
+
+TEST(Completions, WorkInAnInteractiveZsh) {
+  if (!std::filesystem::exists("/usr/bin/zsh") && !std::filesystem::exists("/bin/zsh")) {
+    GTEST_SKIP() << "there is no zsh";
+  }
+  const std::pair<const char*, std::vector<const char*>> kShown[] = {
+      {"wren pr", {"print ", "preview "}},
+      {"wren preview --ma", {"--marks", "--max-length", "--max-bytes"}},
+      {"wren print --paper ", {"58", "80", "112"}},
+      {"wren print -o a=b -o c=d --co", {"--copies"}},
+      {"wren doctor ", {"till", "bar"}},
+  };
+  for (const auto& [words, offers] : kShown) {
+    const std::string shown = shownByZsh(words);
+    for (const char* offer : offers) EXPECT_THAT(shown, HasSubstr(offer)) << words;
+  }
 }
 
 TEST(Completions, DoNotShowWhatIsHidden) {

@@ -119,6 +119,12 @@ TEST(ProblemOfOption, KeepsACustomSizeWithinTheLimitsOfThePrinter) {
     EXPECT_EQ(problem("PageSize", value), "") << value;
   }
   EXPECT_EQ(problem("PageSize", "Custom.100x150mm"), "") << "cut at both sides";
+  for (const char* value : {"Custom.72x9999mm", "custom.72x9999MM", "auto,Custom.72x9999mm"}) {
+    EXPECT_THAT(problem("media", value), HasSubstr("cannot be printed: the smallest is ")) << value;
+  }
+  for (const char* value : {"Custom.72x350mm", "auto,Custom.72x350mm", "iso_a4_210x297mm"}) {
+    EXPECT_EQ(problem("media", value), "") << value;
+  }
 }
 
 TEST(CheckJobOptions, FailsAsWrongUsage) {

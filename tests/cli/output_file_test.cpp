@@ -90,7 +90,7 @@ TEST_F(OutputFiles, SayWhyNothingCanBeWritten) {
   EXPECT_EQ(failureOf([] { writeWholeFile("/dev/full", "bytes"); }),
             "'/dev/full' cannot be written: No space left on device");
   folder_.write("file", "");
-  EXPECT_THAT(failureOf([&] { createFolder((folder_.path() / "file" / "x").string()); }),
+  EXPECT_THAT(failureOf([&] { const NewFolder folder((folder_.path() / "file" / "x").string()); }),
               testing::HasSubstr("cannot be created: "));
 }
 

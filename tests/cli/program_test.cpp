@@ -111,6 +111,8 @@ TEST_F(WrenProgramUsage, RefusesQueuesBeforeItAsksForAnything) {
   EXPECT_THAT(refusal(3, {"add-queue", "--from", "gone.json"}),
               HasSubstr("'gone.json' cannot be read"));
   EXPECT_EQ(refusal(3, {"add-queue", "--from", "."}), "the file '.' cannot be read");
+  EXPECT_EQ(refusal(3, {"add-queue", "--from", "/dev/zero"}),
+            "'/dev/zero' is longer than 16777216 bytes");
   folder_.write("bad.json", "{");
   EXPECT_THAT(refusal(2, {"add-queue", "--from", "bad.json"}), HasSubstr("bad.json is not JSON"));
   EXPECT_THAT(refusal(4, {"add-queue", "till", "usb://Wren/80", "--root", pathOf("nothing")}),

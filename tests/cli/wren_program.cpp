@@ -19,6 +19,7 @@ wren_test::ProcessResult WrenProgram::wren(const std::vector<std::string>& argum
                       "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8"};
   spec.environment.insert(spec.environment.end(), environment_.begin(), environment_.end());
   spec.workingFolder = folder_.path();
+  spec.beforeExec = beforeExec_;
   return wren_test::runProcess(spec);
 }
 

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,7 @@ class WrenProgram : public testing::Test {
 
   wren_test::TemporaryFolder folder_;
   std::vector<std::string> environment_;  ///< added to that of the program
+  std::function<void()> beforeExec_;      ///< runs in the child; may replace descriptors
 };
 
 /// The path of an example document.

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <fstream>
 #include <map>
+#include <memory>
 
 #include "tests/filter/cancelled_job.h"
 #include "tests/filter/expected_bytes.h"
@@ -189,6 +190,45 @@ TEST(Cancel, FinishesTheBandInProgressAndSendsNothingMoreOfThePage) {
   EXPECT_TRUE(out.substr(0, head + bands) ==
               (loudStart() + flatBands(576, 8000)).substr(0, head + bands));
   EXPECT_EQ(hexOf(out.substr(head + bands)), hexOf(loudCancelledEnd()));
+}
+
+// The filter is blocked in a write when the signal arrives.
+FilterJob jobFor(const SlowReader& reader) {
+  FilterJob job = waitingJob();
+  job.via = RasterVia::kFile;
+  job.raster = rasterStream(RasterKind::kV3, {flatPage(576, 8000, 255)});
+  job.beforeExec = [&reader] { dup2(reader.writeEnd(), STDOUT_FILENO); };
+  return job;
+}
+
+// Giving up would leave the printer inside a bit image, which takes the next job for its dots.
+TEST(Cancel, WaitsForAReaderThatStalls) {
+  SlowReader reader;
+  RunningFilter filter(jobFor(reader));
+  reader.started();
+  std::string out = reader.take(1000);
+  usleep(300000);  // the pipe fills up
+  filter.process().signal(SIGTERM);
+  EXPECT_FALSE(waitUntil([&] { return filter.process().hasEnded(); }, 2)) << "gave up";
+  out += reader.rest();
+  expectQuietEnd(filter.finish());
+  const std::string end = loudCancelledEnd();
+  ASSERT_GT(out.size(), end.size());
+  EXPECT_EQ(hexOf(out.substr(out.size() - end.size())), hexOf(end));
+}
+
+TEST(Cancel, EndsWhenAStalledReaderGoesAway) {
+  auto reader = std::make_unique<SlowReader>();
+  RunningFilter filter(jobFor(*reader));
+  reader->started();
+  ASSERT_FALSE(reader->take(1000).empty());
+  usleep(300000);
+  filter.process().signal(SIGTERM);
+  usleep(100000);
+  ASSERT_FALSE(filter.process().hasEnded());
+  reader.reset();
+  EXPECT_TRUE(waitUntil([&] { return filter.process().hasEnded(); }, 5)) << "still waits";
+  EXPECT_EQ(filter.finish().signal, SIGPIPE);
 }
 
 // A signal between the stages of a page, before its bands: the page is not sent completely.

@@ -22,6 +22,22 @@ TEST(PngFile, HoldsEveryLevelOfAGreyPicture) {
   EXPECT_EQ(read.pixels, picture.pixels);
 }
 
+TEST(PngFile, IsKnownAsOwn) {
+  const ScratchFolder folder;
+  ASSERT_EQ(writePng(Picture::white(900, 900), folder.file("own.png")), "");
+  EXPECT_TRUE(isOwnPng(folder.file("own.png")));
+  const auto own = bytesOfFile(folder.file("own.png"));
+  const std::string text(own.begin(), own.end());
+  const std::string words = std::string("Software") + '\0' + "Wren";
+  ASSERT_NE(text.find(words), std::string::npos);
+  std::string other = text;
+  other.replace(text.find(words) + 9, 4, "Else");
+  EXPECT_FALSE(isOwnPng(folder.write("other.png", {other.begin(), other.end()})));
+  EXPECT_FALSE(isOwnPng(folder.write("job.prn", {text.begin() + 8, text.end()})));
+  EXPECT_FALSE(isOwnPng(folder.file("absent.png")));
+  EXPECT_FALSE(isOwnPng(folder.path()));
+}
+
 TEST(PngFile, ReportsAMissingFolder) {
   const ScratchFolder folder;
   EXPECT_EQ(writePng(Picture::white(1, 1), folder.file("no/such.png")),
