@@ -25,8 +25,9 @@ namespace {
 // Lines of cupsfilter itself and of the chain's bookkeeping.
 constexpr std::array<std::string_view, 10> kNotErrors = {
     "DEBUG", "INFO", "NOTICE", "WARN", "ATTR:", "STATE:", "PAGE:", "PPD:", "cupsfilter:", "After "};
-constexpr std::array<std::string_view, 4> kAboutProcesses = {
-    " stopped with status ", " crashed on signal ", " exited with no errors", " did not terminate"};
+constexpr std::array<std::string_view, 5> kAboutProcesses = {
+    " stopped with status ", " crashed on signal ", " exited with no errors", " did not terminate",
+    "page logging turned off"};
 
 bool isRendererError(std::string_view line) {
   const auto starts = [&](std::string_view word) { return line.starts_with(word); };
