@@ -20,9 +20,9 @@ using Read = ipp_state_t (*)(http_t*, ipp_t*);
 
 // Replaces the function of libcups for every caller of the process: PAPPL is the one.
 extern "C" ipp_state_t ippRead(http_t* http, ipp_t* message) {
-  static const auto read = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "ippRead"));
+  static const auto kRead = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "ippRead"));
   if (http != nullptr) clientIsLocal = httpAddrLocalhost(httpGetAddress(http)) != 0;
-  return read == nullptr ? IPP_STATE_ERROR : read(http, message);
+  return kRead == nullptr ? IPP_STATE_ERROR : kRead(http, message);
 }
 #endif
 

@@ -20,6 +20,7 @@ PageComposer::PageComposer(const PageTarget& target, unsigned widthPx, unsigned 
     : widthPx_(widthPx),
       heightPx_(heightPx),
       headWidthPx_(target.headWidthPx),
+      area_(std::uint64_t{widthPx} * heightPx),
       scaled_(target.fitWidePages && widthPx > target.paperWidthPx) {
   composedHeightPx_ = composedHeight(scaled_, headWidthPx_, widthPx, heightPx);
   levels_.resize(std::size_t{composedHeightPx_} * headWidthPx_);
@@ -79,10 +80,9 @@ void PageComposer::addToSums(const std::uint8_t* ink, std::uint64_t weight) {
 }
 
 void PageComposer::finishScaledRow() {
-  const std::uint64_t area = std::uint64_t{widthPx_} * heightPx_;
   std::uint8_t* row = levels_.data() + std::size_t{rowsComposed_} * headWidthPx_;
   for (unsigned x = 0; x < headWidthPx_; ++x) {
-    row[x] = static_cast<std::uint8_t>((sums_[x] + area / 2) / area);
+    row[x] = static_cast<std::uint8_t>((sums_[x] + area_ / 2) / area_);
   }
   std::fill(sums_.begin(), sums_.end(), 0);
   ++rowsComposed_;

@@ -45,6 +45,7 @@ class PageComposer {
   unsigned heightPx_;
   unsigned headWidthPx_;
   unsigned composedHeightPx_;
+  std::uint64_t area_;  // of the page: the weight of one composed dot
   bool scaled_;
   unsigned rowsAdded_ = 0;
   unsigned rowsComposed_ = 0;

@@ -5,12 +5,15 @@
 
 #include <pappl/pappl.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "app/network_device.h"
 #include "app/printer_driver.h"
@@ -44,30 +47,44 @@ std::string optionOr(const char* name, int count, cups_option_t* options,
   return value == nullptr ? other : value;
 }
 
+// Throws std::runtime_error.
+int portOf(const std::string& text) {
+  int port = -1;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, port);
+  if (error != std::errc() || stop != end || port < 0 || port > 65535) {
+    throw std::runtime_error("server-port cannot be \"" + text + "\" (0 to 65535)");
+  }
+  return port;
+}
+
 // Lives until the process ends: PAPPL frees the system, but our callbacks may still run.
 std::unique_ptr<Server>& theServer() {
   static std::unique_ptr<Server> server;
   return server;
 }
 
-pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) {
+ServerOptions serverOptionsOf(int count, cups_option_t* options) {
   ServerOptions server;
   server.name = optionOr("server-name", count, options, server.name);
   server.host = optionOr("listen-hostname", count, options, server.host);
-  server.port = std::atoi(optionOr("server-port", count, options, "0").c_str());
+  server.port = portOf(optionOr("server-port", count, options, "0"));
   server.stateFolder = optionOr("state-directory", count, options, defaultStateFolder());
   server.logFile = optionOr("log-file", count, options, server.logFile);
   server.logLevel = logLevelOf(cupsGetOption("log-level", count, options));
   server.pagesFolder = optionOr("pages-directory", count, options, "");
+  return server;
+}
+
+pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) {
   try {
-    theServer() = std::make_unique<Server>(server);
+    theServer() = std::make_unique<Server>(serverOptionsOf(count, options));
     return theServer()->system();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "wren-printer-app: %s\n", error.what());
     return nullptr;
   }
 }
-
 }  // namespace
 
 int runProgram(int argc, char** argv) {

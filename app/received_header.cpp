@@ -21,8 +21,8 @@ using ReadHeader = unsigned (*)(cups_raster_t*, cups_page_header2_t*);
 
 // Replaces the function of libcups for every caller of the process: PAPPL is the one.
 extern "C" unsigned cupsRasterReadHeader2(cups_raster_t* raster, cups_page_header2_t* header) {
-  static const auto read = reinterpret_cast<ReadHeader>(dlsym(RTLD_NEXT, "cupsRasterReadHeader2"));
-  const unsigned result = read == nullptr ? 0 : read(raster, header);
+  static const auto kRead = reinterpret_cast<ReadHeader>(dlsym(RTLD_NEXT, "cupsRasterReadHeader2"));
+  const unsigned result = kRead == nullptr ? 0 : kRead(raster, header);
   received.any = result != 0;
   if (received.any) received.header = *header;
   return result;

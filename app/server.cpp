@@ -53,11 +53,9 @@ bool saveState(pappl_system_t* system, void* file) {
 }
 
 pappl_version_t firmwareVersion() {
-  pappl_version_t version = {};
+  pappl_version_t version = {{}, {}, {}, {WREN_VERSION_NUMBERS}};
   std::snprintf(version.name, sizeof version.name, "Wren");
   std::snprintf(version.sversion, sizeof version.sversion, "%s", WREN_VERSION);
-  std::sscanf(WREN_VERSION, "%hu.%hu.%hu", &version.version[0], &version.version[1],
-              &version.version[2]);
   return version;
 }
 
@@ -95,10 +93,10 @@ Server::Server(const ServerOptions& options)
 }
 
 std::string defaultStateFolder() {
-  if (const std::string given = environment("STATE_DIRECTORY"); !given.empty()) return given;
+  if (std::string given = environment("STATE_DIRECTORY"); !given.empty()) return given;
   constexpr const char* kName = "/wren-printer-app";
   if (::getuid() == 0) return std::string("/var/lib") + kName;
-  if (const std::string state = environment("XDG_STATE_HOME"); !state.empty()) return state + kName;
+  if (std::string state = environment("XDG_STATE_HOME"); !state.empty()) return state + kName;
   return environment("HOME") + "/.local/state" + kName;
 }
 
