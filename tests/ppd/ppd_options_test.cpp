@@ -243,11 +243,13 @@ TEST_P(Ppd, LeavesThePrintHeadBetweenTheMargins) {
     const bool isPaperWide =
         std::string(size.name).rfind("X" + std::to_string(GetParam().paperMm) + "MM", 0) == 0;
     ++(isPaperWide ? paperWide : asPrinted);
-    EXPECT_NEAR(size.right - size.left, isPaperWide ? headPt : size.width, 0.6);
+    EXPECT_NEAR(size.right - size.left, isPaperWide ? headPt : double{size.width}, 0.6);
     EXPECT_NEAR(size.left, size.width - size.right, 0.1) << "one margin is wider";
     EXPECT_EQ(size.bottom, 0);
     EXPECT_EQ(size.top, size.length);
-    if (!isPaperWide) EXPECT_NEAR(size.width, headPt, 1.0);
+    if (!isPaperWide) {
+      EXPECT_NEAR(size.width, headPt, 1.0);
+    }
   }
   EXPECT_GE(paperWide, 7);
   EXPECT_EQ(asPrinted, 1);
