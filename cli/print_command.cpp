@@ -23,6 +23,7 @@
 #include "cli/report.h"
 #include "common/handles.h"
 #include "escpos/reader.h"
+#include "filter/cancel_signal.h"
 #include "job/option_table.h"
 #include "preview/job_picture.h"
 
@@ -82,10 +83,13 @@ struct Work {
 };
 
 // The bytes are complete; only the picture is not made.
-std::string describeLeftOutPicture(const escpos::Paper& paper, const PrintPlaces& places) {
+std::string describeLeftOutPicture(const escpos::VirtualPrinter& printer,
+                                   const PrintPlaces& places) {
   constexpr std::uint64_t kUnitsPerMetre = std::uint64_t{203} * escpos::kUnitsPerRow * 10000 / 254;
-  const std::uint64_t metres = paper.lengthUnits / kUnitsPerMetre + 1;
-  std::string line = "no picture: " + std::to_string(metres) + " m of paper are too much for one";
+  const std::uint64_t metres = printer.paper().lengthUnits / kUnitsPerMetre + 1;
+  if (printer.stopped()) return "no picture: the paper holds more than can be drawn";
+  const std::string line =
+      "no picture: " + std::to_string(metres) + " m of paper are too much for one";
   std::error_code ignored;
   if (fs::is_other(places.bytes, ignored) || places.bytes == kStandardOutput) return line;
   return line + "; wren preview " + shellWord(places.bytes) + " --split --max-length " +
@@ -102,19 +106,28 @@ void drawPaper(const Work& work, const PrintPlaces& places, PrintResults& result
   readBytes(work.bytes, reader);
   const escpos::VirtualPrinter& printer = reader.printer();
   const escpos::Paper& paper = printer.paper();
-  if (printer.stopped() || paper.lengthUnits > longestPicture) {
-    notes.push_back(describeLeftOutPicture(paper, places));
-    results.leaveOutPicture();
-    return;
-  }
-  if (!printer.problems().empty()) {
+  if (!printer.stopped() && !printer.problems().empty()) {
     throw Failure(kFailed,
                   "the printer bytes cannot be read back whole: " + printer.problems()[0].text);
   }
+  if (printer.stopped() || paper.lengthUnits > longestPicture) {
+    notes.push_back(describeLeftOutPicture(printer, places));
+    results.leaveOutPicture();
+    return;
+  }
   preview::Options options;
   options.style.marks = true;
-  const auto written = preview::writePictures(paper, options, results.picturePath());
-  if (!written.errors.empty()) throw Failure(kFailed, "'" + places.picture + "' cannot be written");
+  filter::CancelSignal interruption;
+  interruption.flag = interruptionFlag();
+  preview::PictureRules rules;
+  rules.cancel = interruption.check();
+  const auto written = preview::writePictures(paper, options, results.picturePath(), rules);
+  failIfInterrupted();
+  if (!written.errors.empty()) {
+    // Each begins with the path that was drawn to.
+    throw Failure(kFailed, "'" + places.picture + "' cannot be written" +
+                               written.errors[0].substr(results.picturePath().size()));
+  }
   if (written.files.empty()) results.leaveOutPicture();
 }
 

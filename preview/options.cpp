@@ -50,8 +50,7 @@ void takeTell(const std::vector<std::string>& tell, Options& options) {
 
 void addTellOption(CLI::App& app, Options& options, CLI::Option* file) {
   app.add_option_function<std::vector<std::string>>(
-         "--tell",
-         [&options](const std::vector<std::string>& tell) { takeTell(tell, options); },
+         "--tell", [&options](const std::vector<std::string>& tell) { takeTell(tell, options); },
          "Send a command to the control port of a listening wren-preview")
       ->type_name("[HOST:]PORT COMMAND")
       ->expected(2)

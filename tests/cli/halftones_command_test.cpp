@@ -16,6 +16,7 @@
 #include "preview/png_file.h"
 #include "tests/cli/wren_program.h"
 #include "tests/preview/png_reading.h"
+#include "tests/support/raster_stream.h"
 #include "tests/support/same_bytes.h"
 
 namespace wren::cli {
@@ -59,6 +60,49 @@ TEST_F(WrenProgramHalftones, ShowEachTypeDotByDot) {
   const GreyPicture drawn = readPng(pathOf("sheet.png"));
   EXPECT_GT(drawn.pixels.size(), 9U * kPart.widthPx * kPart.heightPx);
   EXPECT_THAT(drawn.pixels, wren_test::SameBytes(readPng(pathOf("expected.png")).pixels));
+}
+
+// Each column has its own brightness, each paper its own PPD, and the user's options hold.
+TEST_F(WrenProgramHalftones, ShowEachBrightnessOnThePaperWithTheOptionsOfTheUser) {
+  folder_.write("bin.ras", wren_test::rasterStream(wren_test::RasterKind::kV2,
+                                                   {wren_test::noisePage(576, 32, 1)}));
+  standIn("cupsfilter",
+          "printf '%s ' \"$@\" >" + pathOf("asked") + "\nexec cat " + pathOf("bin.ras") + "\n");
+  folder_.write("order.txt", "text\n");
+  const std::vector<std::string> common = {"--paper", "58", "-o", "PageType=1", "-o", "cpi=14"};
+  const auto call = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), common.begin(), common.end());
+    return done(arguments).out;
+  };
+  const auto report = nlohmann::json::parse(
+      call({"halftones", "order.txt", "--brightness", "-25 0 25", "--out", "sheet.png", "--json"}));
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("/wren58.ppd "));
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("-o cpi=14 "));
+  std::vector<preview::SheetRow> rows;
+  for (const auto& type : report["halftoneTypes"]) {
+    const std::string name = type["name"];
+    preview::SheetRow row;
+    row.heading = "HalftoneType=" + name + ": " + type["prints"].get<std::string>();
+    std::set<std::vector<std::uint8_t>> different;
+    for (const char* brightness : {"-25", "0", "25"}) {
+      call({"print", "order.txt", "--out", "cell.prn", "-o", "HalftoneType=" + name, "-o",
+            std::string("Brightness=") + brightness});
+      const std::string bytes = bytesOf("cell.prn");
+      const auto paper =
+          escpos::readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()})
+              .paper;
+      EXPECT_EQ(paper.widthDots, 384U);
+      preview::PaperPicture picture(paper, escpos::wholeStrip(paper), {});
+      row.cells.push_back({std::string("Brightness=") + brightness, preview::greyPicture(picture)});
+      different.insert(row.cells.back().picture.pixels);
+    }
+    EXPECT_EQ(different.size(), 3U) << name << " prints the same, so the comparison proves little";
+    rows.push_back(std::move(row));
+  }
+  const preview::Picture expected = preview::drawContactSheet(rows, 1600);
+  ASSERT_EQ(preview::writePng(expected, pathOf("expected.png")), "");
+  EXPECT_THAT(readPng(pathOf("sheet.png")).pixels,
+              wren_test::SameBytes(readPng(pathOf("expected.png")).pixels));
 }
 
 TEST_F(WrenProgramHalftones, AreNamedAfterTheDocument) {

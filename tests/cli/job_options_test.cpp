@@ -99,6 +99,28 @@ TEST(ProblemOfOption, NamesTheChoices) {
   EXPECT_THAT(problem("Brightness", "Custom.3"), HasSubstr("Brightness has no choice 'Custom.3'"));
 }
 
+TEST(ProblemOfOption, TakesNoPartOfAName) {
+  const std::pair<const char*, const char*> kParts[] = {
+      {"HalftoneType", "Stuck"},
+      {"HalftoneType", "Stuckis"},
+      {"HalftoneType", ""},
+      {"HalftoneType", "one"},
+      {"PageSize", "X80MMY600"},
+      {"PageSize", "X80MMY200MMM"},
+      {"Brightness", "1"},
+      {"PageCutType", "11"},
+      {"HalftoneTyp", "None"},
+      {"HalftoneTypes", "None"},
+      {"alftoneType", "None"},
+      {"cp", "14"},
+      {"ages", "1"},
+      {"cpis", "14"},
+  };
+  for (const auto& [name, value] : kParts) {
+    EXPECT_NE(problem(name, value), "") << name << "=" << value;
+  }
+}
+
 TEST(ProblemOfOption, TellsHowACustomSizeIsWritten) {
   for (const char* value : {"Custom.banana", "Custom.", "Custom.72", "Custom.72x", "Custom.x350mm",
                             "Custom.72x350miles", "Custom.-72x350mm", "Custom.72x350mm2"}) {

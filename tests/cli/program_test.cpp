@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/wren_program.h"
@@ -117,6 +118,57 @@ TEST_F(WrenProgramUsage, RefusesQueuesBeforeItAsksForAnything) {
   EXPECT_THAT(refusal(2, {"add-queue", "--from", "bad.json"}), HasSubstr("bad.json is not JSON"));
   EXPECT_THAT(refusal(4, {"add-queue", "till", "usb://Wren/80", "--root", pathOf("nothing")}),
               HasSubstr("the filter is not installed"));
+}
+
+// A system of another root; checks of the owner need root, or a user who plays it.
+class WrenProgramDoctor : public WrenProgramUsage {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(pathOf("root" WREN_CUPS_SERVERBIN "/filter"));
+    for (const char* folder : {"root" WREN_CUPS_SERVERBIN "/filter", "root"}) {
+      std::filesystem::permissions(pathOf(folder), std::filesystem::perms(0755));
+    }
+  }
+
+  // A filter that ends with this status.
+  void installFilter(int status) {
+    const auto path = folder_.write("root" WREN_CUPS_SERVERBIN "/filter/rastertowren",
+                                    "#!/bin/sh\nexit " + std::to_string(status) + "\n");
+    std::filesystem::permissions(path, std::filesystem::perms(0755));
+  }
+
+  std::string diagnosis() { return wren({"doctor", "--root", pathOf("root")}).out; }
+};
+
+// The filter without arguments prints its usage and ends with 1.
+TEST_F(WrenProgramDoctor, TakesNoFilterForSoundThatEndsInAnotherWay) {
+  if (geteuid() != 0) GTEST_SKIP() << "the filter has to belong to root";
+  installFilter(1);
+  EXPECT_THAT(diagnosis(), HasSubstr("ok    the filter runs on this machine ("));
+  for (const int status : {0, 2, 126, 139}) {
+    installFilter(status);
+    EXPECT_THAT(diagnosis(), HasSubstr("BAD   the filter does not run on this machine ("))
+        << status;
+    EXPECT_THAT(diagnosis(), HasSubstr(", status " + std::to_string(status) + ")"));
+  }
+}
+
+// The mode that CUPS gives the folder itself: only root and CUPS may look into it.
+TEST_F(WrenProgramDoctor, MakesTheFolderOfTheImagesAsCupsDoes) {
+  const std::string folder = pathOf("root/var/spool/cups/tmp");
+  EXPECT_THAT(diagnosis(), HasSubstr("BAD   there is no " + folder +
+                                     ", so no debug images are written\n      fix: sudo install "
+                                     "-d -o root -g lp -m 1770 " +
+                                     folder + "\n"));
+  std::filesystem::create_directories(folder);
+  EXPECT_THAT(diagnosis(), HasSubstr("ok    " + folder + " holds 0 MB of debug images\n"));
+}
+
+TEST_F(WrenProgramDoctor, NamesEachPpdThatIsMissing) {
+  for (const char* paper : {"58", "80", "112"}) {
+    EXPECT_THAT(diagnosis(), HasSubstr("BAD   the PPD " + pathOf("root" WREN_PPD_INSTALL_DIR) +
+                                       "/wren" + paper + ".ppd is missing\n"));
+  }
 }
 
 class WrenProgramUninstall : public WrenProgramUsage {

@@ -145,6 +145,23 @@ for n in $(seq 205); do printf '%3d/205 Test #%d: Some.Test ....   Passed    0.0
 diff <(printf 'wren: test %s of 205\n' 100 200) noted || die "the counter says: $(cat noted)"
 cmp ctest tests.log
 
+# Tests that fail are a failure of the command, and what they said is shown.
+: >missing
+for status in 0 8; do
+  stand_in ctest <<SCRIPT
+#!/usr/bin/env bash
+echo "1/1 Test #1: Some.Test ...."
+echo "100% tests passed, so it says"
+exit $status
+SCRIPT
+  stand_in ninja </dev/null
+  got=0
+  "$tree/wren" test --preset release >said 2>noted || got=$?
+  ((got == (status == 0 ? 0 : 1))) || die "test ended with $got where ctest ended with $status: $(cat noted)"
+  cat said noted | grep -q '100% tests passed' || die "the output of ctest is not shown: $(cat said noted)"
+done
+grep -qF "wren: tests failed; the whole log is in $tree/build/release-tests.log" noted || die "said: $(cat noted)"
+
 # A system that is too old is refused before anything is installed.
 old_system() {
   # shellcheck source=tools/say.sh

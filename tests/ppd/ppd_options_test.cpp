@@ -58,6 +58,18 @@ class Ppd : public testing::TestWithParam<Printer> {
     return choice == nullptr ? std::string("no such choice") : choice->text;
   }
 
+  // Of the first attribute of this name; a text that no PPD has where there is none.
+  std::string attribute(const char* name) const {
+    const ppd_attr_t* found = ppdFindAttr(ppd_, name, nullptr);
+    return found == nullptr || found->value == nullptr ? std::string("no attribute")
+                                                       : std::string(found->value);
+  }
+
+  std::string marked(const char* keyword) const {
+    const ppd_choice_t* choice = ppdFindMarkedChoice(ppd_, keyword);
+    return choice == nullptr ? std::string("no choice") : std::string(choice->choice);
+  }
+
   ppd_file_t* ppd_ = nullptr;
 };
 
@@ -96,7 +108,7 @@ TEST_P(Ppd, OffersEveryNumberThatTheFilterUnderstands) {
     ASSERT_TRUE(kExpected.contains(row.keyword));
     const auto& expected = kExpected.at(row.keyword);
     EXPECT_EQ(choicesOf(row.keyword), numbers(0, expected.lastChoice));
-    EXPECT_STREQ(ppdFindMarkedChoice(ppd_, row.keyword)->choice, expected.shopDefault);
+    EXPECT_EQ(marked(row.keyword), expected.shopDefault);
     EXPECT_EQ(row.lowest, 0);
     EXPECT_EQ(row.highest, expected.lastChoice);
     EXPECT_EQ(std::to_string(row.initial), expected.shopDefault);
@@ -134,7 +146,7 @@ TEST_P(Ppd, SortsTheOptionsIntoGroups) {
 // From 26 on bare paper exceeds the threshold and the whole page is black.
 TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
   EXPECT_EQ(choicesOf("Brightness"), numbers(-25, 25, 5));
-  EXPECT_STREQ(ppdFindMarkedChoice(ppd_, "Brightness")->choice, "0");
+  EXPECT_EQ(marked("Brightness"), "0");
   EXPECT_EQ(textOf("Brightness", "20"), "20 darker");
   EXPECT_EQ(textOf("Brightness", "-20"), "20 lighter");
 }
@@ -142,7 +154,7 @@ TEST_P(Ppd, KeepsBrightnessWherePaperStaysWhite) {
 // Debug images show private receipts, so they are written only on request.
 TEST_P(Ppd, LeavesDebugImagesOff) {
   EXPECT_EQ(choicesOf(kDebugImagesOption), (std::vector<std::string>{kDebugImagesOff, "On"}));
-  EXPECT_STREQ(ppdFindMarkedChoice(ppd_, kDebugImagesOption)->choice, kDebugImagesOff);
+  EXPECT_EQ(marked(kDebugImagesOption), kDebugImagesOff);
 }
 
 // From FloydSteinberg to Sierra, each name runs the method of the next name; the texts name the
@@ -174,6 +186,26 @@ TEST_P(Ppd, DescribesEachNumberByWhatItDoes) {
               std::to_string(100 + 50 * i) + " ms");
   }
   EXPECT_THAT(textOf("PageType", "1"), testing::StartsWith("Keep"));
+  EXPECT_THAT(textOf("Buzzer1Setting", "1"), testing::StartsWith("Sound before"));
+  EXPECT_THAT(textOf("Buzzer1Setting", "2"), testing::StartsWith("Sound after"));
+  EXPECT_EQ(textOf("Buzzer2Setting", "1"), "Sound before printing");
+  EXPECT_EQ(textOf("Buzzer2Setting", "2"), "Sound after printing");
+  for (int i = 1; i <= 15; ++i) {
+    EXPECT_EQ(textOf("FeedCutAfterJobEnd", std::to_string(i).c_str()), std::to_string(i) + " mm");
+  }
+  for (const char* option : {"Buzzer1OnTime", "Buzzer1Repeat", "Buzzer2OnTime", "Buzzer2Repeat"}) {
+    for (const std::string& number : numbers(0, 9)) {
+      EXPECT_THAT(textOf(option, number.c_str()), testing::StartsWith(number)) << option;
+    }
+  }
+  for (const char* option : {"PageCutType", "DocCutType"}) {
+    EXPECT_THAT(textOf(option, "0"), testing::HasSubstr("o cut")) << option;
+  }
+  for (const char* option : {"Buzzer1Setting", "Buzzer2Setting"}) {
+    EXPECT_EQ(textOf(option, "0"), "Silent");
+  }
+  EXPECT_EQ(textOf("CashDrawerSetting", "0"), "Leave closed");
+  EXPECT_EQ(textOf("FeedCutAfterJobEnd", "0"), "No feed");
 }
 
 TEST_P(Ppd, CutsPagesAtTheWidthOfTheHead) {
@@ -198,18 +230,53 @@ TEST_P(Ppd, NamesEverySizeByItsMillimetres) {
   EXPECT_NE(ppd_->variable_sizes, 0);
 }
 
+// A size as wide as the paper leaves the print head between its margins; what is made for the
+// printed width has none. No size has a margin above or below.
+TEST_P(Ppd, LeavesThePrintHeadBetweenTheMargins) {
+  const double headPt = GetParam().headDots / 203.0 * 72;
+  int paperWide = 0;
+  int asPrinted = 0;
+  for (int i = 0; i < ppd_->num_sizes; ++i) {
+    const ppd_size_t& size = ppd_->sizes[i];
+    if (std::string(size.name) == "Custom") continue;
+    SCOPED_TRACE(size.name);
+    const bool isPaperWide =
+        std::string(size.name).rfind("X" + std::to_string(GetParam().paperMm) + "MM", 0) == 0;
+    ++(isPaperWide ? paperWide : asPrinted);
+    EXPECT_NEAR(size.right - size.left, isPaperWide ? headPt : double{size.width}, 0.6);
+    EXPECT_NEAR(size.left, size.width - size.right, 0.1) << "one margin is wider";
+    EXPECT_EQ(size.bottom, 0);
+    EXPECT_EQ(size.top, size.length);
+    if (!isPaperWide) {
+      EXPECT_NEAR(size.width, headPt, 1.0);
+    }
+  }
+  EXPECT_GE(paperWide, 7);
+  EXPECT_EQ(asPrinted, 1);
+  for (const float margin : ppd_->custom_margins) EXPECT_EQ(margin, 0);
+}
+
+// The width of a custom page is not limited to the head: a wider one keeps its middle.
+TEST_P(Ppd, TakesCustomSizesUpToThreeMetres) {
+  const std::map<int, double> kLeastWidthMm = {{58, 20}, {80, 25}, {112, 40}};
+  EXPECT_NEAR(ppd_->custom_min[0], kLeastWidthMm.at(GetParam().paperMm) * 72 / 25.4, 0.1);
+  EXPECT_NEAR(ppd_->custom_min[1], 10 * 72 / 25.4, 0.1);
+  EXPECT_NEAR(ppd_->custom_max[1], 3000 * 72 / 25.4, 0.1);
+}
+
 TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
   EXPECT_EQ(ppd_->manual_copies, 1);
   EXPECT_EQ(ppd_->model_number, GetParam().paperMm);
-  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsFilter2", nullptr)->value,
-               "application/vnd.cups-raster application/vnd.wren-escpos 0 rastertowren");
+  EXPECT_EQ(attribute("cupsFilter2"),
+            "application/vnd.cups-raster application/vnd.wren-escpos 0 rastertowren");
   EXPECT_STREQ(ppdFindNextAttr(ppd_, "cupsFilter2", nullptr)->value,
                "application/vnd.cups-command application/vnd.wren-escpos 0 commandtowren");
   EXPECT_EQ(ppdFindNextAttr(ppd_, "cupsFilter2", nullptr), nullptr);
   EXPECT_EQ(ppdFindAttr(ppd_, "cupsFilter", nullptr), nullptr);
-  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsSNMPSupplies", nullptr)->value, "False");
-  EXPECT_THAT(ppdFindAttr(ppd_, "1284DeviceID", nullptr)->value, testing::HasSubstr("MFG:Wren;"));
-  EXPECT_STREQ(ppdFindAttr(ppd_, "cupsLanguages", nullptr)->value, "en de es fr ja zh_CN");
+  EXPECT_EQ(attribute("cupsSNMPSupplies"), "False");
+  EXPECT_EQ(attribute("1284DeviceID"), "MFG:Wren;MDL:" + std::to_string(GetParam().paperMm) +
+                                           " mm receipt printer;CMD:ESC/POS;CLS:PRINTER;");
+  EXPECT_EQ(attribute("cupsLanguages"), "en de es fr ja zh_CN");
 }
 
 // CUPS shows the buttons of its web page by this list.

@@ -143,6 +143,14 @@ finds_faults_of_the_queue() {
     "$system/usr/share/ppd/wren/wren80.ppd" >old.ppd
   lpadmin -p till -P old.ppd 2>/dev/null
   fixes "the queue 'till' has the PPD of another version"
+  # Each paper has a PPD of its own.
+  for paper in 58 112; do
+    sed 's/^\*FileVersion:.*/*FileVersion: "1.0"/; s/^\*cupsVersion.*/&\n*WrenOld: "1"/' \
+      "$system/usr/share/ppd/wren/wren$paper.ppd" >old-paper.ppd
+    lpadmin -p till -P old-paper.ppd 2>/dev/null
+    fixes "the queue 'till' has the PPD of another version"
+    grep -qF "/wren$paper.ppd" fix || die "for $paper mm the cure is: $(cat fix)"
+  done
   sed 's/^\*NickName:.*/*NickName: "Some other printer"/; s/^\*ModelName:.*/*ModelName: "Other"/' old.ppd >other.ppd
   lpadmin -p till -P other.ppd 2>/dev/null
   fixes "the queue 'till' does not print with a PPD of Wren's"
