@@ -93,7 +93,7 @@ package_in_root() {
   cp "$root"/build/*.deb "$root"/build/*.changes "$root"/build/*.buildinfo "$folder"
   check_package "$folder"
   dpkg-deb -x "$folder"/printer-driver-wren_*.deb "$folder/files"
-  [[ $arch != armhf ]] || check_no_neon "$folder/files/usr/lib/cups/filter/rastertowren"
+  [[ $arch != armhf ]] || check_no_neon "$folder"/files/usr/lib/cups/filter/*
   if [[ $arch != $(dpkg --print-architecture) ]]; then
     need emulator
     emulator=$(emulator_of "$arch")
@@ -127,8 +127,8 @@ prepare_build() {
 # Debian's armhf includes processors without NEON, and NEON of ARMv7 flushes small
 # numbers to zero, which would change pages.
 check_no_neon() {
-  ! readelf -A "$1" | grep -q Tag_Advanced_SIMD_arch ||
-    fail "$STATUS_FAILED" "the filter has NEON instructions; armhf must run the scalar kernels"
+  ! readelf -A "$@" | grep -q Tag_Advanced_SIMD_arch ||
+    fail "$STATUS_FAILED" "a filter has NEON instructions; armhf must run the scalar kernels"
 }
 
 # write_runners ROOT ARCHITECTURE FOLDER: for each program of the package a script of
@@ -137,7 +137,7 @@ write_runners() {
   local root=$1 arch=$2 folder=$3 libraries loader program
   libraries=$root/usr/lib/$(dpkg-architecture -a "$arch" -q DEB_HOST_MULTIARCH 2>/dev/null)
   loader=$(compgen -G "$libraries/ld-linux*.so.*") || fail "$STATUS_FAILED" "$libraries has no loader"
-  for program in "$folder"/files/usr/bin/* "$folder/files/usr/lib/cups/filter/rastertowren"; do
+  for program in "$folder"/files/usr/bin/* "$folder"/files/usr/lib/cups/filter/*; do
     printf '#!/bin/sh\nexec %s%s --library-path %s %s "$@"\n' "${emulator:+$emulator }" "$loader" \
       "$libraries" "$program" >"$folder/${program##*/}"
     chmod +x "$folder/${program##*/}"
@@ -162,6 +162,9 @@ run_programs() {
     fail "$STATUS_FAILED" "the filter of the package does not print with its PPD; the whole log is in $folder/receipt.log"
   "$folder/wren-preview" "$folder/receipt.prn" --output "$folder/receipt.png" ||
     fail "$STATUS_FAILED" "wren-preview of the package cannot draw the page"
+  [[ $(printf '#CUPS-COMMAND\nOpenDrawer\n' | PPD=$folder/files/usr/share/ppd/wren/wren80.ppd \
+    "$folder/commandtowren" 1 user title 1 "" 2>"$folder/command.log" | od -An -tx1) == ' 1b 70 00 32 32' ]] ||
+    fail "$STATUS_FAILED" "the filter for commands of the package does not open the drawer; its messages are in $folder/command.log"
 }
 
 # Whether the golden jobs can mount a private folder over the spool of CUPS. Where they cannot, they
