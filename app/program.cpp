@@ -5,6 +5,7 @@
 
 #include <pappl/pappl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -58,6 +59,8 @@ pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) 
   server.stateFolder = optionOr("state-directory", count, options, defaultStateFolder());
   server.logFile = optionOr("log-file", count, options, server.logFile);
   server.logLevel = logLevelOf(cupsGetOption("log-level", count, options));
+  server.clientTimeoutSeconds = static_cast<unsigned>(
+      std::max(0, std::atoi(optionOr("client-timeout", count, options, "60").c_str())));
   server.pagesFolder = optionOr("pages-directory", count, options, "");
   try {
     theServer() = std::make_unique<Server>(server);
