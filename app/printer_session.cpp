@@ -210,10 +210,15 @@ bool PrinterSession::waitUntilPrinted() {
   auto readySince = Clock::now();
   while (result != LinkResult::kClosed && !cancel_.isCancelled()) {
     result = questions_->waitForPrinted({times_.retry, cancel_});
-    if (result == LinkResult::kDone) return true;
+    if (result == LinkResult::kDone) {
+      setStalled(false);
+      return true;
+    }
     if (result != LinkResult::kTimedOut) continue;
     const auto status = questions_->askStatus(cancel_);
     setStatus(status);
+    // It has answered before: what it has taken waits in front of the question.
+    setStalled(!status);
     if (!status || !status->isReady()) readySince = Clock::now();
     if (Clock::now() - readySince < times_.unprinted) continue;
     // It has had the time to print everything it can hold.

@@ -5,6 +5,7 @@
 
 #include <pappl/pappl.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -72,6 +73,8 @@ ServerOptions serverOptionsOf(int count, cups_option_t* options) {
   server.stateFolder = optionOr("state-directory", count, options, defaultStateFolder());
   server.logFile = optionOr("log-file", count, options, server.logFile);
   server.logLevel = logLevelOf(cupsGetOption("log-level", count, options));
+  server.clientTimeoutSeconds = static_cast<unsigned>(
+      std::max(0, std::atoi(optionOr("client-timeout", count, options, "60").c_str())));
   server.pagesFolder = optionOr("pages-directory", count, options, "");
   return server;
 }

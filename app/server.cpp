@@ -7,11 +7,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
+#include "app/client_timeout.h"
 #include "app/document_callbacks.h"
 #include "app/printer_driver.h"
 #include "common/handles.h"
@@ -67,6 +69,7 @@ Server::Server(const ServerOptions& options)
       begunJobs_(options.stateFolder + "/begun"),
       origins_(isShared(options.host)),
       services_{&keeper_, &begunJobs_, &origins_} {
+  setClientTimeout(std::chrono::seconds(options.clientTimeoutSeconds));
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
   system_ = papplSystemCreate(systemOptions(options.host), options.name.c_str(), options.port,

@@ -23,7 +23,8 @@ struct ServerOptions {
   std::string stateFolder;         ///< created if it is missing
   std::string logFile = "-";       ///< "-": standard error
   pappl_loglevel_t logLevel = PAPPL_LOGLEVEL_WARN;
-  std::string pagesFolder;  ///< keeps the pages handed to the core; empty: does not
+  std::string pagesFolder;             ///< keeps the pages handed to the core; empty: does not
+  unsigned clientTimeoutSeconds = 60;  ///< drops clients that stall for so long; 0: never
 };
 
 class Server {

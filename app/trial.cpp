@@ -108,6 +108,8 @@ int runTrial(int argc, char** argv) {
   app.add_option("--device", options.device,
                  "Address of a printer; a software printer if left out");
   app.add_option("--pages", options.server.pagesFolder, "Folder for the pages handed to the core");
+  app.add_option("--client-timeout", options.server.clientTimeoutSeconds,
+                 "Seconds after which a client that stalls is dropped; 0 is never");
   CLI11_PARSE(app, argc, argv);
   options.driver = "wren" + paper;
   try {

@@ -85,7 +85,9 @@ bool prepare(int socket, const addrinfo& address, Use use) {
 
 LoopbackSocket makeSocket(const addrinfo& address, Use use) {
   FileDescriptor socket(::socket(address.ai_family, address.ai_socktype, address.ai_protocol));
-  if (!socket || !prepare(socket.get(), address, use)) return failed(std::strerror(errno));
+  // A program that is started meanwhile would keep the port in use.
+  const bool isPrivate = socket && ::fcntl(socket.get(), F_SETFD, FD_CLOEXEC) == 0;
+  if (!isPrivate || !prepare(socket.get(), address, use)) return failed(std::strerror(errno));
   std::string name = nameOf(socket.get());
   return {std::move(socket), std::move(name), {}};
 }
