@@ -7,6 +7,7 @@
 
 #include "app/document_error.h"
 #include "app/pdf_document.h"
+#include "app/text_document.h"
 
 namespace wren::app {
 namespace {
@@ -21,6 +22,8 @@ struct Format {
 constexpr Format kFormats[] = {
     {"application/pdf",
      [](const DocumentRequest& request, PageSink& sink) { return readPdf(request, {}, sink); }},
+    {"text/plain",
+     [](const DocumentRequest& request, PageSink& sink) { return readText(request, {}, sink); }},
 };
 
 }  // namespace
