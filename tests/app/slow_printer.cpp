@@ -47,7 +47,7 @@ SlowPrinter::~SlowPrinter() {
 }
 
 std::string SlowPrinter::uri() const {
-  return "socket://127.0.0.1:" + std::to_string(port_);
+  return "socket://127.0.0.1:" + std::to_string(port_) + "/?status=off";
 }
 
 void SlowPrinter::comeBack(std::size_t limit) {

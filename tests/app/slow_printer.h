@@ -27,7 +27,7 @@ class SlowPrinter {
   SlowPrinter& operator=(const SlowPrinter&) = delete;
   ~SlowPrinter();
 
-  /// `socket://127.0.0.1:PORT`
+  /// A device that is asked nothing: this printer does not answer.
   std::string uri() const;
 
   /// Answers from now on, one connection after the other.
