@@ -34,6 +34,8 @@ source "$WREN_ROOT/tools/packages.sh"
 source "$WREN_ROOT/tools/build.sh"
 # shellcheck source=tools/program.sh
 source "$WREN_ROOT/tools/program.sh"
+# shellcheck source=tools/app.sh
+source "$WREN_ROOT/tools/app.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
 # shellcheck source=tools/arm64.sh
@@ -98,6 +100,13 @@ The program wren, built here and run at once (./wren COMMAND --help for its opti
 
 This checkout:
 
+  app [--port N] [--directory STATE] [--paper 58|80|112] [--device URI] [--pages DIR]
+        Serves a printer without a driver (IPP Everywhere, AirPrint) on this machine
+        alone, in the foreground until SIGTERM, and says its two addresses: for print
+        jobs and for its web page. Port 0 is a free one. Without a device, a software
+        printer draws what comes in into STATE (build/app). DIR gets the pages that
+        are handed to the core, as CUPS raster.
+        Example: ./wren app --port 8000
   test [--all | --preset NAME | --arm64]
         Builds with warnings as errors, runs every test and lints. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
@@ -152,7 +161,7 @@ main() {
       selftest | doctor | uninstall)
       hand_over "$command" "$@"
       ;;
-    test | bench | package | lint | fuzz | mutate)
+    app | test | bench | package | lint | fuzz | mutate)
       case ${1:-} in
         -h | --help) usage_of "$command" ;;
         *) "${command}_command" "$@" ;;

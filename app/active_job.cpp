@@ -61,13 +61,6 @@ std::unique_ptr<ActiveJob> ActiveJob::start(pappl_job_t* job, const pappl_pr_opt
 }
 
 bool ActiveJob::begin(const pappl_pr_options_t& options) {
-  const int printerId = papplPrinterGetID(papplJobGetPrinter(job_));
-  const int jobId = papplJobGetID(job_);
-  if (services_.begunJobs != nullptr && services_.begunJobs->wasInterrupted(printerId, jobId)) {
-    services_.begunJobs->end(printerId, jobId);
-    refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "interrupted, not printed again");
-    return false;
-  }
   try {
     JobRequest request = requestOf(job_, options);
     request.clientIsLocal = services_.origins == nullptr || services_.origins->isLocal(job_);
@@ -78,7 +71,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   }
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
-  plan_.jobId = jobId;
+  plan_.jobId = papplJobGetID(job_);
   stream_ = openDeviceStream(device_);
   if (stream_ == nullptr) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
@@ -89,10 +82,9 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   surroundings.out = stream_.get();
   surroundings.cancel = cancel();
   surroundings.keeper = services_.keeper;
-  surroundings.onBegin = [this, printerId, jobId] {
+  surroundings.onBegin = [this] {
     // A job that still waits for its printer when the process ends has not begun.
-    if (!beginDeviceJob(device_)) return;
-    if (services_.begunJobs != nullptr) services_.begunJobs->begin(printerId, jobId);
+    if (beginDeviceJob(device_)) noteBegin();
   };
   surroundings.onPage = [this] { betweenPages(device_); };
   surroundings.onMessage = [this](std::string_view line) {
@@ -100,6 +92,16 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   };
   print_ = std::make_unique<PrintJob>(plan_, surroundings);
   return true;
+}
+
+// A job that cannot be noted prints all the same: paper now is worth more than a second copy
+// after a crash costs.
+void ActiveJob::noteBegin() const {
+  if (services_.state == nullptr) return;
+  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
+  if (!services_.state->begin(key)) {
+    papplLogJob(job_, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
+  }
 }
 
 CancelCheck ActiveJob::cancel() const {
@@ -117,9 +119,6 @@ bool ActiveJob::finish() {
   const bool isTaken = endDeviceJob(device_);
   const std::string fault = deviceFault(device_);
   if (!fault.empty()) fail(DocumentError::Kind::kSystem, "printer: " + fault);
-  if (services_.begunJobs != nullptr && print_->hasBegun()) {
-    services_.begunJobs->end(papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_));
-  }
   return isWritten && isTaken && !failed_;
 }
 

@@ -11,12 +11,12 @@
 #include <memory>
 #include <string>
 
-#include "app/begun_jobs.h"
 #include "app/client_origin.h"
 #include "app/document_error.h"
 #include "app/page_keeper.h"
 #include "app/page_target.h"
 #include "app/print_job.h"
+#include "app/state_keeper.h"
 #include "common/cancel_check.h"
 #include "common/handles.h"
 
@@ -25,14 +25,14 @@ namespace wren::app {
 /// What the jobs of a process share; outlives them. Null members are left out.
 struct JobServices {
   PageKeeper* keeper = nullptr;
-  BegunJobs* begunJobs = nullptr;
+  StateKeeper* state = nullptr;
   const JobOrigins* origins = nullptr;  ///< null: every client is local
 };
 
 class ActiveJob {
  public:
-  /// Tells the client why the job is refused and returns null if one of its attributes is bad, it
-  /// was interrupted by the end of an earlier process, or its device cannot be written.
+  /// Tells the client why the job is refused and returns null if one of its attributes is bad or
+  /// its device cannot be written.
   static std::unique_ptr<ActiveJob> start(pappl_job_t* job, const pappl_pr_options_t& options,
                                           pappl_device_t* device, const JobServices& services);
 
@@ -52,6 +52,7 @@ class ActiveJob {
   ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services);
 
   bool begin(const pappl_pr_options_t& options);
+  void noteBegin() const;
 
   pappl_job_t* job_;
   pappl_device_t* device_;

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -15,41 +17,41 @@
 #include "common/private_file.h"
 
 namespace wren::app {
-namespace {
-
-std::string nameOf(int printerId, int jobId) {
-  return "printer-" + std::to_string(printerId) + "-job-" + std::to_string(jobId);
-}
-
-}  // namespace
 
 BegunJobs::BegunJobs(std::string folder) : folder_(std::move(folder)) {
-  if (folder_.empty()) return;
-  ::mkdir(folder_.c_str(), S_IRWXU);
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_, ignored)) {
-    interrupted_.insert(entry.path().filename());
-  }
+  if (!folder_.empty()) ::mkdir(folder_.c_str(), S_IRWXU);
 }
 
-std::string BegunJobs::pathOf(int printerId, int jobId) const {
-  return folder_ + "/" + nameOf(printerId, jobId);
-}
-
-bool BegunJobs::wasInterrupted(int printerId, int jobId) const {
-  return interrupted_.contains(nameOf(printerId, jobId));
+std::string BegunJobs::pathOf(const JobKey& job) const {
+  return folder_ + "/printer-" + std::to_string(job.printerId) + "-job-" +
+         std::to_string(job.jobId);
 }
 
 // The folder is synced too: without its entry the file is lost with the power.
-bool BegunJobs::begin(int printerId, int jobId) const {
+bool BegunJobs::begin(const JobKey& job) const {
   if (folder_.empty()) return true;
-  const FileDescriptor file = openPrivateFile(pathOf(printerId, jobId).c_str());
+  const FileDescriptor file = openPrivateFile(pathOf(job).c_str());
   const FileDescriptor folder(::open(folder_.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
   return file && folder && ::fsync(folder.get()) == 0;
 }
 
-void BegunJobs::end(int printerId, int jobId) const {
-  if (!folder_.empty()) ::unlink(pathOf(printerId, jobId).c_str());
+void BegunJobs::forget(const JobKey& job) const {
+  if (!folder_.empty()) ::unlink(pathOf(job).c_str());
+}
+
+std::vector<JobKey> BegunJobs::all() const {
+  std::vector<JobKey> jobs;
+  if (folder_.empty()) return jobs;
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, ignored)) {
+    JobKey job;
+    if (std::sscanf(entry.path().filename().c_str(), "printer-%d-job-%d", &job.printerId,
+                    &job.jobId) == 2) {
+      jobs.push_back(job);
+    }
+  }
+  std::sort(jobs.begin(), jobs.end());
+  return jobs;
 }
 
 }  // namespace wren::app

@@ -1,37 +1,45 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Which jobs have sent bytes to a printer and not ended. Kept in files, so that a job that was
-// printing when the process was killed is not printed a second time by the next one.
+// Which jobs have sent bytes to a printer and are not known to have ended. Kept in files, so that
+// a job that was printing when the process was killed is not printed again by the next one.
 
 #pragma once
 
-#include <set>
+#include <compare>
 #include <string>
+#include <vector>
 
 namespace wren::app {
 
+/// What names a job of PAPPL.
+struct JobKey {
+  int printerId = 0;
+  int jobId = 0;
+
+  auto operator<=>(const JobKey&) const = default;
+};
+
 class BegunJobs {
  public:
-  /// Reads what an earlier process left.
   /// @param folder is created if it is missing; empty keeps nothing.
   explicit BegunJobs(std::string folder);
 
-  /// Whether the job had begun when an earlier process ended.
-  bool wasInterrupted(int printerId, int jobId) const;
-
   /// Notes, on disk, that the job is about to send its first byte.
   /// @return false if that cannot be noted.
-  bool begin(int printerId, int jobId) const;
+  bool begin(const JobKey& job) const;
 
-  /// Forgets the job.
-  void end(int printerId, int jobId) const;
+  /// Forgets the job. A job that the saved state still calls unfinished must be kept: it would
+  /// be printed again.
+  void forget(const JobKey& job) const;
+
+  /// In order, those of earlier processes included.
+  std::vector<JobKey> all() const;
 
  private:
-  std::string pathOf(int printerId, int jobId) const;
+  std::string pathOf(const JobKey& job) const;
 
   std::string folder_;
-  std::set<std::string> interrupted_;
 };
 
 }  // namespace wren::app

@@ -35,6 +35,9 @@ void PrinterSession::attach(CancelCheck cancel, OnCondition onCondition) {
   hasJob_ = true;
   cancel_ = cancel;
   onCondition_ = std::move(onCondition);
+  // PAPPL keeps a device open for the job that follows.
+  if (state_ != State::kBegun) state_ = State::kFresh;
+  if (state_ == State::kFresh) fault_.clear();
 }
 
 bool PrinterSession::fail(const std::string& fault) {

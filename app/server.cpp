@@ -50,10 +50,6 @@ pappl_soptions_t systemOptions(const std::string& host) {
   return kSystemOptions | (isShared(host) ? PAPPL_SOPTIONS_NONE : PAPPL_SOPTIONS_NO_TLS);
 }
 
-bool saveState(pappl_system_t* system, void* file) {
-  return papplSystemSaveState(system, static_cast<const std::string*>(file)->c_str());
-}
-
 pappl_version_t firmwareVersion() {
   pappl_version_t version = {{}, {}, {}, {WREN_VERSION_NUMBERS}};
   std::snprintf(version.name, sizeof version.name, "Wren");
@@ -64,11 +60,10 @@ pappl_version_t firmwareVersion() {
 }  // namespace
 
 Server::Server(const ServerOptions& options)
-    : stateFile_(makePrivateFolder(options.stateFolder) + "/state"),
-      keeper_(options.pagesFolder),
-      begunJobs_(options.stateFolder + "/begun"),
+    : keeper_(options.pagesFolder),
+      state_(makePrivateFolder(options.stateFolder)),
       origins_(isShared(options.host)),
-      services_{&keeper_, &begunJobs_, &origins_} {
+      services_{&keeper_, &state_, &origins_} {
   setClientTimeout(std::chrono::seconds(options.clientTimeoutSeconds));
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
@@ -88,8 +83,7 @@ Server::Server(const ServerOptions& options)
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");
-  papplSystemSetSaveCallback(system_, saveState, &stateFile_);
-  papplSystemLoadState(system_, stateFile_.c_str());
+  state_.start(system_);
   if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {
     papplSystemSetDNSSDName(system_, options.name.c_str());
   }

@@ -10,9 +10,9 @@
 #include <string>
 
 #include "app/active_job.h"
-#include "app/begun_jobs.h"
 #include "app/client_origin.h"
 #include "app/page_keeper.h"
+#include "app/state_keeper.h"
 
 namespace wren::app {
 
@@ -37,9 +37,8 @@ class Server {
   pappl_system_t* system() { return system_; }
 
  private:
-  std::string stateFile_;
   PageKeeper keeper_;
-  BegunJobs begunJobs_;
+  StateKeeper state_;
   JobOrigins origins_;
   JobServices services_;
   pappl_system_t* system_ = nullptr;

@@ -30,6 +30,7 @@ struct TrialOptions {
 };
 
 constexpr const char* kPrinterName = "wren";
+constexpr int kWrongUsage = 2;
 
 // The software printer, in a thread of its own until it is destroyed.
 class SoftwarePrinter {
@@ -100,7 +101,8 @@ int runTrial(int argc, char** argv) {
   std::string paper = "80";
   CLI::App app("One printer in the foreground, on loopback, until SIGTERM",
                "wren-printer-app trial");
-  app.add_option("--port", options.server.port, "TCP port; 0 is a free one");
+  app.add_option("--port", options.server.port, "TCP port; 0 is a free one")
+      ->check(CLI::Range(0, 65535));
   app.add_option("--directory", options.server.stateFolder, "Folder for its state and its paper")
       ->required();
   app.add_option("--paper", paper, "Width of the paper in mm")
@@ -110,7 +112,13 @@ int runTrial(int argc, char** argv) {
   app.add_option("--pages", options.server.pagesFolder, "Folder for the pages handed to the core");
   app.add_option("--client-timeout", options.server.clientTimeoutSeconds,
                  "Seconds after which a client that stalls is dropped; 0 is never");
-  CLI11_PARSE(app, argc, argv);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::fprintf(stderr, "wren-printer-app: %s\n", error.what());
+    return kWrongUsage;
+  }
   options.driver = "wren" + paper;
   try {
     return serve(options);

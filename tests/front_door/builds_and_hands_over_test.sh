@@ -40,6 +40,8 @@ case \$1 in
     echo "CMAKE_HOME_DIRECTORY:INTERNAL=$tree" >"$tree/build/release/CMakeCache.txt"
     printf '#!/bin/sh\nprintf "%%s\\\\n" "\$@"\n' >"$tree/build/release/cli/wren"
     chmod +x "$tree/build/release/cli/wren"
+    mkdir -p "$tree/build/release/app"
+    cp "$tree/build/release/cli/wren" "$tree/build/release/app/wren-printer-app"
     ;;
 esac
 SCRIPT
@@ -78,6 +80,12 @@ calls $'preview\nx.prn\n--marks' "$tree/wren" preview x.prn --marks
 calls $'devices' "$tree/wren" devices
 DESTDIR=$work/system calls $'doctor\n--root\n'"$work/system"$'\ntill' "$tree/wren" doctor till
 
+# The printer application keeps its state below build/, unless told otherwise.
+calls $'trial\n--directory\n'"$tree"$'/build/app\n--paper\n58' "$tree/wren" app --paper 58
+grep -qx 'cmake --build --preset release --target wren-printer-app' log || die "not built: $(cat log)"
+calls $'trial\n--port\n0\n--directory\na b' "$tree/wren" app --port 0 --directory "a b"
+calls $'trial\n--directory=x' "$tree/wren" app --directory=x
+
 # Configured once; again where the checkout was moved.
 [[ $(grep -c -- '--preset release$' log) -eq 1 ]] || die "configured more than once: $(cat log)"
 mkdir other
@@ -89,7 +97,7 @@ grep -qx "wren: this checkout was at $work/other before; building again" noted |
 
 # Help of each command, the first time before anything is built.
 rm -r "$tree/build/release" log
-for command in print preview halftones devices add-queue remove-queue drawer beep cut feed selftest doctor uninstall test bench package lint fuzz mutate; do
+for command in print preview halftones devices add-queue remove-queue drawer beep cut feed selftest doctor uninstall app test bench package lint fuzz mutate; do
   "$tree/wren" "$command" --help >said 2>/dev/null || die "$command --help ended with $?"
   grep -q "^  $command" said || die "$command --help says: $(cat said)"
   grep -q "Example: ./wren $command" said || die "$command --help has no example: $(cat said)"

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Faults of PAPPL 1.3.1 that its callers cannot avoid. Each function here replaces the one of the
+// same name for all callers in the process, PAPPL itself above all, and calls it.
+
+#ifndef __APPLE__
+
+#include <dlfcn.h>
+#include <pappl/pappl.h>
+
+#include <algorithm>
+#include <mutex>
+
+// PAPPL looks for network printers without asking whether avahi is there, and the function ends
+// the process: `devices`, and everyone who opened the web page for a new printer.
+extern "C" void* avahi_service_browser_new(void* client, int interface, int protocol,
+                                           const char* type, const char* domain, int flags,
+                                           void* callback, void* data) {
+  using Browse = void* (*)(void*, int, int, const char*, const char*, int, void*, void*);
+  static const auto original = reinterpret_cast<Browse>(dlsym(RTLD_NEXT, __func__));
+  if (client == nullptr || original == nullptr) return nullptr;
+  return original(client, interface, protocol, type, domain, flags, callback, data);
+}
+
+namespace {
+
+void passId(pappl_printer_t* printer, void* next) {
+  int& number = *static_cast<int*>(next);
+  number = std::max(number, papplPrinterGetID(printer) + 1);
+}
+
+}  // namespace
+
+// A printer that is to choose its number tells clients 0 until the next start, so that `default`
+// and `delete` cannot name it.
+extern "C" pappl_printer_t* papplPrinterCreate(pappl_system_t* system, int id, const char* name,
+                                               const char* driver, const char* deviceId,
+                                               const char* deviceUri) {
+  using Create = pappl_printer_t* (*)(pappl_system_t*, int, const char*, const char*, const char*,
+                                      const char*);
+  static const auto original = reinterpret_cast<Create>(dlsym(RTLD_NEXT, __func__));
+  static std::mutex choosing;
+  if (original == nullptr) return nullptr;
+  if (id != 0) return original(system, id, name, driver, deviceId, deviceUri);
+  const std::lock_guard lock(choosing);
+  // PAPPL does not count on from a number that it is given.
+  int next = papplSystemGetNextPrinterID(system);
+  papplSystemIteratePrinters(system, passId, &next);
+  return original(system, next, name, driver, deviceId, deviceUri);
+}
+
+#endif

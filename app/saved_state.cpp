@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/saved_state.h"
+
+#include <cups/ipp.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+namespace wren::app {
+namespace {
+
+constexpr std::string_view kPrinterLine = "<Printer ";
+constexpr std::string_view kJobLine = "Job ";
+
+constexpr const char* kInterrupted = "interrupted, not printed again";
+constexpr const char* kNoDocument = "interrupted before its document was whole";
+
+// The values of one line, in order, still escaped.
+class Values {
+ public:
+  explicit Values(std::string_view text) {
+    while (readOne(text)) {
+    }
+  }
+
+  bool has(std::string_view name) const { return find(name) != values_.end(); }
+
+  int number(std::string_view name) const {
+    const auto value = find(name);
+    return value == values_.end() ? 0 : std::atoi(value->second.c_str());
+  }
+
+  void set(std::string_view name, long value) {
+    remove(name);
+    values_.emplace_back(name, std::to_string(value));
+  }
+
+  void remove(std::string_view name) {
+    std::erase_if(values_, [&](const auto& value) { return value.first == name; });
+  }
+
+  std::string text() const {
+    std::string line;
+    for (const auto& [name, value] : values_) line += " " + name + "=\"" + value + "\"";
+    return line.substr(line.empty() ? 0 : 1);
+  }
+
+ private:
+  using Value = std::pair<std::string, std::string>;
+
+  std::vector<Value>::const_iterator find(std::string_view name) const {
+    return std::find_if(values_.begin(), values_.end(),
+                        [&](const Value& value) { return value.first == name; });
+  }
+
+  bool readOne(std::string_view& rest) {
+    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    const std::size_t equals = rest.find("=\"");
+    if (equals == std::string_view::npos) return false;
+    std::size_t end = equals + 2;
+    while (end < rest.size() && rest[end] != '"') end += rest[end] == '\\' ? 2 : 1;
+    if (end >= rest.size()) return false;
+    values_.emplace_back(rest.substr(0, equals), rest.substr(equals + 2, end - equals - 2));
+    rest.remove_prefix(end + 1);
+    return true;
+  }
+
+  std::vector<Value> values_;
+};
+
+void end(Values& job, ipp_jstate_t state, std::time_t now) {
+  job.remove("filename");
+  job.set("state", state);
+  job.set("completed", static_cast<long>(now));
+}
+
+void settle(Values& job, const JobKey& key, bool hasBegun, std::time_t now, SettledState& result) {
+  if (hasBegun) {
+    end(job, IPP_JSTATE_CANCELED, now);
+    result.ended.push_back({key, kInterrupted});
+    return;
+  }
+  if (!job.has("filename")) {
+    end(job, IPP_JSTATE_ABORTED, now);
+    result.ended.push_back({key, kNoDocument});
+    return;
+  }
+  result.waiting.push_back(key);
+  if (job.number("state") == IPP_JSTATE_HELD) return;
+  job.set("state", IPP_JSTATE_PENDING);
+  job.remove("processing");
+}
+
+}  // namespace
+
+SettledState settleJobs(const std::string& text, const std::vector<JobKey>& begun,
+                        std::time_t now) {
+  SettledState result;
+  JobKey key;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (line.starts_with(kPrinterLine)) {
+      key.printerId = Values(std::string_view(line).substr(kPrinterLine.size())).number("id");
+    } else if (line.starts_with(kJobLine)) {
+      Values job(std::string_view(line).substr(kJobLine.size()));
+      key.jobId = job.number("id");
+      if (job.number("state") < IPP_JSTATE_CANCELED) {
+        settle(job, key, std::binary_search(begun.begin(), begun.end(), key), now, result);
+        line = std::string(kJobLine) + job.text();
+      }
+    }
+    result.text += line + "\n";
+  }
+  return result;
+}
+
+}  // namespace wren::app

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/state_keeper.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <vector>
+
+#include "app/saved_state.h"
+#include "common/handles.h"
+#include "common/private_file.h"
+
+#ifndef __APPLE__
+#include <dlfcn.h>
+#endif
+
+namespace wren::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+// PAPPL tells of a job before it has received the document, and not afterwards.
+constexpr std::chrono::milliseconds kLookAgain(100);
+
+// The one that runs, for papplSystemDelete.
+std::atomic<StateKeeper*> running = nullptr;
+
+std::string readWhole(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+bool sync(const std::string& path, int flags) {
+  const FileDescriptor descriptor(::open(path.c_str(), flags | O_CLOEXEC));
+  return descriptor && ::fsync(descriptor.get()) == 0;
+}
+
+// A file that PAPPL could not write whole, on a full disk, ends anywhere.
+bool isWholeState(const std::string& file) {
+  const std::string text = readWhole(file);
+  const auto count = [&text](const std::string& what) {
+    std::size_t found = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++found;
+    return found;
+  };
+  return text.ends_with('\n') && count("\n<Printer ") == count("\n</Printer>\n");
+}
+
+std::string spoolPrefix(const JobKey& job) {
+  char name[32];
+  std::snprintf(name, sizeof name, "p%05dj%09d-", job.printerId, job.jobId);
+  return name;
+}
+
+// Documents of jobs that nobody will print, private and perhaps large.
+void removeOtherDocuments(const std::string& folder, const std::vector<JobKey>& waiting) {
+  std::set<std::string> kept;
+  for (const JobKey& job : waiting) kept.insert(spoolPrefix(job));
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+    const std::string name = entry.path().filename();
+    if (!kept.contains(name.substr(0, spoolPrefix({}).size()))) fs::remove(entry.path(), ignored);
+  }
+}
+
+pappl_job_t* findJob(pappl_system_t* system, const JobKey& job) {
+  pappl_printer_t* printer = papplSystemFindPrinter(system, nullptr, job.printerId, nullptr);
+  return printer == nullptr ? nullptr : papplPrinterFindJob(printer, job.jobId);
+}
+
+void addJob(pappl_job_t* job, void* text) {
+  *static_cast<std::string*>(text) +=
+      spoolPrefix({papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)}) +
+      std::to_string(papplJobGetState(job)) +
+      (papplJobGetFilename(job) == nullptr ? "-incoming\n" : "\n");
+}
+
+void addActiveJobs(pappl_printer_t* printer, void* text) {
+  papplPrinterIterateActiveJobs(printer, addJob, text, 1, 0);
+}
+
+}  // namespace
+
+StateKeeper::StateKeeper(const std::string& folder)
+    : file_(folder + "/state"), begun_(folder + "/begun") {}
+
+StateKeeper::~StateKeeper() {
+  stop();
+}
+
+void StateKeeper::start(pappl_system_t* system) {
+  system_ = system;
+  load();
+  papplSystemSetSaveCallback(system, onSave, this);
+  papplSystemSetEventCallback(system, onEvent, this);
+  running = this;
+  watcher_ = std::thread([this] { watch(); });
+}
+
+void StateKeeper::stop() {
+  StateKeeper* self = this;
+  running.compare_exchange_strong(self, nullptr);
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  if (watcher_.joinable()) watcher_.join();
+}
+
+void StateKeeper::load() {
+  const std::string text = readWhole(file_);
+  SettledState settled = settleJobs(text, begun_.all(), std::time(nullptr));
+  removeOtherDocuments(fs::path(file_).parent_path() / "spool", settled.waiting);
+  if (text.empty()) return;
+  const std::string path = file_ + ".settled";
+  {
+    const FilePtr out(::fdopen(openPrivateFile(path.c_str()).release(), "w"));
+    if (out != nullptr) std::fwrite(settled.text.data(), 1, settled.text.size(), out.get());
+  }
+  papplSystemLoadState(system_, path.c_str());
+  ::unlink(path.c_str());
+  for (const EndedJob& ended : settled.ended) {
+    pappl_job_t* job = findJob(system_, ended.job);
+    if (job != nullptr) papplJobSetMessage(job, "%s", ended.message.c_str());
+  }
+  waiting_ = std::move(settled.waiting);
+}
+
+bool StateKeeper::begin(const JobKey& job) {
+  const bool isNoted = begun_.begin(job);
+  bool isSaved;
+  {
+    const std::lock_guard lock(mutex_);
+    isSaved = savedChanges_ == changes_;
+  }
+  // Clients of the next process are told of the job only if the state names it.
+  return (isSaved || save()) && isNoted;
+}
+
+bool StateKeeper::save() {
+  const std::lock_guard saving(saving_);
+  unsigned long changes;
+  {
+    const std::lock_guard lock(mutex_);
+    changes = changes_;
+  }
+  std::vector<JobKey> ended;
+  for (const JobKey& key : begun_.all()) {
+    pappl_job_t* job = findJob(system_, key);
+    if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) ended.push_back(key);
+  }
+  const std::string path = file_ + ".new";
+  if (!openPrivateFile(path.c_str()) || !papplSystemSaveState(system_, path.c_str()) ||
+      !isWholeState(path) || !sync(path, O_RDONLY) ||
+      std::rename(path.c_str(), file_.c_str()) != 0) {
+    return false;
+  }
+  sync(fs::path(file_).parent_path(), O_RDONLY | O_DIRECTORY);
+  for (const JobKey& key : ended) begun_.forget(key);
+  const std::lock_guard lock(mutex_);
+  savedChanges_ = changes;
+  return true;
+}
+
+// PAPPL starts no job that it has loaded before another one comes.
+void StateKeeper::resumeWaiting() {
+  if (waiting_.empty() || !papplSystemIsRunning(system_)) return;
+  std::set<int> printers;
+  for (const JobKey& job : waiting_) printers.insert(job.printerId);
+  waiting_.clear();
+  for (const int id : printers) {
+    pappl_printer_t* printer = papplSystemFindPrinter(system_, nullptr, id, nullptr);
+    if (printer != nullptr) papplPrinterResume(printer);
+  }
+}
+
+std::string StateKeeper::activeJobs() const {
+  std::string text;
+  papplSystemIteratePrinters(system_, addActiveJobs, &text);
+  return text;
+}
+
+void StateKeeper::watch() {
+  std::string known;
+  std::unique_lock lock(mutex_);
+  while (!stopping_) {
+    const unsigned long seen = changes_;
+    const bool isSaved = seen == savedChanges_;
+    lock.unlock();
+    resumeWaiting();
+    std::string jobs = activeJobs();
+    const bool isKept = (isSaved && jobs == known) || save();
+    const bool isIdle = isKept && waiting_.empty() && jobs.empty();
+    known = std::move(jobs);
+    lock.lock();
+    const auto isNew = [this, seen] { return stopping_ || changes_ != seen; };
+    if (isIdle) {
+      wake_.wait(lock, isNew);
+    } else {
+      wake_.wait_for(lock, kLookAgain, isNew);
+    }
+  }
+}
+
+void StateKeeper::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/,
+                          pappl_job_t* /*job*/, pappl_event_t /*event*/, void* keeper) {
+  // PAPPL holds locks here: the state is saved elsewhere.
+  auto* const self = static_cast<StateKeeper*>(keeper);
+  {
+    const std::lock_guard lock(self->mutex_);
+    ++self->changes_;
+  }
+  self->wake_.notify_all();
+}
+
+bool StateKeeper::onSave(pappl_system_t* /*system*/, void* keeper) {
+  return static_cast<StateKeeper*>(keeper)->save();
+}
+
+}  // namespace wren::app
+
+#ifndef __APPLE__
+// PAPPL's main loop deletes the system and returns: nobody may look at it any more.
+extern "C" void papplSystemDelete(pappl_system_t* system) {
+  wren::app::StateKeeper* const keeper = wren::app::running;
+  if (keeper != nullptr) keeper->stop();
+  using Delete = void (*)(pappl_system_t*);
+  static const auto original = reinterpret_cast<Delete>(dlsym(RTLD_NEXT, "papplSystemDelete"));
+  if (original != nullptr) original(system);
+}
+#endif

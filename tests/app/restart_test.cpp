@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// What a server keeps when it ends, whether it is asked to or killed.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "tests/app/running_server.h"
+#include "tests/app/slow_printer.h"
+#include "tests/support/raster_stream.h"
+
+namespace wren_test {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string kReceipt = std::string(WREN_EXAMPLES) + "/receipt.pdf";
+// More printer bytes than the buffers between two sockets hold.
+const std::vector<std::string> kManyCopies = {"-n", "600"};
+
+void addPrinter(const RunningServer& server, const std::string& name, const std::string& uri,
+                const std::string& driver = "wren80") {
+  server.ask({"add", "-d", name, "-m", driver, "-v", uri});
+}
+
+// How many jobs the printer has got, whole or not. PAPPL keeps a connection for the next job.
+std::size_t jobsAt(const SlowPrinter& printer) {
+  static const std::string kBegin =
+      "\x1B@\x1F\x1B\x1F"
+      "Beep";
+  std::size_t jobs = 0;
+  for (const auto& bytes : printer.received()) {
+    for (auto at = bytes.find(kBegin); at != std::string::npos; at = bytes.find(kBegin, at + 1)) {
+      ++jobs;
+    }
+  }
+  return jobs;
+}
+
+// Everything that clients see of printers, defaults and jobs.
+std::string overview(const RunningServer& server) {
+  std::string all = server.ask({"printers"}) + server.ask({"default"});
+  for (const char* printer : {"till", "bar"}) {
+    all += server.attributeOf(printer, "halftone-type-default") + "\n";
+    all += server.ask({"options", "-d", printer}) + server.ask({"jobs", "-d", printer});
+  }
+  return all;
+}
+
+class Restart : public testing::TestWithParam<int> {};
+
+TEST_P(Restart, KeepsPrintersDefaultsAndTheHistory) {
+  SlowPrinter printer;
+  printer.comeBack();
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  addPrinter(server, "bar", printer.uri(), "wren58");
+  server.ask({"modify", "-d", "till", "-o", "halftone-type=stencil"});
+  server.ask({"default", "-d", "bar"});
+  server.submit("bar", kReceipt);
+  const int job = server.submit("bar", kReceipt);
+  ASSERT_EQ(job, 2);
+  ASSERT_TRUE(server.waitForState("bar", job, "completed")) << server.log();
+  const std::string before = overview(server);
+  EXPECT_THAT(before, HasSubstr("till\nbar\nstencil\n"));
+  EXPECT_THAT(before, HasSubstr("completed"));
+  ASSERT_TRUE(server.waitUntilSaved("state=\"9\""));
+  server.stop(GetParam());
+  server.start();
+  EXPECT_EQ(overview(server), before);
+  const int next = server.submit("bar", kReceipt);
+  EXPECT_GT(next, job);
+  EXPECT_TRUE(server.waitForState("bar", next, "completed")) << server.log();
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, Restart, testing::Values(SIGTERM, SIGKILL));
+
+TEST(KilledServer, PrintsAJobThatHadNotBegunOnce) {
+  SlowPrinter printer;
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const int first = server.submit("till", kReceipt);
+  const int second = server.submit("till", kReceipt);
+  ASSERT_TRUE(server.waitForState("till", first, "processing"));
+  ASSERT_TRUE(server.waitUntilSaved("j000000002-"));
+  server.stop(SIGKILL);
+  printer.comeBack();
+  server.start();
+  EXPECT_TRUE(server.waitForState("till", second, "completed")) << server.log();
+  EXPECT_TRUE(server.waitForState("till", first, "completed")) << server.log();
+  EXPECT_EQ(jobsAt(printer), 2U);
+}
+
+TEST(KilledServer, CancelsAJobThatHadBegun) {
+  SlowPrinter printer;
+  printer.comeBack(5000);
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const int job = server.submit("till", kReceipt, kManyCopies);
+  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  server.stop(SIGKILL);
+  server.start();
+  EXPECT_EQ(server.stateOf("till", job), "canceled");
+  EXPECT_EQ(server.jobAttribute("till", job, "job-state-message"),
+            "interrupted, not printed again");
+  printer.readOn();
+  // Whoever comes next prints, and finds the printer alone.
+  const int next = server.submit("till", kReceipt);
+  EXPECT_TRUE(server.waitForState("till", next, "completed")) << server.log();
+  EXPECT_EQ(jobsAt(printer), 2U);
+  EXPECT_TRUE(std::filesystem::is_empty(server.stateFolder() / "spool"));
+}
+
+TEST(KilledServer, CancelsARasterJobThatHadBegun) {
+  SlowPrinter printer;
+  printer.comeBack(5000);
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const std::vector<RasterPage> pages(60, flatPage(576, 1600, 255));
+  const auto file = server.folder() / "long.pwg";
+  std::ofstream(file, std::ios::binary) << rasterStream(RasterKind::kPwg, pages);
+  // Raster is printed as it comes in: the client is not answered before the end.
+  std::thread client([&] {
+    server.run({"submit", "-d", "till", "-o", "document-format=image/pwg-raster", file.string()});
+  });
+  EXPECT_TRUE(printer.waitForBytes(5000)) << server.log();
+  server.stop(SIGKILL);
+  client.join();
+  server.start();
+  EXPECT_EQ(server.stateOf("till", 1), "canceled");
+  EXPECT_EQ(server.jobAttribute("till", 1, "job-state-message"), "interrupted, not printed again");
+}
+
+// Between the last byte and the saved state as well.
+TEST(KilledServer, PrintsNoJobTwice) {
+  for (const int milliseconds : {0, 1, 2, 5, 10, 20, 50, 100, 300}) {
+    SCOPED_TRACE(milliseconds);
+    SlowPrinter printer;
+    printer.comeBack();
+    RunningServer server;
+    addPrinter(server, "till", printer.uri());
+    const int job = server.submit("till", kReceipt);
+    ASSERT_TRUE(printer.waitForBytes(1)) << server.log();
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    server.stop(SIGKILL);
+    server.start();
+    EXPECT_THAT(server.stateOf("till", job), testing::AnyOf("canceled", "completed"));
+    const int next = server.submit("till", kReceipt);
+    EXPECT_TRUE(server.waitForState("till", next, "completed")) << server.log();
+    EXPECT_EQ(jobsAt(printer), 2U);
+  }
+}
+
+TEST(KilledServer, LeavesNoNumberOfAJobBehindThatStopsALaterOne) {
+  SlowPrinter printer;
+  printer.comeBack();
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  ASSERT_TRUE(server.waitUntilSaved("till"));
+  server.stop(SIGKILL);
+  // The process was killed between this note and the saved state.
+  std::ofstream(server.stateFolder() / "begun" / "printer-1-job-1");
+  server.start();
+  const int job = server.submit("till", kReceipt);
+  EXPECT_EQ(job, 1);
+  EXPECT_TRUE(server.waitForState("till", job, "completed")) << server.log();
+}
+
+}  // namespace
+}  // namespace wren_test
