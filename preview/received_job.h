@@ -38,6 +38,9 @@ class ReceivedJob {
   /// The last bytes were taken: closes the .prn file.
   void endStream();
 
+  /// Memory of its paper, about.
+  std::uint64_t paperBytes() const { return reader_.printer().paperBytes(); }
+
   /// "job-0001.prn: 12345 bytes, 80.1 mm so far".
   std::string progress() const;
 
