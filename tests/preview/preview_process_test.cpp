@@ -136,7 +136,13 @@ TEST(PreviewProgram, OutlivesTheReaderOfItsOutput) {
   wren::FileDescriptor writeEnd(ends[1]);
   const ScratchFolder folder;
   auto spec = previewWith({"--listen", "0", "--directory", folder.path()});
-  spec.beforeExec = [&] { ::dup2(writeEnd.get(), STDOUT_FILENO); };
+  spec.beforeExec = [&] {
+    ::dup2(writeEnd.get(), STDOUT_FILENO);
+    // A reader of its own would keep the pipe alive.
+    ::close(readEnd.get());
+    // Whoever runs the tests may have it ignored, which the program would inherit.
+    ::signal(SIGPIPE, SIG_DFL);
+  };
   wren_test::Process process(spec);
   writeEnd.reset();
   std::string greeting;
