@@ -64,6 +64,8 @@ class VirtualPrinter {
   bool stopped() const { return stopped_; }
 
   const Paper& paper() const { return paper_; }
+  /// Memory of the paper, about.
+  std::uint64_t paperBytes() const { return storedBytes_ + paper_.marks.size() * sizeof(Mark); }
   const Totals& totals() const { return totals_; }
   /// The first `kKeptProblems` problems, in stream order.
   const std::vector<Problem>& problems() const { return problems_; }

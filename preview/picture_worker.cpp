@@ -29,6 +29,7 @@ PictureWorker::~PictureWorker() {
 void PictureWorker::add(FinishedJob finished) {
   {
     const std::lock_guard lock(mutex_);
+    waitingBytes_ += finished.job->paperBytes();
     waiting_.push_back(std::move(finished));
   }
   wakeUp_.notify_one();
@@ -36,7 +37,7 @@ void PictureWorker::add(FinishedJob finished) {
 
 bool PictureWorker::isFull() const {
   const std::lock_guard lock(mutex_);
-  return waiting_.size() >= kMaxWaiting;
+  return waiting_.size() >= kMaxWaiting || waitingBytes_ >= kMaxWaitingBytes;
 }
 
 void PictureWorker::run() {
@@ -46,6 +47,7 @@ void PictureWorker::run() {
     if (waiting_.empty()) return;
     const FinishedJob finished = std::move(waiting_.front());
     waiting_.pop_front();
+    waitingBytes_ -= finished.job->paperBytes();
     lock.unlock();
     const std::string line = finished.job->finish(finished.ending, {isSet, &isStopping_});
     std::printf("%s\n", line.c_str());

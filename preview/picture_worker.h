@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -29,8 +30,9 @@ struct FinishedJob {
 
 class PictureWorker {
  public:
-  /// More jobs do not wait, so that their paper does not fill the memory.
-  static constexpr std::size_t kMaxWaiting = 4;
+  /// No more jobs should wait, so that their paper does not fill the memory.
+  static constexpr std::size_t kMaxWaiting = 64;
+  static constexpr std::uint64_t kMaxWaitingBytes = std::uint64_t{64} << 20;
 
   PictureWorker();
   /// Draws what waits; pictures that take long are cancelled.
@@ -52,6 +54,7 @@ class PictureWorker {
   mutable std::mutex mutex_;
   std::condition_variable wakeUp_;
   std::deque<FinishedJob> waiting_;
+  std::uint64_t waitingBytes_ = 0;
   std::atomic<bool> isStopping_ = false;
   std::atomic<std::size_t> done_ = 0;
   std::thread thread_;

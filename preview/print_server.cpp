@@ -136,6 +136,9 @@ bool PrintServer::serveOnce() {
   }
   checkLimits(now);
   followReachability();
+  for (auto& [id, connection] : connections_) {
+    if (connection.job != nullptr) connection.job->flush();
+  }
   return true;
 }
 
@@ -291,6 +294,7 @@ void PrintServer::answer(JobId job, std::uint8_t byte) {
 void PrintServer::endJob(JobId job, const std::string& ending) {
   Connection connection = std::move(connections_.extract(job).mapped());
   if (connection.job != nullptr) {
+    connection.job->endStream();
     worker_->add({std::move(connection.job), ending, std::move(connection.socket)});
   } else if (connection.receivedBytes == 0) {
     printMessage("a connection without a job" + (ending.empty() ? "" : ": " + ending));

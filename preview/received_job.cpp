@@ -65,15 +65,19 @@ std::string ReceivedJob::progress() const {
          lengthText(reader_.printer().paper(), options_.style.dpi) + " so far";
 }
 
-void ReceivedJob::closeFile() {
+void ReceivedJob::flush() {
+  if (file_ != nullptr && std::fflush(file_.get()) != 0)
+    error_ = path_ + ": " + std::strerror(errno);
+}
+
+void ReceivedJob::endStream() {
   if (file_ != nullptr && std::fclose(file_.release()) != 0 && error_.empty()) {
     error_ = path_ + ": " + std::strerror(errno);
   }
+  reader_.finish();
 }
 
 std::string ReceivedJob::finish(const std::string& ending, CancelCheck cancel) {
-  closeFile();
-  reader_.finish();
   printProblems(reader_.printer(), path_);
   std::string line = path_ + ": " + summary(reader_, options_.style.dpi);
   const std::uint64_t problems = reader_.printer().totals().problems;

@@ -32,10 +32,19 @@ class ReceivedJob {
   /// Stores and decodes the next bytes.
   void take(std::span<const std::uint8_t> bytes);
 
+  /// Writes what the stream's file has not got yet, so that others can read it while the job waits.
+  void flush();
+
+  /// The last bytes were taken: closes the .prn file.
+  void endStream();
+
+  /// Memory of its paper, about.
+  std::uint64_t paperBytes() const { return reader_.printer().paperBytes(); }
+
   /// "job-0001.prn: 12345 bytes, 80.1 mm so far".
   std::string progress() const;
 
-  /// Ends the job: closes the .prn file, writes the picture, prints problems on standard error.
+  /// Writes the picture and prints problems on standard error, after `endStream`.
   /// @param ending why the job ended early, or empty.
   /// @param cancel stops the drawing of a picture that takes long.
   /// @return the line about the job: file, summary, number of problems, ending, pictures, errors.
@@ -43,7 +52,6 @@ class ReceivedJob {
 
  private:
   void createFile(unsigned& number);
-  void closeFile();
 
   const Options& options_;
   std::string path_;

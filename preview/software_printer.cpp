@@ -37,6 +37,50 @@ std::chrono::steady_clock::duration secondsOf(double seconds) {
       std::chrono::duration<double>(seconds));
 }
 
+// False: the command is about something else.
+bool changeSensors(ControlKind kind, PrinterState& state) {
+  switch (kind) {
+    case ControlKind::kPaperOk:
+      state.paper = PaperSupply::kOk;
+      return true;
+    case ControlKind::kPaperNearEnd:
+      state.paper = PaperSupply::kNearEnd;
+      return true;
+    case ControlKind::kPaperOut:
+      state.paper = PaperSupply::kOut;
+      return true;
+    case ControlKind::kErrorNone:
+      state.error = PrinterError::kNone;
+      return true;
+    case ControlKind::kErrorRecoverable:
+      state.error = PrinterError::kRecoverable;
+      return true;
+    case ControlKind::kErrorCutter:
+      state.error = PrinterError::kCutter;
+      return true;
+    case ControlKind::kErrorUnrecoverable:
+      state.error = PrinterError::kUnrecoverable;
+      return true;
+    case ControlKind::kErrorTemperature:
+      state.error = PrinterError::kTemperature;
+      return true;
+    case ControlKind::kCoverOpen:
+    case ControlKind::kCoverClosed:
+      state.isCoverOpen = kind == ControlKind::kCoverOpen;
+      return true;
+    case ControlKind::kButtonHeld:
+    case ControlKind::kButtonReleased:
+      state.isButtonHeld = kind == ControlKind::kButtonHeld;
+      return true;
+    case ControlKind::kDrawerHigh:
+    case ControlKind::kDrawerLow:
+      state.isDrawerHigh = kind == ControlKind::kDrawerHigh;
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 SoftwarePrinter::SoftwarePrinter(PrinterOutput& output, unsigned dpi, Time now)
@@ -143,43 +187,8 @@ std::string SoftwarePrinter::control(const Control& control, Time now) {
 }
 
 void SoftwarePrinter::apply(const Control& control) {
+  if (changeSensors(control.kind, state_) || changeLimits(control)) return;
   switch (control.kind) {
-    case ControlKind::kPaperOk:
-      state_.paper = PaperSupply::kOk;
-      break;
-    case ControlKind::kPaperNearEnd:
-      state_.paper = PaperSupply::kNearEnd;
-      break;
-    case ControlKind::kPaperOut:
-      state_.paper = PaperSupply::kOut;
-      break;
-    case ControlKind::kCoverOpen:
-    case ControlKind::kCoverClosed:
-      state_.isCoverOpen = control.kind == ControlKind::kCoverOpen;
-      break;
-    case ControlKind::kErrorNone:
-      state_.error = PrinterError::kNone;
-      break;
-    case ControlKind::kErrorRecoverable:
-      state_.error = PrinterError::kRecoverable;
-      break;
-    case ControlKind::kErrorCutter:
-      state_.error = PrinterError::kCutter;
-      break;
-    case ControlKind::kErrorUnrecoverable:
-      state_.error = PrinterError::kUnrecoverable;
-      break;
-    case ControlKind::kErrorTemperature:
-      state_.error = PrinterError::kTemperature;
-      break;
-    case ControlKind::kButtonHeld:
-    case ControlKind::kButtonReleased:
-      state_.isButtonHeld = control.kind == ControlKind::kButtonHeld;
-      break;
-    case ControlKind::kDrawerHigh:
-    case ControlKind::kDrawerLow:
-      state_.isDrawerHigh = control.kind == ControlKind::kDrawerHigh;
-      break;
     case ControlKind::kAnswersOn:
     case ControlKind::kAnswersOff:
       doesAnswer_ = control.kind == ControlKind::kAnswersOn;
@@ -204,20 +213,30 @@ void SoftwarePrinter::apply(const Control& control) {
     case ControlKind::kPowerOn:
       isPowered_ = true;
       break;
+    default:
+      break;
+  }
+}
+
+// False: the command is about something else.
+bool SoftwarePrinter::changeLimits(const Control& control) {
+  switch (control.kind) {
     case ControlKind::kBaud:
       baud_ = control.value;
       allowance_ = 0;
-      break;
+      return true;
     case ControlKind::kSpeed:
       millimetresPerSecond_ = control.value;
       mechanismIsFree_ = Time();
-      break;
+      return true;
     case ControlKind::kBuffer:
       bufferSize_ = static_cast<std::size_t>(control.value) << 10;
-      break;
+      return true;
     case ControlKind::kAcceptDelay:
       acceptDelay_ = std::chrono::milliseconds(control.value);
-      break;
+      return true;
+    default:
+      return false;
   }
 }
 

@@ -114,6 +114,7 @@ class SoftwarePrinter {
   void answer(JobId job, std::uint8_t byte);
 
   void apply(const Control& control);
+  bool changeLimits(const Control& control);
   void resetConnection(const std::string& ending);
   void closeConnection(const std::string& ending);
   void losePower();

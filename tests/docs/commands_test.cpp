@@ -289,7 +289,9 @@ TEST(Settings, ThatDoNotExistAreFound) {
 
 // A line that can be run: our programs on documents, without a listener, a queue or root.
 bool canRun(const std::string& line) {
-  if (contains(line, "sudo ") || contains(line, "--listen")) return false;
+  for (const char* other : {"sudo ", "--listen", "--tell"}) {
+    if (contains(line, other)) return false;
+  }
   for (const SimpleCommand& command : simpleCommands(line)) {
     const bool isTrial = command[0] == "wren" && command.size() > 1 &&
                          (command[1] == "print" || command[1] == "preview" ||

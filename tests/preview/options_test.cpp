@@ -55,21 +55,46 @@ TEST(Options, ListenOnAPort) {
   EXPECT_EQ(parsed.options->maxSeconds, 7u);
 }
 
+TEST(Options, GiveAPrinterItsFaults) {
+  const auto parsed = parse({"--listen", "0", "--control", "[::1]:9101", "--fault", "paper out",
+                             "--fault", "cover open after 5 mm"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->controlAddress, "[::1]:9101");
+  EXPECT_EQ(parsed.options->faults,
+            (std::vector<std::string>{"paper out", "cover open after 5 mm"}));
+}
+
+TEST(Options, TellACommand) {
+  const auto parsed = parse({"--tell", "9101", "paper ok"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->tellAddress, "9101");
+  EXPECT_EQ(parsed.options->tellCommand, "paper ok");
+}
+
 TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
   EXPECT_EQ(parse({"--help"}).exitStatus, 0);
   EXPECT_FALSE(parse({"--help"}).options);
   EXPECT_EQ(parse({"--version"}).exitStatus, 0);
-  for (const auto& wrong : std::vector<std::vector<const char*>>{{"--dpi", "0"},
-                                                                 {"--dpi", "x"},
-                                                                 {"--scale", "17"},
-                                                                 {"a", "b"},
-                                                                 {"--nonsense"},
-                                                                 {"--listen", "abc"},
-                                                                 {"--listen", "99999"},
-                                                                 {"--listen", "9100", "a.prn"},
-                                                                 {"--listen", "9100", "--json"},
-                                                                 {"--max-seconds", "5"},
-                                                                 {"--max-length", "-1"}}) {
+  for (const auto& wrong :
+       std::vector<std::vector<const char*>>{{"--dpi", "0"},
+                                             {"--dpi", "x"},
+                                             {"--scale", "17"},
+                                             {"a", "b"},
+                                             {"--nonsense"},
+                                             {"--listen", "abc"},
+                                             {"--listen", "99999"},
+                                             {"--listen", "9100", "a.prn"},
+                                             {"--listen", "9100", "--json"},
+                                             {"--max-seconds", "5"},
+                                             {"--control", "9101"},
+                                             {"--fault", "paper out"},
+                                             {"--listen", "0", "--control", "x"},
+                                             {"--listen", "0", "--fault", "x"},
+                                             {"--tell", "9101"},
+                                             {"--tell", "x", "paper out"},
+                                             {"--tell", "1", "go", "--listen", "2"},
+                                             {"--tell", "1", "go", "a.prn"},
+                                             {"--max-length", "-1"}}) {
     const auto parsed = parse(wrong);
     EXPECT_FALSE(parsed.options) << wrong[0];
     EXPECT_EQ(parsed.exitStatus, 2) << wrong[0];

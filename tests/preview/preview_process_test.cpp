@@ -4,12 +4,15 @@
 // The program wren-preview: exit status, signals, and jobs from the socket
 // backend of CUPS.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,7 +55,8 @@ void waitForFile(const std::string& path) {
 // A wren-preview that listens on a free port and stores its jobs in a temporary folder.
 class ListeningPreview {
  public:
-  ListeningPreview() : process_(previewWith({"--listen", "0", "--directory", folder_.path()})) {
+  explicit ListeningPreview(const std::function<void()>& beforeExec = {})
+      : process_(specOf(folder_, beforeExec)) {
     const std::string greeting = "listening on ";
     for (int i = 0; i < 2000 && name_.empty(); ++i) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -65,12 +69,22 @@ class ListeningPreview {
   const std::string& name() const { return name_; }
   std::string file(const std::string& name) const { return folder_.file(name); }
 
+  bool hasEnded() { return process_.hasEnded(); }
+  bool waitForError(const std::string& text) const { return process_.waitForError(text); }
+
   wren_test::ProcessResult end(int signal) {
     process_.signal(signal);
     return process_.finish();
   }
 
  private:
+  static wren_test::ProcessSpec specOf(const ScratchFolder& folder,
+                                       const std::function<void()>& beforeExec) {
+    auto spec = previewWith({"--listen", "0", "--directory", folder.path()});
+    spec.beforeExec = beforeExec;
+    return spec;
+  }
+
   ScratchFolder folder_;
   wren_test::Process process_;
   std::string name_;
@@ -113,6 +127,80 @@ TEST_P(EndedBySignal, FinishesTheJobAndExitsWithStatus0) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBySignal, testing::Values(SIGINT, SIGTERM));
+
+// Standard output is a pipe whose reader is gone after the address is known.
+TEST(PreviewProgram, OutlivesTheReaderOfItsOutput) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  wren::FileDescriptor readEnd(ends[0]);
+  wren::FileDescriptor writeEnd(ends[1]);
+  const ScratchFolder folder;
+  auto spec = previewWith({"--listen", "0", "--directory", folder.path()});
+  spec.beforeExec = [&] {
+    ::dup2(writeEnd.get(), STDOUT_FILENO);
+    // A reader of its own would keep the pipe alive.
+    ::close(readEnd.get());
+    // Whoever runs the tests may have it ignored, which the program would inherit.
+    ::signal(SIGPIPE, SIG_DFL);
+  };
+  wren_test::Process process(spec);
+  writeEnd.reset();
+  std::string greeting;
+  char byte = 0;
+  while (::read(readEnd.get(), &byte, 1) == 1 && byte != '\n') greeting += byte;
+  readEnd.reset();
+  for (int i = 0; i < 2; ++i) {
+    LoopbackClient client(greeting);
+    EXPECT_TRUE(client.send(kJob));
+    client.endAndWait();
+  }
+  EXPECT_EQ(readPng(folder.file("job-0001.png")).height, 8u);
+  EXPECT_EQ(readPng(folder.file("job-0002.png")).height, 8u);
+  process.signal(SIGTERM);
+  EXPECT_EQ(process.finish().exitStatus, 0);
+}
+
+// Six descriptors are in use when the server listens, so that the second connection gets none.
+TEST(PreviewProgram, OutlivesAShortageOfDescriptors) {
+  ListeningPreview printer([] {
+    const rlimit few = {6, 6};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+  });
+  ASSERT_EQ(printer.name().substr(0, 10), "127.0.0.1:");
+  LoopbackClient client(printer.name());
+  EXPECT_TRUE(printer.waitForError("Too many open files\n"));
+  std::this_thread::sleep_for(std::chrono::milliseconds(120));
+  EXPECT_FALSE(printer.hasEnded());
+  const auto result = printer.end(SIGTERM);
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(result.err, "wren-preview: " + printer.name() + ": Too many open files\n");
+}
+
+TEST(PreviewProgram, FailsIfItsOutputCannotBeWritten) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const ScratchFolder folder;
+  for (const char* option : {"--list", "--json", "--dpi=203"}) {
+    auto spec = previewWith({folder.write("job.prn", kJob), option});
+    spec.beforeExec = [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+    const auto result = wren_test::runProcess(spec);
+    EXPECT_EQ(result.exitStatus, 1) << option;
+    EXPECT_EQ(result.err, "wren-preview: standard output cannot be written\n") << option;
+    EXPECT_EQ(readPng(folder.file("job.png")).height, 8u) << option;
+  }
+}
+
+// 19 kB that would be 671 thousand million pixels; the bound is the same as the listener's.
+TEST(PreviewProgram, BoundsThePictureOfAHostileFile) {
+  Bytes job = bitImage(1, streams::repeat(4096, 0x80));
+  for (int i = 0; i < 5000; ++i) job = job + feed(255);
+  const ScratchFolder folder;
+  const std::string path = folder.write("hostile.prn", job);
+  const auto result = wren_test::runProcess(previewWith({path, "--scale", "16"}));
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.err, "wren-preview: " + folder.file("hostile.png") +
+                            ": ends after 95.5 mm; a job has at most 800000000 pixels in 10000 "
+                            "pictures\n");
+}
 
 TEST(PreviewProgram, FailsOnAPortInUseAndOnAPublicAddress) {
   ListeningPreview first;

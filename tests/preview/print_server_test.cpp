@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -41,6 +42,8 @@ class PrintServerTest : public testing::Test {
   }
   ~PrintServerTest() override {
     if (thread_.joinable()) stop();
+    // The captured output has the failures too.
+    if (HasFailure()) std::fputs((out_ + err_).c_str(), stdout);
   }
 
   void start() {
@@ -126,6 +129,104 @@ TEST_F(PrintServerTest, NeverOverwritesAnEarlierJob) {
   EXPECT_EQ(bytesOfFile(file("job-0002.prn")), kJob);
   EXPECT_EQ(bytesOfFile(file("job-0003.prn")), hex("03"));
   EXPECT_EQ(bytesOfFile(file("job-0004.prn")), kJob);
+}
+
+TEST_F(PrintServerTest, NeverOverwritesAPicture) {
+  folder_.write("job-0001.png", hex("01"));
+  folder_.write("job-0002-1.png", hex("02"));
+  std::filesystem::create_symlink("nowhere", file("job-0003.png"));
+  std::filesystem::create_symlink("nowhere", file("job-0004.prn"));
+  start();
+  print(kJob);
+  EXPECT_EQ(bytesOfFile(file("job-0001.png")), hex("01"));
+  EXPECT_EQ(bytesOfFile(file("job-0002-1.png")), hex("02"));
+  EXPECT_FALSE(std::filesystem::exists(file("nowhere")));
+  for (const char* absent : {"job-0001.prn", "job-0002.prn", "job-0003.prn"}) {
+    EXPECT_FALSE(std::filesystem::exists(file(absent))) << absent;
+  }
+  EXPECT_EQ(bytesOfFile(file("job-0005.prn")), kJob);
+  EXPECT_EQ(readPng(file("job-0005.png")).height, 16u);
+}
+
+// The file appears while the job is received.
+TEST_F(PrintServerTest, KeepsAPictureThatAppearsMeanwhile) {
+  start();
+  LoopbackClient client(server_->name());
+  EXPECT_TRUE(client.send({kJob.begin(), kJob.begin() + 98}));
+  while (!std::filesystem::exists(file("job-0001.prn"))) std::this_thread::yield();
+  folder_.write("job-0001.png", hex("01"));
+  client.endAndWait();
+  stop();
+  EXPECT_EQ(bytesOfFile(file("job-0001.png")), hex("01"));
+  EXPECT_NE(out_.find("job-0001.png: File exists"), std::string::npos) << out_;
+}
+
+// 19 kB that print 80 m of paper, 4096 dots wide.
+Bytes hostileJob() {
+  Bytes job = bitImage(1, streams::repeat(4096, 0x80));
+  for (int i = 0; i < 5000; ++i) job = job + feed(255);
+  return job;
+}
+
+TEST_F(PrintServerTest, ServesOtherJobsWhileAHostileOneIsDrawn) {
+  options_.style.scale = 16;
+  start();
+  LoopbackClient hostile(server_->name());
+  EXPECT_TRUE(hostile.send(hostileJob()));
+  hostile.endInput();
+  for (int i = 0; i < 3; ++i) {
+    LoopbackClient next(server_->name());
+    EXPECT_TRUE(next.send(kJob));
+    next.endInput();
+    EXPECT_EQ(next.read(1, 0.01), Bytes());
+  }
+  for (const char* name : {"job-0002.prn", "job-0003.prn", "job-0004.prn"}) {
+    for (int i = 0; i < 2000 && bytesOfFile(file(name)).size() != kJob.size(); ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(bytesOfFile(file(name)), kJob);
+  }
+  EXPECT_FALSE(std::filesystem::exists(file("job-0002.png"))) << "the hostile job is not drawn yet";
+}
+
+TEST_F(PrintServerTest, StopsWhileAHostileJobIsDrawn) {
+  options_.style.scale = 16;
+  start();
+  LoopbackClient hostile(server_->name());
+  EXPECT_TRUE(hostile.send(hostileJob()));
+  hostile.endInput();
+  while (!std::filesystem::exists(file("job-0001.png"))) std::this_thread::yield();
+  const auto before = std::chrono::steady_clock::now();
+  stop();
+  // A tenth of a second is promised; another program may have the processor meanwhile.
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(500));
+  EXPECT_NE(out_.find("job-0001.png: cancelled"), std::string::npos) << out_;
+  EXPECT_FALSE(std::filesystem::exists(file("job-0001.png")));
+}
+
+TEST_F(PrintServerTest, CutsThePictureOfAHostileJob) {
+  options_.style.scale = 16;
+  folder_.write("hostile.prn", hostileJob());
+  start();
+  print(hostileJob());
+  stop();
+  // 800,000,000 pixels are 12,207 rows of 65,536, that is 762.9 rows of dots at 203 dpi.
+  EXPECT_NE(out_.find("job-0001.png: ends after 95.5 mm; a job has at most 800000000 pixels in "
+                      "10000 pictures"),
+            std::string::npos)
+      << out_;
+}
+
+TEST(AcceptErrors, EndTheServerOnlyIfTheyAreOfItsSocket) {
+  for (const int code : {EAGAIN, EINTR, ECONNABORTED, EPROTO}) {
+    EXPECT_EQ(acceptErrorOf(code), AcceptError::kOfConnection) << code;
+  }
+  for (const int code : {EMFILE, ENFILE, ENOBUFS, ENOMEM}) {
+    EXPECT_EQ(acceptErrorOf(code), AcceptError::kOfResources) << code;
+  }
+  for (const int code : {EBADF, EINVAL, ENOTSOCK}) {
+    EXPECT_EQ(acceptErrorOf(code), AcceptError::kOfListener) << code;
+  }
 }
 
 TEST_F(PrintServerTest, WritesNoFilesForAConnectionWithoutBytes) {

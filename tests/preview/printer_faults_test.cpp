@@ -120,6 +120,15 @@ INSTANTIATE_TEST_SUITE_P(
                     WaitingFault{"button held", "button released", "\"button\":\"held\""},
                     WaitingFault{"stall", "go", "\"stalled\":true"}));
 
+TEST_F(PrinterFaults, WhatIsPrintedCanBeReadWhileTheJobWaits) {
+  RunningPrinter printer({"paper out after 5 mm"});
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 10));
+  EXPECT_TRUE(printer.waitFor("\"paper\":\"out\""));
+  EXPECT_TRUE(printer.waitFor("\"printedMm\":4.0"));
+  EXPECT_EQ(printer.printed(1), linesOf(0, 4));
+}
+
 TEST_F(PrinterFaults, AFullBufferBlocksTheSender) {
   RunningPrinter printer({"buffer 4", "cover open"});
   LoopbackClient client(printer.address());
