@@ -7,6 +7,7 @@
 
 #include "app/document_error.h"
 #include "app/pdf_document.h"
+#include "app/picture_document.h"
 #include "app/text_document.h"
 
 namespace wren::app {
@@ -22,6 +23,10 @@ struct Format {
 constexpr Format kFormats[] = {
     {"application/pdf",
      [](const DocumentRequest& request, PageSink& sink) { return readPdf(request, {}, sink); }},
+    {"image/png",
+     [](const DocumentRequest& request, PageSink& sink) { return readPng(request, {}, sink); }},
+    {"image/jpeg",
+     [](const DocumentRequest& request, PageSink& sink) { return readJpeg(request, {}, sink); }},
     {"text/plain",
      [](const DocumentRequest& request, PageSink& sink) { return readText(request, {}, sink); }},
 };
