@@ -4,13 +4,14 @@
 #include "app/program.h"
 
 #include <pappl/pappl.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -48,15 +49,37 @@ std::string optionOr(const char* name, int count, cups_option_t* options,
   return value == nullptr ? other : value;
 }
 
-// Throws std::runtime_error.
-int portOf(const std::string& text) {
-  int port = -1;
+// A number of the command line. Throws std::runtime_error.
+int numberOf(const char* name, int count, cups_option_t* options, int initial, int highest) {
+  const std::string text = optionOr(name, count, options, std::to_string(initial));
+  int number = -1;
   const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, port);
-  if (error != std::errc() || stop != end || port < 0 || port > 65535) {
-    throw std::runtime_error("server-port cannot be \"" + text + "\" (0 to 65535)");
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || number < 0 || number > highest) {
+    throw std::runtime_error(std::string(name) + " cannot be \"" + text + "\" (0 to " +
+                             std::to_string(highest) + ")");
   }
-  return port;
+  return number;
+}
+
+// Where the sub-commands look for a server of the system. A link belongs to the service of the
+// package: a second server would answer at its address, with other printers.
+constexpr const char* kSystemSocket = "/run/wren-printer-app.sock";
+
+bool isServiceElsewhere() {
+  return std::getenv("SNAP_COMMON") == nullptr && std::filesystem::is_symlink(kSystemSocket);
+}
+
+// PAPPL names its socket by the user; the link of the package needs one name.
+void linkSocket() {
+  const char* folder = std::getenv("RUNTIME_DIRECTORY");
+  if (folder == nullptr) return;
+  const std::string link = std::string(folder) + "/wren-printer-app.sock";
+  const std::string socket = "wren-printer-app" + std::to_string(::getuid()) + ".sock";
+  ::unlink(link.c_str());
+  if (::symlink(socket.c_str(), link.c_str()) != 0) {
+    throw std::runtime_error("cannot make the link " + link);
+  }
 }
 
 // Lives until the process ends: PAPPL frees the system, but our callbacks may still run.
@@ -69,25 +92,84 @@ ServerOptions serverOptionsOf(int count, cups_option_t* options) {
   ServerOptions server;
   server.name = optionOr("server-name", count, options, server.name);
   server.host = optionOr("listen-hostname", count, options, server.host);
-  server.port = portOf(optionOr("server-port", count, options, "0"));
+  server.port = numberOf("server-port", count, options, 0, 65535);
   server.stateFolder = optionOr("state-directory", count, options, defaultStateFolder());
   server.logFile = optionOr("log-file", count, options, server.logFile);
   server.logLevel = logLevelOf(cupsGetOption("log-level", count, options));
-  server.clientTimeoutSeconds = static_cast<unsigned>(
-      std::max(0, std::atoi(optionOr("client-timeout", count, options, "60").c_str())));
+  server.clientTimeoutSeconds =
+      static_cast<unsigned>(numberOf("client-timeout", count, options, 60, 86400));
   server.pagesFolder = optionOr("pages-directory", count, options, "");
   return server;
 }
 
 pappl_system_t* createSystem(int count, cups_option_t* options, void* /*data*/) {
+  const bool isPrivate = cupsGetOption("private-server", count, options) != nullptr;
+  if ((isPrivate || ::getuid() == 0) && isServiceElsewhere()) {
+    std::fputs("wren-printer-app: the service does not run: systemctl start wren-printer-app\n",
+               stderr);
+    return nullptr;
+  }
   try {
-    theServer() = std::make_unique<Server>(serverOptionsOf(count, options));
+    const ServerOptions server = serverOptionsOf(count, options);
+    linkSocket();
+    theServer() = std::make_unique<Server>(server);
     return theServer()->system();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "wren-printer-app: %s\n", error.what());
     return nullptr;
   }
 }
+
+void showUsage(void* /*data*/) {
+  std::fputs(R"(Usage: wren-printer-app SUB-COMMAND [OPTIONS] [FILE]
+
+Sub-commands:
+  add -d PRINTER -m DRIVER -v ADDRESS   Adds a printer.
+  autoadd          Adds the supported printers that are found.
+  cancel           Cancels one job or, with -a, all.
+  default          Shows or sets the default printer.
+  delete           Deletes a printer.
+  devices          Lists printers that can be reached.
+  drivers          Lists the drivers: one for each width of paper.
+  jobs             Lists the jobs of a printer.
+  modify           Changes the defaults of a printer.
+  options          Lists the options of a printer.
+  pause            Stops printing after the present job.
+  printers         Lists the printers.
+  resume           Prints again.
+  server           Serves until it is told to end.
+  shutdown         Ends the server when its jobs have ended.
+  status           Shows whether the server or a printer is idle.
+  submit           Prints a file.
+  trial            Serves one printer with a software printer behind it (trial --help).
+
+Options:
+  -a               All jobs (cancel).
+  -d PRINTER       The printer.
+  -j NUMBER        The job (cancel).
+  -m DRIVER        wren58, wren80 or wren112 (add, modify).
+  -n COPIES        Number of copies (submit).
+  -o NAME=VALUE    An option of a job, a printer or the server (add, modify, server, submit).
+  -u URI           Another server: ipp://HOST:PORT/ipp/system.
+  -v ADDRESS       The device: socket: or usb: (add, modify).
+  --help           This list.
+  --version        The version.
+
+Options of the server (-o):
+  client-timeout=SECONDS   drops clients that stall; 60 (default), 0 is never
+  listen-hostname=ADDRESS  localhost (default), or * for the network as well
+  log-file=FILE            - (default) is standard error
+  log-level=LEVEL          debug, info, warn (default), error or fatal
+  pages-directory=FOLDER   keeps each printed page, for tests
+  server-name=NAME         what clients see
+  server-port=PORT         the TCP port
+  state-directory=FOLDER   where printers and jobs are kept
+
+The manual page has an example for each: man wren-printer-app
+)",
+             stdout);
+}
+
 }  // namespace
 
 int runProgram(int argc, char** argv) {
@@ -99,7 +181,7 @@ int runProgram(int argc, char** argv) {
   const auto drivers = printerDrivers();
   return papplMainloop(argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()),
                        drivers.data(), driverForDevice, describeDriver, nullptr, nullptr,
-                       createSystem, nullptr, nullptr);
+                       createSystem, showUsage, nullptr);
 }
 
 }  // namespace wren::app

@@ -56,7 +56,13 @@ package_here() {
     fail_package "$log"
   fi
   check_package "$folder"
-  say "$(compgen -G "$folder/printer-driver-wren_*.deb")"
+  say_packages "$folder"
+}
+
+# say_packages FOLDER: the paths of its packages, one a line.
+say_packages() {
+  local package
+  for package in "$1"/*.deb; do say "$package"; done
 }
 
 fail_package() {
@@ -100,7 +106,7 @@ package_in_root() {
   fi
   write_runners "$root" "$arch" "$folder"
   run_programs "$folder"
-  say "$(compgen -G "$folder/printer-driver-wren_*.deb")"
+  say_packages "$folder"
 }
 
 # Copies the tree into the system and installs what its debian/control asks for.

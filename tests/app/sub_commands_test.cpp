@@ -7,10 +7,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/app/running_server.h"
 #include "tests/app/slow_printer.h"
+#include "tests/support/process.h"
 
 namespace wren_test {
 namespace {
@@ -54,6 +57,50 @@ TEST(SubCommands, ControlPrintersAndJobs) {
   EXPECT_THAT(server.ask({"drivers"}), HasSubstr("wren58 "));
   EXPECT_THAT(server.ask({"options", "-d", "till"}), HasSubstr("om_80x200mm"));
   EXPECT_THAT(server.ask({"status"}), HasSubstr("Running"));
+}
+
+ProcessResult answerTo(const std::string& option) {
+  ProcessSpec spec;
+  spec.program = WREN_PRINTER_APP;
+  spec.arguments = {"wren-printer-app", option};
+  return runProcess(spec);
+}
+
+// The names at the start of the lines of `--help` that are indented: sub-commands and options.
+std::vector<std::string> namesInHelp(const std::string& help) {
+  std::vector<std::string> names;
+  std::istringstream lines(help);
+  for (std::string line, name; std::getline(lines, line);) {
+    const std::size_t option = line.find('=');
+    if (line.starts_with("  ") && option < line.find(' ', 2)) {
+      names.push_back(line.substr(2, option - 1));
+    } else if (line.starts_with("  ") && (std::istringstream(line) >> name))
+      names.push_back(name);
+  }
+  return names;
+}
+
+TEST(ManPage, NamesEachSubCommandAndOptionOfTheHelp) {
+  const ProcessResult help = answerTo("--help");
+  ASSERT_EQ(help.exitStatus, 0);
+  std::string page = readFile(WREN_MAN_PAGE);
+  std::erase(page, '\\');
+  const auto names = namesInHelp(help.out);
+  EXPECT_THAT(names, testing::IsSupersetOf(
+                         {"add", "server", "submit", "trial", "-o", "--help", "server-port="}));
+  for (const auto& name : names) {
+    if (name.starts_with('-') || name.ends_with('=')) {
+      EXPECT_THAT(page, testing::AnyOf(HasSubstr("\n.BI " + name), HasSubstr("\n.B " + name)));
+    } else {
+      EXPECT_THAT(page, HasSubstr("\n.B wren-printer-app " + name)) << "an example of " << name;
+    }
+  }
+}
+
+TEST(ManPage, NamesTheVersionOfTheProgram) {
+  const ProcessResult version = answerTo("--version");
+  EXPECT_THAT(readFile(WREN_MAN_PAGE),
+              HasSubstr("\"Wren " + version.out.substr(0, version.out.find('\n'))));
 }
 
 }  // namespace
