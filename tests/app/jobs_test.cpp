@@ -93,7 +93,10 @@ std::vector<Document> documents() {
   const std::vector<RasterPage> pages = {noisePage(300, 90, 1), noisePage(1000, 70, 2)};
   return {{"image/pwg-raster", pwg(pages), 2},
           {"image/urf", urf(pages), 2},
-          {"application/pdf", readFile(WREN_EXAMPLES "/receipt.pdf"), 1}};
+          {"application/pdf", readFile(WREN_EXAMPLES "/receipt.pdf"), 1},
+          {"image/png", readFile(WREN_EXAMPLES "/photo.png"), 1},
+          {"image/jpeg", readFile(WREN_SAMPLE_JPEG), 1},
+          {"text/plain", readFile(WREN_EXAMPLES "/order.txt"), 1}};
 }
 
 class Identity : public testing::TestWithParam<int> {};

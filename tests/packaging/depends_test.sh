@@ -11,7 +11,7 @@ root=$1
 source "$root/tools/packages.sh"
 
 depends() {
-  sed -n '/^Depends:/,/^[A-Z]/p' "$root/debian/control" | sed -n 's/^ \([a-z][a-z0-9+.-]*\).*/\1/p' | sort
+  sed -n '/^Package: printer-driver-wren$/,/^$/p' "$root/debian/control" | sed -n '/^Depends:/,/^[A-Z]/p' | sed -n 's/^ \([a-z][a-z0-9+.-]*\).*/\1/p' | sort
 }
 
 read -r -a chain <<<"${DEBIAN_PACKAGES[chain]}"
