@@ -71,22 +71,43 @@ Server::Server(const ServerOptions& options)
                               "_print,_universal", spool.c_str(), options.logFile.c_str(),
                               options.logLevel, nullptr, false);
   if (system_ == nullptr) throw std::runtime_error("cannot create the printer application");
-  if (!papplSystemAddListeners(system_, options.host == "*" ? nullptr : options.host.c_str())) {
-    throw std::runtime_error("cannot listen on " + options.host + ", port " +
-                             std::to_string(options.port));
-  }
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
                                driverForDevice, nullptr, describeDriver, &services_);
-  origins_.watch(system_);
+  papplSystemSetEventCallback(system_, onEvent, this);
   acceptDocuments(system_, kPrinterFormat, services_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");
   state_.start(system_);
+  listen(options);
   if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {
     papplSystemSetDNSSDName(system_, options.name.c_str());
   }
+}
+
+// Without a password, the web pages of PAPPL let every client add and delete printers.
+void Server::listen(const ServerOptions& options) {
+  std::string host = options.host;
+  char password[256] = "";
+  papplSystemGetPassword(system_, password, sizeof password);
+  if (isShared(host) && password[0] == '\0') {
+    papplLog(system_, PAPPL_LOGLEVEL_ERROR,
+             "Not shared: set a password on http://localhost:%d/security and start again.",
+             papplSystemGetHostPort(system_));
+    host = "localhost";
+  }
+  if (!papplSystemAddListeners(system_, host == "*" ? nullptr : host.c_str())) {
+    throw std::runtime_error("cannot listen on " + host + ", port " + std::to_string(options.port));
+  }
+}
+
+// A system has one event callback.
+void Server::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+                     pappl_event_t event, void* server) {
+  auto* const self = static_cast<Server*>(server);
+  self->origins_.note(job, event);
+  self->state_.noteChange();
 }
 
 std::string defaultStateFolder() {

@@ -18,7 +18,7 @@ namespace wren::app {
 
 struct ServerOptions {
   std::string name = "Wren";
-  std::string host = "localhost";  ///< address to listen on; "*" for all
+  std::string host = "localhost";  ///< address to listen on; "*" for all, once a password is set
   int port = 0;                    ///< 0: PAPPL's choice
   std::string stateFolder;         ///< created if it is missing
   std::string logFile = "-";       ///< "-": standard error
@@ -37,6 +37,10 @@ class Server {
   pappl_system_t* system() { return system_; }
 
  private:
+  void listen(const ServerOptions& options);
+  static void onEvent(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
+                      pappl_event_t event, void* server);
+
   PageKeeper keeper_;
   StateKeeper state_;
   JobOrigins origins_;

@@ -5,12 +5,17 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <signal.h>
+#include <sys/socket.h>
 
+#include <cstdint>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "common/handles.h"
 #include "tests/app/running_server.h"
 #include "tests/app/slow_printer.h"
 #include "tests/support/process.h"
@@ -57,6 +62,29 @@ TEST(SubCommands, ControlPrintersAndJobs) {
   EXPECT_THAT(server.ask({"drivers"}), HasSubstr("wren58 "));
   EXPECT_THAT(server.ask({"options", "-d", "till"}), HasSubstr("om_80x200mm"));
   EXPECT_THAT(server.ask({"status"}), HasSubstr("Running"));
+}
+
+// All of 127/8 is this machine: an address that nobody listens on unless on every address.
+bool listensOnEveryAddress(int port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  const wren::FileDescriptor client(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  return ::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+TEST(Sharing, NeedsAPassword) {
+  RunningServer server({"listen-hostname=*"});
+  EXPECT_FALSE(listensOnEveryAddress(server.port()));
+  EXPECT_THAT(server.log(), HasSubstr("Not shared: set a password"));
+  server.ask({"add", "-d", "till", "-m", "wren80", "-v", "socket://127.0.0.1:9"});
+  ASSERT_TRUE(server.waitUntilSaved("till"));
+  server.stop(SIGTERM);
+  const std::string state = readFile(server.stateFolder() / "state");
+  std::ofstream(server.stateFolder() / "state") << "Password 0123~0123\n" << state;
+  server.start();
+  EXPECT_TRUE(listensOnEveryAddress(server.port())) << server.log();
 }
 
 ProcessResult answerTo(const std::string& option) {

@@ -61,6 +61,7 @@ const std::set<std::string> kCupsOptions = {"raw",
 std::string builtProgram(const std::string& name) {
   if (name == "wren") return kBuild + "/cli/wren";
   if (name == "wren-preview") return kBuild + "/preview/wren-preview";
+  if (name == "wren-printer-app") return kBuild + "/app/wren-printer-app";
   return {};
 }
 
@@ -112,6 +113,11 @@ std::string optionsFault(const SimpleCommand& command, std::size_t from, const s
 
 std::string programFault(const SimpleCommand& command) {
   const std::string program = builtProgram(command[0]);
+  if (command[0] == "wren-printer-app" && command.size() > 1) {
+    const std::string help = outputOf(program, {"--help"});
+    if (!contains(help, "\n  " + command[1] + " ")) return "has no command " + command[1];
+    return optionsFault(command, 2, help);
+  }
   const bool hasCommands = command[0] == "wren";
   if (!hasCommands || command.size() < 2 || command[1].starts_with("--")) {
     return optionsFault(command, 1, outputOf(program, {"--help"}));
@@ -225,8 +231,8 @@ std::string withoutAlternatives(const std::string& text) {
 }
 
 bool isOurCommand(const std::string& text) {
-  for (const char* start :
-       {"wren ", "sudo wren ", "./wren ", "wren-preview ", "dev/", "build/dev/tests/"}) {
+  for (const char* start : {"wren ", "sudo wren ", "./wren ", "wren-preview ", "wren-printer-app ",
+                            "dev/", "build/dev/tests/"}) {
     if (text.starts_with(start) && text != start) return true;
   }
   return false;
