@@ -73,7 +73,7 @@ bool sendText(pappl_client_t* client, void* id) {
 bool sendPage(pappl_client_t* client, void* id) {
   return respond(client, id, [client](pappl_printer_t* printer) {
     const std::string text = textOf(printer);
-    if (!papplClientRespond(client, HTTP_STATUS_OK, nullptr, "text/html", 0, 0)) return false;
+    // The header is also the HTTP response.
     papplClientHTMLPrinterHeader(client, printer, "Status", kRefreshSeconds, nullptr, nullptr);
     papplClientHTMLPuts(client, "<p>The printer: ");
     papplClientHTMLEscape(client, text.c_str(), text.size());
