@@ -51,6 +51,28 @@ void refuseJob(pappl_job_t* job, pappl_jreason_t reason, const std::string& text
   papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s", text.c_str());
 }
 
+std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t& options,
+                                      const JobServices& services) {
+  try {
+    JobRequest request = requestOf(job, options);
+    request.clientIsLocal = services.origins == nullptr || services.origins->isLocal(job);
+    return makeJobSettings(request);
+  } catch (const BadAttribute& bad) {
+    refuseJob(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, bad.what());
+    return std::nullopt;
+  }
+}
+
+// A job that cannot be noted prints all the same: paper now is worth more than a second copy
+// after a crash costs.
+void noteBegin(pappl_job_t* job, const JobServices& services) {
+  if (services.state == nullptr) return;
+  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+  if (!services.state->begin(key)) {
+    papplLogJob(job, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
+  }
+}
+
 ActiveJob::ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services)
     : job_(job), device_(device), services_(services) {}
 
@@ -61,14 +83,9 @@ std::unique_ptr<ActiveJob> ActiveJob::start(pappl_job_t* job, const pappl_pr_opt
 }
 
 bool ActiveJob::begin(const pappl_pr_options_t& options) {
-  try {
-    JobRequest request = requestOf(job_, options);
-    request.clientIsLocal = services_.origins == nullptr || services_.origins->isLocal(job_);
-    plan_.settings = makeJobSettings(request);
-  } catch (const BadAttribute& bad) {
-    refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, bad.what());
-    return false;
-  }
+  const auto settings = settingsOf(job_, options, services_);
+  if (!settings) return false;
+  plan_.settings = *settings;
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
   plan_.jobId = papplJobGetID(job_);
@@ -84,7 +101,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   surroundings.keeper = services_.keeper;
   surroundings.onBegin = [this] {
     // A job that still waits for its printer when the process ends has not begun.
-    if (beginDeviceJob(device_)) noteBegin();
+    if (beginDeviceJob(device_)) noteBegin(job_, services_);
   };
   surroundings.onPage = [this] { betweenPages(device_); };
   surroundings.onMessage = [this](std::string_view line) {
@@ -92,16 +109,6 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   };
   print_ = std::make_unique<PrintJob>(plan_, surroundings);
   return true;
-}
-
-// A job that cannot be noted prints all the same: paper now is worth more than a second copy
-// after a crash costs.
-void ActiveJob::noteBegin() const {
-  if (services_.state == nullptr) return;
-  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
-  if (!services_.state->begin(key)) {
-    papplLogJob(job_, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
-  }
 }
 
 CancelCheck ActiveJob::cancel() const {

@@ -9,6 +9,7 @@
 #include <pappl/pappl.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/client_origin.h"
@@ -16,6 +17,7 @@
 #include "app/page_keeper.h"
 #include "app/page_target.h"
 #include "app/print_job.h"
+#include "app/ready_commands.h"
 #include "app/state_keeper.h"
 #include "common/cancel_check.h"
 #include "common/handles.h"
@@ -27,6 +29,7 @@ struct JobServices {
   PageKeeper* keeper = nullptr;
   StateKeeper* state = nullptr;
   const JobOrigins* origins = nullptr;  ///< null: every client is local
+  const ReadyCommands* commands = nullptr;
 };
 
 class ActiveJob {
@@ -52,7 +55,6 @@ class ActiveJob {
   ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services);
 
   bool begin(const pappl_pr_options_t& options);
-  void noteBegin() const;
 
   pappl_job_t* job_;
   pappl_device_t* device_;
@@ -62,6 +64,14 @@ class ActiveJob {
   std::unique_ptr<PrintJob> print_;
   bool failed_ = false;
 };
+
+/// What the job and its printer set. Tells the client what is wrong and returns nothing if an
+/// attribute of the job is bad.
+std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t& options,
+                                      const JobServices& services);
+
+/// Notes, on disk, that the job is about to send its first byte.
+void noteBegin(pappl_job_t* job, const JobServices& services);
 
 /// Ends a job before its first byte: state "aborted", with a reason for people.
 void refuseJob(pappl_job_t* job, pappl_jreason_t reason, const std::string& text);

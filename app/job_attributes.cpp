@@ -49,6 +49,11 @@ std::string attributeText(ipp_attribute_t* attribute) {
   return text.data();
 }
 
+std::optional<std::string> printerDefault(pappl_printer_t* printer, const std::string& name) {
+  const auto defaults = driverAttributesOf(printer);
+  return textOf(ippFindAttribute(defaults.get(), (name + "-default").c_str(), IPP_TAG_ZERO));
+}
+
 JobRequest requestOf(pappl_job_t* job, const pappl_pr_options_t& options) {
   JobRequest request;
   request.ofJob = [job](const char* attribute) {

@@ -123,7 +123,8 @@ JobSettings makeJobSettings(const JobRequest& request) {
   settings.core.halftoneType = halftoneOf(request);
   settings.core.brightness = brightnessOf(request.darkness);
   settings.core.debugImages = false;
-  if (!mayOpenDrawer(request)) settings.core.cashDrawerSetting = 0;
+  settings.mayOpenDrawer = mayOpenDrawer(request);
+  if (!settings.mayOpenDrawer) settings.core.cashDrawerSetting = 0;
   settings.contrast = effectiveValue(kContrastAttribute, request);
   settings.longestGapMm = static_cast<std::uint32_t>(effectiveValue(kLongestGapAttribute, request));
   settings.textPitch = kTextPitches[effectiveValue(kTextPitchAttribute, request)];

@@ -34,6 +34,7 @@ struct JobSettings {
   Settings core;
   std::int32_t contrast = 0;       ///< -100 to 100
   std::uint32_t longestGapMm = 0;  ///< longest blank stretch inside a page; 0: any
+  bool mayOpenDrawer = true;       ///< whether the client may
   std::uint32_t textPitch = 14;    ///< characters per inch of plain text
 };
 

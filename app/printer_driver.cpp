@@ -15,6 +15,7 @@
 #include "app/page_sink.h"
 #include "app/paper.h"
 #include "app/raster_callbacks.h"
+#include "app/ready_commands.h"
 #include "app/vendor_option.h"
 
 namespace wren::app {
@@ -128,6 +129,7 @@ bool describeDriver(pappl_system_t* /*system*/, const char* driverName, const ch
   describePaper(*paper, *data);
   data->status_cb = showPrinterCondition;
   setRasterCallbacks(*data, *static_cast<const JobServices*>(services));
+  setCommandCallbacks(*data);
   if (*attributes == nullptr) *attributes = ippNew();
   for (const VendorOption& option : vendorOptions()) addVendorOption(option, *data, *attributes);
   addMissingAttributes(*attributes);

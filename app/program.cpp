@@ -20,6 +20,7 @@
 #include "app/network_device.h"
 #include "app/printer_driver.h"
 #include "app/server.h"
+#include "app/sub_commands.h"
 #include "app/trial.h"
 
 namespace wren::app {
@@ -178,10 +179,13 @@ int runProgram(int argc, char** argv) {
     std::fprintf(stderr, "wren-printer-app: USB printers cannot be used\n");
   }
   if (isTrial) return runTrial(argc - 1, argv + 1);
+  if (argc > 1 && isPrinterCommand(argv[1])) return runPrinterCommand(argc, argv);
   const auto drivers = printerDrivers();
-  return papplMainloop(argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()),
-                       drivers.data(), driverForDevice, describeDriver, nullptr, nullptr,
-                       createSystem, showUsage, nullptr);
+  const int status = papplMainloop(
+      argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()), drivers.data(),
+      driverForDevice, describeDriver, nullptr, nullptr, createSystem, showUsage, nullptr);
+  if (argc > 1 && std::strcmp(argv[1], "status") == 0) printConditions(argc, argv);
+  return status;
 }
 
 }  // namespace wren::app

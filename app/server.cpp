@@ -14,8 +14,10 @@
 #include <system_error>
 
 #include "app/client_timeout.h"
+#include "app/command_job.h"
 #include "app/document_callbacks.h"
 #include "app/printer_driver.h"
+#include "app/status_page.h"
 #include "common/handles.h"
 
 namespace wren::app {
@@ -63,7 +65,8 @@ Server::Server(const ServerOptions& options)
     : keeper_(options.pagesFolder),
       state_(makePrivateFolder(options.stateFolder)),
       origins_(isShared(options.host)),
-      services_{&keeper_, &state_, &origins_} {
+      commands_(options.stateFolder),
+      services_{&keeper_, &state_, &origins_, &commands_} {
   setClientTimeout(std::chrono::seconds(options.clientTimeoutSeconds));
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
@@ -73,9 +76,10 @@ Server::Server(const ServerOptions& options)
   if (system_ == nullptr) throw std::runtime_error("cannot create the printer application");
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
-                               driverForDevice, nullptr, describeDriver, &services_);
+                               driverForDevice, addStatusPages, describeDriver, &services_);
   papplSystemSetEventCallback(system_, onEvent, this);
   acceptDocuments(system_, kPrinterFormat, services_);
+  acceptCommands(system_, kPrinterFormat, services_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");

@@ -12,6 +12,7 @@
 #include "app/active_job.h"
 #include "app/client_origin.h"
 #include "app/page_keeper.h"
+#include "app/ready_commands.h"
 #include "app/state_keeper.h"
 
 namespace wren::app {
@@ -44,6 +45,7 @@ class Server {
   PageKeeper keeper_;
   StateKeeper state_;
   JobOrigins origins_;
+  ReadyCommands commands_;
   JobServices services_;
   pappl_system_t* system_ = nullptr;
 };

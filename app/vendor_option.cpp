@@ -21,6 +21,8 @@ constexpr const char* kDirections[] = {"both", "one"};
 constexpr const char* kCuts[] = {"none", "full", "partial"};
 constexpr const char* kMoments[] = {"off", "before", "after"};
 constexpr const char* kDrawerClients[] = {"local", "anyone"};
+// Of pin 3 of the drawer's connector while the drawer is open.
+constexpr const char* kDrawerLevels[] = {"unknown", "high", "low"};
 // In characters per inch; the order of kTextPitches.
 constexpr const char* kTextPitchNames[] = {"cpi-10", "cpi-14"};
 
@@ -62,7 +64,7 @@ constexpr VendorOption fromTable(const SharedOption& shared) {
   return {shared.attribute, shared.choices, row.lowest, row.highest, row.initial, row.field};
 }
 
-constexpr std::size_t kOwnOptions = 5;
+constexpr std::size_t kOwnOptions = 6;
 
 constexpr auto makeOptions() {
   std::array<VendorOption, kOwnOptions + kShared.size()> options{{
@@ -71,6 +73,7 @@ constexpr auto makeOptions() {
       {kLongestGapAttribute, {}, 0, kLongestGapMm, 0, nullptr},
       {kTextPitchAttribute, kTextPitchNames, 0, 1, 1, nullptr},
       {kDrawerClientsAttribute, kDrawerClients, 0, 1, 0, nullptr, true},
+      {kDrawerLevelAttribute, kDrawerLevels, 0, 2, 0, nullptr, true},
   }};
   for (std::size_t i = 0; i < kShared.size(); ++i) options[kOwnOptions + i] = fromTable(kShared[i]);
   return options;

@@ -33,6 +33,7 @@ inline constexpr const char* kContrastAttribute = "contrast";
 inline constexpr const char* kLongestGapAttribute = "longest-gap";
 inline constexpr const char* kTextPitchAttribute = "text-pitch";
 inline constexpr const char* kDrawerClientsAttribute = "drawer-from";
+inline constexpr const char* kDrawerLevelAttribute = "drawer-level";
 inline constexpr const char* kDrawerAttribute = "cash-drawer-setting";
 inline constexpr const char* kCutAttribute = "doc-cut-type";
 inline constexpr const char* kDirectionAttribute = "bidi-printing";

@@ -139,6 +139,15 @@ TEST(JobSettings, OfAClientThatIsFarAwayAndAsksForTheDrawerAreRefused) {
   EXPECT_THROW(makeJobSettings(request), BadAttribute);
 }
 
+TEST(JobSettings, SayWhetherTheClientMayOpenTheDrawer) {
+  JobRequest request;
+  EXPECT_TRUE(makeJobSettings(request).mayOpenDrawer);
+  request.clientIsLocal = false;
+  EXPECT_FALSE(makeJobSettings(request).mayOpenDrawer);
+  request.ofPrinter = in({{"drawer-from", "anyone"}});
+  EXPECT_TRUE(makeJobSettings(request).mayOpenDrawer);
+}
+
 TEST(JobSettings, OfAJobThatChangesWhoMayOpenTheDrawerAreRefused) {
   EXPECT_THROW(settingsOf({{"drawer-from", "anyone"}}), BadAttribute);
 }

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+//
+// Each fault of the software printer while jobs go to it: nothing is lost, nothing printed twice,
+// and the reason shows while the fault lasts. The bytes that were sent are those of the filter
+// for the same pages.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/status_page.h"
+#include "tests/app/filter_of_pages.h"
+#include "tests/app/printed_paper.h"
+#include "tests/app/printing_client.h"
+#include "tests/app/running_app.h"
+#include "tests/app/running_server.h"
+#include "tests/support/raster_stream.h"
+#include "tests/support/same_bytes.h"
+
+namespace wren_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kPwg = "image/pwg-raster";
+
+std::string uriOf(const RunningPrinter& printer) {
+  return "socket://" + printer.address();
+}
+
+std::string page(unsigned rows) {
+  return rasterStream(RasterKind::kPwg, {noisePage(576, rows, 1)});
+}
+
+// More than a small buffer of the printer and those of the system hold: 1000 rows are 125 mm.
+constexpr unsigned kLongRows = 4000;
+constexpr unsigned kShortRows = 100;
+
+bool becomes(RunningApp& app, const std::string& reasons) {
+  const auto end = Clock::now() + std::chrono::seconds(30);
+  while (app.printerReasons() != reasons) {
+    if (Clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return true;
+}
+
+struct Wait {
+  const char* name;
+  std::vector<std::string> faults;
+  unsigned rows;
+  const char* reason;
+  const char* message;
+  const char* recovery;
+};
+
+class WaitingForPrinter : public testing::TestWithParam<Wait> {};
+
+TEST_P(WaitingForPrinter, ShowsWhyAndPrintsTheWholeJobOnce) {
+  const Wait& wait = GetParam();
+  RunningPrinter printer(wait.faults);
+  RunningApp app({.device = uriOf(printer)});
+  PrintingClient client(app, page(wait.rows));
+  EXPECT_TRUE(becomes(app, wait.reason)) << app.printerReasons();
+  const JobOutcome waiting = app.stateOf(1);
+  EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
+  EXPECT_EQ(waiting.message, wait.message);
+  EXPECT_EQ(printer.tell(wait.recovery), "ok");
+  const JobOutcome printed = client.outcome();
+  EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
+  EXPECT_EQ(printed.message, "");
+  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
+                         testing::Values(Wait{"PaperOut",
+                                              {"paper out"},
+                                              kShortRows,
+                                              "media-empty",
+                                              "Waiting: out of paper.",
+                                              "paper ok"},
+                                         Wait{"PaperOutInMidJob",
+                                              {"buffer 4", "paper out after 20 mm"},
+                                              kLongRows,
+                                              "media-empty",
+                                              "Waiting: out of paper.",
+                                              "paper ok"},
+                                         Wait{"PaperOutWithTheJobInTheBuffer",
+                                              {"paper out after 5 mm"},
+                                              kShortRows,
+                                              "media-empty",
+                                              "Waiting: out of paper.",
+                                              "paper ok"},
+                                         Wait{"CoverOpen",
+                                              {"cover open"},
+                                              kShortRows,
+                                              "cover-open",
+                                              "Waiting: cover open.",
+                                              "cover closed"},
+                                         Wait{"CutterError",
+                                              {"error cutter"},
+                                              kShortRows,
+                                              "other",
+                                              "Waiting: cutter error.",
+                                              "error none"},
+                                         Wait{"OtherError",
+                                              {"error unrecoverable"},
+                                              kShortRows,
+                                              "other",
+                                              "Waiting: error.",
+                                              "error none"},
+                                         Wait{"Away",
+                                              {"vanish"},
+                                              kShortRows,
+                                              "offline",
+                                              "Waiting: the printer cannot be reached.",
+                                              "return"},
+                                         Wait{"Stall",
+                                              {"answers off", "buffer 4", "stall after 3000 bytes"},
+                                              kLongRows,
+                                              "offline",
+                                              "Waiting: the printer takes no data.",
+                                              "go"}),
+                         [](const auto& info) { return info.param.name; });
+
+struct Way {
+  const char* name;
+  std::vector<std::string> faults;
+  unsigned rows;
+  const char* reason;
+};
+
+class SlowOrQuietPrinter : public testing::TestWithParam<Way> {};
+
+TEST_P(SlowOrQuietPrinter, GetsTheWholeJobOnce) {
+  const Way& way = GetParam();
+  RunningPrinter printer(way.faults);
+  RunningApp app({.device = uriOf(printer)});
+  const JobOutcome printed = app.print(page(way.rows), kPwg);
+  EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
+  EXPECT_TRUE(becomes(app, way.reason)) << app.printerReasons();
+  printer.tell("paper ok");
+  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ways, SlowOrQuietPrinter,
+    testing::Values(Way{"Good", {}, kShortRows, "none"},
+                    Way{"At9600Baud", {"baud 9600"}, 30, "none"},
+                    Way{"SlowToAccept", {"accept-delay 1500"}, 30, "none"},
+                    Way{"NeverAnswers", {"answers off"}, kShortRows, "none"},
+                    Way{"NearItsEnd", {"paper near-end"}, kShortRows, "media-low"}),
+    [](const auto& info) { return info.param.name; });
+
+struct Loss {
+  const char* name;
+  std::vector<std::string> faults;
+  const char* recovery;  ///< null: none is needed
+};
+
+class LostConnection : public testing::TestWithParam<Loss> {};
+
+// What a printer had taken may be lost or not: the job is aborted, and never sent again.
+TEST_P(LostConnection, AbortsTheJobAndPrintsTheNextOneWhole) {
+  const Loss& loss = GetParam();
+  RunningPrinter printer(loss.faults);
+  RunningApp app({.device = uriOf(printer)});
+  const JobOutcome lost = app.print(page(kLongRows), kPwg);
+  EXPECT_EQ(lost.state, IPP_JSTATE_ABORTED);
+  EXPECT_THAT(lost.message, StartsWith("printer: "));
+  if (loss.recovery != nullptr) printer.tell(loss.recovery);
+  const JobOutcome next = app.print(page(kShortRows), kPwg);
+  EXPECT_EQ(next.state, IPP_JSTATE_COMPLETED) << next.message;
+  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  const auto pages = app.pages();
+  ASSERT_EQ(pages.size(), 2U);
+  const std::string sent = filterBytesOf({pages.at(0)}, {});
+  const std::string whole = filterBytesOf({pages.at(1)}, {});
+  const std::string printed = printedBytes(printer);
+  ASSERT_GE(printed.size(), whole.size());
+  const std::string part = printed.substr(0, printed.size() - whole.size());
+  EXPECT_LT(part.size(), sent.size());
+  EXPECT_THAT(part, SameBytes(sent.substr(0, part.size())));
+  EXPECT_THAT(printed.substr(part.size()), SameBytes(whole));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Losses, LostConnection,
+    testing::Values(Loss{"PowerOff", {"buffer 4", "power off after 20 mm"}, "power on"},
+                    Loss{"Vanish", {"buffer 4", "vanish after 9000 bytes"}, "return"},
+                    Loss{"Reset", {"buffer 4", "reset after 9000 bytes"}, nullptr}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(StatusText, SaysHowThePrinterIsAndWhetherTheDrawerIsOpen) {
+  using wren::app::conditionText;
+  using wren::app::PrinterCondition;
+  using wren::app::PrinterStatus;
+  const PrinterCondition low{false, false, PrinterStatus{}};
+  PrinterStatus highPin;
+  highPin.drawerPinHigh = true;
+  const PrinterCondition high{false, false, highPin};
+  PrinterStatus noPaper;
+  noPaper.offline = noPaper.paperOut = true;
+  EXPECT_EQ(conditionText(low, "unknown"), "ready; drawer level low");
+  EXPECT_EQ(conditionText(high, "unknown"), "ready; drawer level high");
+  EXPECT_EQ(conditionText(high, "high"), "ready; drawer open");
+  EXPECT_EQ(conditionText(low, "high"), "ready; drawer closed");
+  EXPECT_EQ(conditionText(high, "low"), "ready; drawer closed");
+  EXPECT_EQ(conditionText(low, "low"), "ready; drawer open");
+  EXPECT_EQ(conditionText({true, false, highPin}, "high"), "cannot be reached; drawer unknown");
+  EXPECT_EQ(conditionText({false, true, std::nullopt}, "high"), "takes no data; drawer unknown");
+  EXPECT_EQ(conditionText({}, "high"), "does not say how it is; drawer unknown");
+  EXPECT_EQ(conditionText({false, false, noPaper}, "high"), "out of paper; drawer closed");
+}
+
+TEST(StatusCommand, TellsTheConditionOfEachPrinter) {
+  RunningPrinter till({"drawer high"});
+  RunningPrinter bar({"cover open"});
+  RunningServer server;
+  server.ask({"add", "-d", "till", "-m", "wren80", "-v", uriOf(till)});
+  server.ask({"add", "-d", "bar", "-m", "wren80", "-v", uriOf(bar)});
+  server.ask({"modify", "-d", "till", "-o", "drawer-level=high"});
+  const std::string all = server.ask({"status"});
+  EXPECT_THAT(all, HasSubstr("till: ready; drawer open\n"));
+  EXPECT_THAT(all, HasSubstr("bar: cover open; drawer level low\n"));
+  const std::string one = server.ask({"status", "-d", "till"});
+  EXPECT_THAT(one, HasSubstr("till: ready; drawer open\n"));
+  EXPECT_THAT(one, testing::Not(HasSubstr("bar:")));
+  server.ask({"delete", "-d", "bar"});
+  EXPECT_THAT(server.ask({"status"}), testing::Not(HasSubstr("bar:")));
+}
+
+}  // namespace
+}  // namespace wren_test
