@@ -71,7 +71,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   }
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
-  plan_.jobId = papplJobGetID(job_);
+  plan_.job = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
   stream_ = openDeviceStream(device_);
   if (stream_ == nullptr) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
@@ -98,8 +98,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
 // after a crash costs.
 void ActiveJob::noteBegin() const {
   if (services_.state == nullptr) return;
-  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
-  if (!services_.state->begin(key)) {
+  if (!services_.state->begin(plan_.job)) {
     papplLogJob(job_, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
   }
 }

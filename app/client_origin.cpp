@@ -43,17 +43,11 @@ bool currentClientIsLocal() {
 #endif
 }
 
-void JobOrigins::watch(pappl_system_t* system) {
-  papplSystemSetEventCallback(system, onEvent, this);
-}
-
-void JobOrigins::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
-                         pappl_event_t event, void* self) {
+void JobOrigins::note(pappl_job_t* job, pappl_event_t event) {
   if (job == nullptr) return;
-  auto& origins = *static_cast<JobOrigins*>(self);
-  const std::lock_guard lock(origins.mutex_);
-  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) origins.local_[keyOf(job)] = currentClientIsLocal();
-  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) origins.local_.erase(keyOf(job));
+  const std::lock_guard lock(mutex_);
+  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) local_[keyOf(job)] = currentClientIsLocal();
+  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) local_.erase(keyOf(job));
 }
 
 bool JobOrigins::isLocal(pappl_job_t* job) const {

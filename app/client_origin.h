@@ -24,17 +24,15 @@ class JobOrigins {
   /// @param isShared whether clients on other machines can reach the server.
   explicit JobOrigins(bool isShared) : isShared_(isShared) {}
 
-  /// Starts to note each new job of the system. Outlives it.
-  void watch(pappl_system_t* system);
+  /// Notes where a new job comes from and forgets one that has ended. To be called from the event
+  /// callback of the system, of which PAPPL has one only.
+  void note(pappl_job_t* job, pappl_event_t event);
 
   /// A job of an earlier process counts as far away if the server is shared now.
   bool isLocal(pappl_job_t* job) const;
 
  private:
   using Key = std::pair<int, int>;  // printer and job
-
-  static void onEvent(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
-                      pappl_event_t event, void* self);
 
   bool isShared_;
   mutable std::mutex mutex_;

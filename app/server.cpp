@@ -78,15 +78,22 @@ Server::Server(const ServerOptions& options)
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
                                driverForDevice, nullptr, describeDriver, &services_);
-  origins_.watch(system_);
   acceptDocuments(system_, kPrinterFormat, services_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");
   state_.start(system_);
+  papplSystemSetEventCallback(system_, onEvent, this);
   if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {
     papplSystemSetDNSSDName(system_, options.name.c_str());
   }
+}
+
+void Server::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+                     pappl_event_t event, void* self) {
+  auto& server = *static_cast<Server*>(self);
+  server.origins_.note(job, event);
+  server.state_.noteChange();
 }
 
 std::string defaultStateFolder() {

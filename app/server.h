@@ -33,10 +33,16 @@ class Server {
   /// system cannot be created.
   explicit Server(const ServerOptions& options);
 
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
   /// The system, owned by PAPPL once it runs; printers of an earlier run are loaded.
   pappl_system_t* system() { return system_; }
 
  private:
+  static void onEvent(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
+                      pappl_event_t event, void* self);
+
   PageKeeper keeper_;
   StateKeeper state_;
   JobOrigins origins_;

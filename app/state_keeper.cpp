@@ -101,7 +101,6 @@ void StateKeeper::start(pappl_system_t* system) {
   system_ = system;
   load();
   papplSystemSetSaveCallback(system, onSave, this);
-  papplSystemSetEventCallback(system, onEvent, this);
   running = this;
   watcher_ = std::thread([this] { watch(); });
 }
@@ -212,15 +211,12 @@ void StateKeeper::watch() {
   }
 }
 
-void StateKeeper::onEvent(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/,
-                          pappl_job_t* /*job*/, pappl_event_t /*event*/, void* keeper) {
-  // PAPPL holds locks here: the state is saved elsewhere.
-  auto* const self = static_cast<StateKeeper*>(keeper);
+void StateKeeper::noteChange() {
   {
-    const std::lock_guard lock(self->mutex_);
-    ++self->changes_;
+    const std::lock_guard lock(mutex_);
+    ++changes_;
   }
-  self->wake_.notify_all();
+  wake_.notify_all();
 }
 
 bool StateKeeper::onSave(pappl_system_t* /*system*/, void* keeper) {

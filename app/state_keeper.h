@@ -31,6 +31,10 @@ class StateKeeper {
   /// @param system outlives this object, or is deleted by papplSystemDelete, which stops it.
   void start(pappl_system_t* system);
 
+  /// Notes that the state has changed. To be called from the event callback of the system, of
+  /// which PAPPL has one only: it holds locks there, so the state is saved on another thread.
+  void noteChange();
+
   /// Saves nothing more.
   void stop();
 
@@ -46,8 +50,6 @@ class StateKeeper {
   void watch();
   void resumeWaiting();
   std::string activeJobs() const;
-  static void onEvent(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
-                      pappl_event_t event, void* keeper);
   static bool onSave(pappl_system_t* system, void* keeper);
 
   std::string file_;
