@@ -88,7 +88,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options) {
   plan_.settings = *settings;
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
-  plan_.jobId = papplJobGetID(job_);
+  plan_.job = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
   stream_ = openDeviceStream(device_);
   if (stream_ == nullptr) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");

@@ -16,17 +16,18 @@ struct CloseRaster {
   void operator()(cups_raster_t* raster) const { cupsRasterClose(raster); }
 };
 
-std::string nameOf(unsigned number, int jobId) {
+std::string nameOf(unsigned number, const JobKey& job) {
   char name[64];
-  std::snprintf(name, sizeof name, "/page-%06u-job-%d.ras", number, jobId);
+  std::snprintf(name, sizeof name, "/page-%06u-printer-%d-job-%d.ras", number, job.printerId,
+                job.jobId);
   return name;
 }
 
 }  // namespace
 
-bool PageKeeper::keep(int jobId, cups_page_header2_s header, const std::uint8_t* levels) {
+bool PageKeeper::keep(const JobKey& job, cups_page_header2_s header, const std::uint8_t* levels) {
   if (folder_.empty()) return true;
-  const std::string path = folder_ + nameOf(++pages_, jobId);
+  const std::string path = folder_ + nameOf(++pages_, job);
   const FileDescriptor file = openPrivateFile(path.c_str());
   if (!file) return false;
   const std::unique_ptr<cups_raster_t, CloseRaster> raster(

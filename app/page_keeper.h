@@ -13,6 +13,8 @@
 #include <string>
 #include <utility>
 
+#include "app/begun_jobs.h"
+
 namespace wren::app {
 
 class PageKeeper {
@@ -20,11 +22,11 @@ class PageKeeper {
   /// @param folder exists; empty keeps nothing.
   explicit PageKeeper(std::string folder) : folder_(std::move(folder)) {}
 
-  /// Writes "page-000001-job-1.ras" and so on: the order of the names is that of printing, also
+  /// Writes "page-000001-printer-1-job-1.ras" and so on: the order of the names is that of printing, also
   /// across jobs and printers, which may print in several threads.
   /// @param levels `header.cupsHeight` rows of `header.cupsBytesPerLine` bytes.
   /// @return false if the file cannot be written.
-  bool keep(int jobId, cups_page_header2_s header, const std::uint8_t* levels);
+  bool keep(const JobKey& job, cups_page_header2_s header, const std::uint8_t* levels);
 
  private:
   std::string folder_;

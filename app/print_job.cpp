@@ -95,7 +95,7 @@ bool PrintJob::endPage() {
 bool PrintJob::print(const std::uint8_t* levels, unsigned heightPx) {
   const MessageSink sink(passMessage, &out_.onMessage);
   const cups_page_header2_s header = headerOf(plan_.target.headWidthPx, heightPx);
-  if (out_.keeper != nullptr && !out_.keeper->keep(plan_.jobId, header, levels)) return false;
+  if (out_.keeper != nullptr && !out_.keeper->keep(plan_.job, header, levels)) return false;
   begin();
   MemoryPage page(header, levels);
   if (job_.printPage(page) != job::Job::PageOutcome::kPrinted) return false;

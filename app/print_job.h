@@ -34,7 +34,7 @@ class PrintJob : public PageSink {
     JobSettings settings;
     PageTarget target;
     unsigned copies = 1;  ///< the pages of the document, one after another, so many times
-    int jobId = 0;        ///< for the names of kept pages
+    JobKey job = {};      ///< for the names of kept pages
   };
   /// Everything is optional but the stream.
   struct Surroundings {

@@ -34,6 +34,9 @@ class Server {
   /// system cannot be created.
   explicit Server(const ServerOptions& options);
 
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
   /// The system, owned by PAPPL once it runs; printers of an earlier run are loaded.
   pappl_system_t* system() { return system_; }
 

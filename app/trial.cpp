@@ -9,10 +9,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "app/paper.h"
 #include "app/server.h"
@@ -26,7 +28,8 @@ namespace {
 struct TrialOptions {
   ServerOptions server;
   std::string driver = "wren80";
-  std::string device;  ///< empty: a software printer of our own
+  std::string device;  ///< empty: a software printer of our own for each printer
+  int printers = 1;
 };
 
 constexpr const char* kPrinterName = "wren";
@@ -66,26 +69,45 @@ class SoftwarePrinter {
   std::thread thread_;
 };
 
-void useDevice(pappl_system_t* system, const TrialOptions& options, const std::string& device) {
-  pappl_printer_t* old = papplSystemFindPrinter(system, "/ipp/print/wren", 0, nullptr);
+// "wren", "wren2" and so on.
+std::string nameOf(int number) {
+  return number == 1 ? kPrinterName : kPrinterName + std::to_string(number);
+}
+
+void useDevice(pappl_system_t* system, const TrialOptions& options, const std::string& name,
+               const std::string& device) {
+  const std::string path = "/ipp/print/" + name;
+  pappl_printer_t* old = papplSystemFindPrinter(system, path.c_str(), 0, nullptr);
   if (old != nullptr) papplPrinterDelete(old);
   pappl_printer_t* printer =
-      papplPrinterCreate(system, 0, kPrinterName, options.driver.c_str(), nullptr, device.c_str());
+      papplPrinterCreate(system, 0, name.c_str(), options.driver.c_str(), nullptr, device.c_str());
   if (printer == nullptr) {
     throw std::runtime_error("cannot print with " + options.driver + " to " + device);
   }
 }
 
+// The first printer's paper lies beside the state; that of others in a folder of their name.
+std::string paperFolder(const TrialOptions& options, int number) {
+  const std::string& folder = options.server.stateFolder;
+  if (number == 1) return folder;
+  const std::string other = folder + "/" + nameOf(number);
+  std::filesystem::create_directories(other);
+  return other;
+}
+
 int serve(TrialOptions options) {
   if (options.server.port == 0) options.server.port = freePort();
   Server server(options.server);
-  std::unique_ptr<SoftwarePrinter> printer;
-  std::string device = options.device;
-  if (device.empty()) {
-    printer = std::make_unique<SoftwarePrinter>(options.server.stateFolder);
-    device = printer->uri();
+  std::vector<std::unique_ptr<SoftwarePrinter>> printers;
+  for (int number = 1; number <= options.printers; ++number) {
+    const std::string name = nameOf(number);
+    std::string device = options.device;
+    if (device.empty()) {
+      printers.push_back(std::make_unique<SoftwarePrinter>(paperFolder(options, number)));
+      device = printers.back()->uri();
+    }
+    useDevice(server.system(), options, name, device);
   }
-  useDevice(server.system(), options, device);
   std::printf("ipp://localhost:%d/ipp/print/%s\nhttp://localhost:%d/\n", options.server.port,
               kPrinterName, options.server.port);
   std::fflush(stdout);
@@ -110,6 +132,9 @@ int runTrial(int argc, char** argv) {
   app.add_option("--device", options.device,
                  "Address of a printer; a software printer if left out");
   app.add_option("--pages", options.server.pagesFolder, "Folder for the pages handed to the core");
+  app.add_option("--printers", options.printers, "wren, wren2, ...: for tests")
+      ->check(CLI::Range(1, 9))
+      ->group("");
   app.add_option("--client-timeout", options.server.clientTimeoutSeconds,
                  "Seconds after which a client that stalls is dropped; 0 is never");
   try {

@@ -17,8 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kResource = "/ipp/print/wren";
-
 struct CloseHttp {
   void operator()(http_t* http) const { httpClose(http); }
 };
@@ -122,7 +120,9 @@ void RunningApp::start() {
     spec.arguments.insert(spec.arguments.end(), {"--device", setup_.device});
   spec.arguments.insert(spec.arguments.end(), setup_.options.begin(), setup_.options.end());
   spec.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder().string(),
-                      "TMPDIR=" + folder().string(), "TZ=UTC"};
+                      "TMPDIR=" + folder().string(), "TZ=UTC",
+                      // Without a thread sanitizer in the program this says nothing to it.
+                      "TSAN_OPTIONS=suppressions=" WREN_TSAN_SUPPRESSIONS};
   spec.timeoutSeconds = 100;
   process_ = std::make_unique<Process>(spec);
   const bool started = waitUntil(
@@ -152,23 +152,33 @@ ProcessResult RunningApp::stop(int signal) {
   return result;
 }
 
+std::string RunningApp::uriOf(const std::string& printer) const {
+  return printerUri_.substr(0, printerUri_.rfind('/') + 1) + printer;
+}
+
+fs::path RunningApp::paperFolder(const std::string& printer) const {
+  return printer == kFirstPrinter ? folder() : folder() / printer;
+}
+
 // Sends a request with a document behind it.
-Ipp RunningApp::send(Ipp request, const std::string& document) const {
+Ipp RunningApp::send(Ipp request, const std::string& document, const std::string& printer) const {
+  const std::string resource = "/ipp/print/" + printer;
   const Http http = connect(port_);
   if (http == nullptr) return nullptr;
-  const http_status_t sent = cupsSendRequest(http.get(), request.get(), kResource,
+  const http_status_t sent = cupsSendRequest(http.get(), request.get(), resource.c_str(),
                                              ippLength(request.get()) + document.size());
   if (sent != HTTP_STATUS_CONTINUE) return nullptr;
   if (!document.empty()) cupsWriteRequestData(http.get(), document.data(), document.size());
-  return Ipp(cupsGetResponse(http.get(), kResource));
+  return Ipp(cupsGetResponse(http.get(), resource.c_str()));
 }
 
 JobOutcome RunningApp::submit(const std::string& document, const std::string& format,
-                              const std::vector<JobAttribute>& attributes) {
-  Ipp request = newRequest(IPP_OP_PRINT_JOB, printerUri_);
+                              const std::vector<JobAttribute>& attributes,
+                              const std::string& printer) {
+  Ipp request = newRequest(IPP_OP_PRINT_JOB, uriOf(printer));
   addFormat(request.get(), format);
   for (const JobAttribute& attribute : attributes) add(request.get(), attribute);
-  return outcomeOf(send(std::move(request), document).get());
+  return outcomeOf(send(std::move(request), document, printer).get());
 }
 
 int RunningApp::createJob() {
@@ -185,22 +195,23 @@ ipp_status_t RunningApp::sendDocument(int jobId, const std::string& document,
 }
 
 JobOutcome RunningApp::print(const std::string& document, const std::string& format,
-                             const std::vector<JobAttribute>& attributes) {
-  const JobOutcome outcome = submit(document, format, attributes);
-  return outcome.id == 0 ? outcome : waitFor(outcome.id);
+                             const std::vector<JobAttribute>& attributes,
+                             const std::string& printer) {
+  const JobOutcome outcome = submit(document, format, attributes, printer);
+  return outcome.id == 0 ? outcome : waitFor(outcome.id, 30.0, printer);
 }
 
-JobOutcome RunningApp::stateOf(int jobId) {
-  Ipp request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, printerUri_);
+JobOutcome RunningApp::stateOf(int jobId, const std::string& printer) {
+  Ipp request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, uriOf(printer));
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
-  return outcomeOf(send(std::move(request), {}).get());
+  return outcomeOf(send(std::move(request), {}, printer).get());
 }
 
-JobOutcome RunningApp::waitFor(int jobId, double seconds) {
+JobOutcome RunningApp::waitFor(int jobId, double seconds, const std::string& printer) {
   JobOutcome outcome;
   waitUntil(
       [&] {
-        outcome = stateOf(jobId);
+        outcome = stateOf(jobId, printer);
         return outcome.state >= IPP_JSTATE_CANCELED;
       },
       seconds);
@@ -221,16 +232,17 @@ std::string RunningApp::printerReasons() {
   return textOf(response.get(), "printer-state-reasons");
 }
 
-std::vector<std::string> RunningApp::papers() const {
+std::vector<std::string> RunningApp::papers(const std::string& printer) const {
   std::vector<std::string> bytes;
-  for (const fs::path& file : sortedFiles(folder(), ".prn")) bytes.push_back(readFile(file));
+  for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn")) bytes.push_back(readFile(file));
   return bytes;
 }
 
 // The picture of a paper is made when its connection has ended.
-std::vector<std::string> RunningApp::waitForPapers(std::size_t count) const {
-  waitUntil([&] { return sortedFiles(folder(), ".png").size() >= count; }, 20);
-  return papers();
+std::vector<std::string> RunningApp::waitForPapers(std::size_t count,
+                                                   const std::string& printer) const {
+  waitUntil([&] { return sortedFiles(paperFolder(printer), ".png").size() >= count; }, 20);
+  return papers(printer);
 }
 
 std::vector<fs::path> RunningApp::pages() const {

@@ -56,6 +56,9 @@ struct AppSetup {
 
 class RunningApp {
  public:
+  /// The others, if `--printers` asks for them, are `wren2`, `wren3`, ...
+  static constexpr const char* kFirstPrinter = "wren";
+
   explicit RunningApp(const AppSetup& setup = {});
   RunningApp(const RunningApp&) = delete;
   RunningApp& operator=(const RunningApp&) = delete;
@@ -73,11 +76,13 @@ class RunningApp {
 
   /// Sends a document as one request and waits for the end of the job.
   JobOutcome print(const std::string& document, const std::string& format,
-                   const std::vector<JobAttribute>& attributes = {});
+                   const std::vector<JobAttribute>& attributes = {},
+                   const std::string& printer = kFirstPrinter);
 
   /// Sends a document and returns at once; state and message are those of the answer.
   JobOutcome submit(const std::string& document, const std::string& format,
-                    const std::vector<JobAttribute>& attributes = {});
+                    const std::vector<JobAttribute>& attributes = {},
+                    const std::string& printer = kFirstPrinter);
 
   /// The same in two requests: a job without a document, and its documents.
   int createJob();
@@ -85,18 +90,20 @@ class RunningApp {
                             bool isLast);
 
   /// Waits until the job has ended, at most `seconds`.
-  JobOutcome waitFor(int jobId, double seconds = 30.0);
-  JobOutcome stateOf(int jobId);
+  JobOutcome waitFor(int jobId, double seconds = 30.0,
+                     const std::string& printer = kFirstPrinter);
+  JobOutcome stateOf(int jobId, const std::string& printer = kFirstPrinter);
   void cancel(int jobId);
 
   /// The printer's printer-state-reasons, by commas.
   std::string printerReasons();
 
   /// The printer bytes of each connection to the software printer so far, in order.
-  std::vector<std::string> papers() const;
+  std::vector<std::string> papers(const std::string& printer = kFirstPrinter) const;
 
   /// Waits until there are `count` papers, at most 20 seconds.
-  std::vector<std::string> waitForPapers(std::size_t count) const;
+  std::vector<std::string> waitForPapers(std::size_t count,
+                                         const std::string& printer = kFirstPrinter) const;
 
   /// The raster files of the pages handed to the core, in order, and forgets them.
   std::vector<std::filesystem::path> pages() const;
@@ -106,7 +113,10 @@ class RunningApp {
 
  private:
   void start();
-  Ipp send(Ipp request, const std::string& document) const;
+  std::string uriOf(const std::string& printer) const;
+  std::filesystem::path paperFolder(const std::string& printer) const;
+  Ipp send(Ipp request, const std::string& document,
+           const std::string& printer = kFirstPrinter) const;
 
   AppSetup setup_;
   TemporaryFolder folder_;
