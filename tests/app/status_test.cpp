@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
                                               "offline",
                                               "Waiting: the printer takes no data.",
                                               "go"}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& shown) { return shown.param.name; });
 
 struct Way {
   const char* name;
@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Way{"SlowToAccept", {"accept-delay 1500"}, 30, "none"},
                     Way{"NeverAnswers", {"answers off"}, kShortRows, "none"},
                     Way{"NearItsEnd", {"paper near-end"}, kShortRows, "media-low"}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& shown) { return shown.param.name; });
 
 struct Loss {
   const char* name;
@@ -198,7 +198,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Loss{"PowerOff", {"buffer 4", "power off after 20 mm"}, "power on"},
                     Loss{"Vanish", {"buffer 4", "vanish after 9000 bytes"}, "return"},
                     Loss{"Reset", {"buffer 4", "reset after 9000 bytes"}, nullptr}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& shown) { return shown.param.name; });
 
 TEST(StatusText, SaysHowThePrinterIsAndWhetherTheDrawerIsOpen) {
   using wren::app::conditionText;
