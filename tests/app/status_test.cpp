@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
                                               "other",
                                               "Waiting: error.",
                                               "error none"}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& shown) { return shown.param.name; });
 
 struct Way {
   const char* name;
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Way{"At9600Baud", {"baud 9600"}, 30, "none"},
                     Way{"SlowToAccept", {"accept-delay 1500"}, 30, "none"},
                     Way{"NearItsEnd", {"paper near-end"}, kShortRows, "media-low"}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& shown) { return shown.param.name; });
 
 struct Loss {
   const char* name;
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Loss{"PowerOff", {"buffer 4", "power off after 20 mm"}, "power on"},
                     Loss{"Vanish", {"buffer 4", "vanish after 9000 bytes"}, "return"},
                     Loss{"Reset", {"buffer 4", "reset after 9000 bytes"}, nullptr}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& shown) { return shown.param.name; });
 
 TEST(StatusText, SaysHowThePrinterIsAndWhetherTheDrawerIsOpen) {
   using wren::app::conditionText;
