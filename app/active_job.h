@@ -17,12 +17,13 @@
 #include "app/page_keeper.h"
 #include "app/page_target.h"
 #include "app/print_job.h"
-#include "app/ready_commands.h"
 #include "app/state_keeper.h"
 #include "common/cancel_check.h"
 #include "common/handles.h"
 
 namespace wren::app {
+
+class ReadyCommands;
 
 /// What the jobs of a process share; outlives them. Null members are left out.
 struct JobServices {

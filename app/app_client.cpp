@@ -27,14 +27,11 @@ std::vector<std::string> socketsOf(const char* program) {
   name.remove_prefix(std::min(name.rfind('/') + 1, name.size()));
   const std::string base(name);
   std::vector<std::string> paths;
-  const std::string shared = environmentOr("SNAP_COMMON", "");
-  if (!shared.empty()) {
-    paths.push_back(shared + "/" + base + ".sock");
-  } else if (::getuid() != 0) {
+  if (::getuid() != 0) {
     paths.push_back(environmentOr("TMPDIR", "/tmp") + "/" + base + std::to_string(::getuid()) +
                     ".sock");
   }
-  paths.push_back("/run/" + base + ".sock");
+  paths.push_back(environmentOr("SNAP_COMMON", "/run") + "/" + base + ".sock");
   return paths;
 }
 
@@ -84,7 +81,8 @@ Address parseAddress(const std::string& uri) {
 AppClient::AppClient(const char* program, const std::string& uri) {
   if (!uri.empty()) {
     const Address address = parseAddress(uri);
-    resource_ = address.resource.data();
+    const std::string resource = address.resource.data();
+    if (resource.starts_with("/ipp/print/")) resource_ = resource;
     http_.reset(connectTo(address.host.data(), address.port));
     if (http_ == nullptr) throw std::runtime_error("cannot reach " + uri);
     return;

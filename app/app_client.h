@@ -34,10 +34,13 @@ struct AppJob {
 class AppClient {
  public:
   /// @param program argv[0]; the name of the socket follows from it.
-  /// @param uri address of a printer, with which everything is sent there; empty: finds the socket.
+  /// @param uri address of a server (ipp://HOST:PORT/ipp/system) or of one of its printers; empty:
+  ///   finds the socket.
   AppClient(const char* program, const std::string& uri);
 
-  /// All printers, or that of the address.
+  bool isForOnePrinter() const { return !resource_.empty(); }
+
+  /// All printers, or the one of the address.
   std::vector<AppPrinter> printers();
 
   /// The name of the default printer; empty if there is none.
@@ -68,7 +71,7 @@ class AppClient {
   Ipp send(Ipp request, const std::string& resource);
 
   std::unique_ptr<http_t, CloseHttp> http_;
-  std::string resource_;  // of the address; empty without one
+  std::string resource_;  // of a printer, if the address is that of one
 };
 
 }  // namespace wren::app

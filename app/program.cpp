@@ -127,20 +127,25 @@ void showUsage(void* /*data*/) {
 Sub-commands:
   add -d PRINTER -m DRIVER -v ADDRESS   Adds a printer.
   autoadd          Adds the supported printers that are found.
+  beep             Sounds the buzzer of a printer.
   cancel           Cancels one job or, with -a, all.
+  cut [full|partial]  Feeds and cuts the paper.
   default          Shows or sets the default printer.
   delete           Deletes a printer.
   devices          Lists printers that can be reached.
+  drawer           Opens the cash drawer.
   drivers          Lists the drivers: one for each width of paper.
+  feed MM          Feeds paper.
   jobs             Lists the jobs of a printer.
   modify           Changes the defaults of a printer.
   options          Lists the options of a printer.
   pause            Stops printing after the present job.
   printers         Lists the printers.
   resume           Prints again.
+  selftest         Prints a page that shows what the printer can.
   server           Serves until it is told to end.
   shutdown         Ends the server when its jobs have ended.
-  status           Shows whether the server or a printer is idle.
+  status           Shows whether the server or a printer is idle, and how printers are.
   submit           Prints a file.
   trial            Serves one printer with a software printer behind it (trial --help).
 

@@ -58,9 +58,8 @@ struct Arguments {
 void addArguments(CLI::App& app, CommandKind kind, Arguments& arguments) {
   app.add_option("-d", arguments.printer, "Name of the printer; the default printer if left out")
       ->type_name("PRINTER");
-  app.add_option("-u", arguments.uri, "Address of the printer, in place of its name")
-      ->type_name("URI")
-      ->excludes("-d");
+  app.add_option("-u", arguments.uri, "Address of a server, or of a printer in place of its name")
+      ->type_name("URI");
   if (kind == CommandKind::kCut) {
     app.add_option("cut", arguments.value, "The printer's own cut if left out")
         ->check(CLI::IsMember({"full", "partial"}));
@@ -73,7 +72,7 @@ void addArguments(CLI::App& app, CommandKind kind, Arguments& arguments) {
 
 AppPrinter choosePrinter(AppClient& client, const Arguments& arguments) {
   const std::vector<AppPrinter> printers = client.printers();
-  if (!arguments.uri.empty()) return printers.at(0);
+  if (client.isForOnePrinter()) return printers.at(0);
   const std::string name = arguments.printer.empty() ? client.defaultPrinter() : arguments.printer;
   std::string known;
   for (const AppPrinter& printer : printers) {

@@ -13,6 +13,7 @@
 #include "tests/app/printing_client.h"
 #include "tests/app/running_app.h"
 #include "tests/app/running_server.h"
+#include "tests/app/scripted_printer.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
 #include "tests/support/same_bytes.h"
@@ -49,7 +50,7 @@ ProcessResult runApp(const std::vector<std::string>& arguments) {
   return runProcess(spec);
 }
 
-// @param actions by a comma; empty: the printer's choice.
+// @param action empty: the printer's choice.
 void identify(const RunningApp& app, const std::string& action) {
   Ipp request(ippNewRequest(IPP_OP_IDENTIFY_PRINTER));
   ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr,
@@ -152,11 +153,11 @@ TEST(Identification, BeepsUnlessItIsAskedForSomethingElse) {
 }
 
 TEST(Identification, DoesNotMixIntoAJob) {
-  RunningPrinter printer({"stall"});
+  RunningPrinter printer({"vanish"});
   RunningApp app({.device = silent(printer)});
   app.submit(commands("OpenDrawer"), kFormat);
   identify(app, "sound");
-  printer.tell("go");
+  printer.tell("return");
   EXPECT_EQ(app.waitFor(1).state, IPP_JSTATE_COMPLETED);
   EXPECT_EQ(app.stateOf(2).id, 0);
   EXPECT_THAT(printedBytes(printer), SameBytes(kDrawer));
@@ -203,8 +204,7 @@ TEST(CommandPrograms, WaitBehindAJobThatWaitsAndSaySo) {
   RunningPrinter printer({"vanish"});
   RunningApp app({.device = silent(printer)});
   PrintingClient client(app, rasterStream(RasterKind::kPwg, {noisePage(576, 24, 1)}));
-  while (app.stateOf(1).message.empty()) {
-  }
+  ASSERT_TRUE(wren::app::eventually([&] { return !app.stateOf(1).message.empty(); }));
   ProcessSpec spec;
   spec.program = WREN_PRINTER_APP;
   spec.arguments = {"wren-printer-app", "drawer", "-u", app.printerUri()};
@@ -230,7 +230,7 @@ TEST(CommandPrograms, FindTheServerAndItsPrinters) {
   EXPECT_EQ(server.ask({"beep"}), "");
   const ProcessResult wrong = server.run({"drawer", "-d", "tiller"});
   EXPECT_TRUE(wrong.exited(1));
-  EXPECT_EQ(wrong.err, "wren-printer-app: there is no printer \"tiller\"; printers: till, bar\n");
+  EXPECT_EQ(wrong.err, "wren-printer-app: there is no printer \"tiller\"; printers: bar, till\n");
   EXPECT_THAT(printedBytes(printer), SameBytes(kDrawer + kBeep));
   server.stop(15);
   const ProcessResult alone = server.run({"drawer", "-d", "till"});

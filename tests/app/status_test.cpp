@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Each fault of the software printer while jobs go to it: nothing is lost, nothing printed twice,
-// and the reason shows while the fault lasts. The bytes that were sent are those of the filter
-// for the same pages.
+// Faults that lose a connection, slow printers and errors: what is printed is what the filter
+// makes of the same pages, and the reason shows while it lasts. And how a printer is, in words.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,32 +79,9 @@ TEST_P(WaitingForPrinter, ShowsWhyAndPrintsTheWholeJobOnce) {
   EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
 }
 
+// printer_faults_test.cpp has paper, cover, stall and absence.
 INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
-                         testing::Values(Wait{"PaperOut",
-                                              {"paper out"},
-                                              kShortRows,
-                                              "media-empty",
-                                              "Waiting: out of paper.",
-                                              "paper ok"},
-                                         Wait{"PaperOutInMidJob",
-                                              {"buffer 4", "paper out after 20 mm"},
-                                              kLongRows,
-                                              "media-empty",
-                                              "Waiting: out of paper.",
-                                              "paper ok"},
-                                         Wait{"PaperOutWithTheJobInTheBuffer",
-                                              {"paper out after 5 mm"},
-                                              kShortRows,
-                                              "media-empty",
-                                              "Waiting: out of paper.",
-                                              "paper ok"},
-                                         Wait{"CoverOpen",
-                                              {"cover open"},
-                                              kShortRows,
-                                              "cover-open",
-                                              "Waiting: cover open.",
-                                              "cover closed"},
-                                         Wait{"CutterError",
+                         testing::Values(Wait{"CutterError",
                                               {"error cutter"},
                                               kShortRows,
                                               "other",
@@ -116,19 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
                                               kShortRows,
                                               "other",
                                               "Waiting: error.",
-                                              "error none"},
-                                         Wait{"Away",
-                                              {"vanish"},
-                                              kShortRows,
-                                              "offline",
-                                              "Waiting: the printer cannot be reached.",
-                                              "return"},
-                                         Wait{"Stall",
-                                              {"answers off", "buffer 4", "stall after 3000 bytes"},
-                                              kLongRows,
-                                              "offline",
-                                              "Waiting: the printer takes no data.",
-                                              "go"}),
+                                              "error none"}),
                          [](const auto& shown) { return shown.param.name; });
 
 struct Way {
@@ -157,7 +121,6 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Way{"Good", {}, kShortRows, "none"},
                     Way{"At9600Baud", {"baud 9600"}, 30, "none"},
                     Way{"SlowToAccept", {"accept-delay 1500"}, 30, "none"},
-                    Way{"NeverAnswers", {"answers off"}, kShortRows, "none"},
                     Way{"NearItsEnd", {"paper near-end"}, kShortRows, "media-low"}),
     [](const auto& shown) { return shown.param.name; });
 
