@@ -22,8 +22,8 @@ class PageKeeper {
   /// @param folder exists; empty keeps nothing.
   explicit PageKeeper(std::string folder) : folder_(std::move(folder)) {}
 
-  /// Writes "page-000001-printer-1-job-1.ras" and so on: the order of the names is that of printing, also
-  /// across jobs and printers, which may print in several threads.
+  /// Writes "page-000001-printer-1-job-1.ras" and so on: the order of the names is that of
+  /// printing, also across jobs and printers, which may print in several threads.
   /// @param levels `header.cupsHeight` rows of `header.cupsBytesPerLine` bytes.
   /// @return false if the file cannot be written.
   bool keep(const JobKey& job, cups_page_header2_s header, const std::uint8_t* levels);

@@ -135,6 +135,8 @@ int runTrial(int argc, char** argv) {
   app.add_option("--printers", options.printers, "wren, wren2, ...: for tests")
       ->check(CLI::Range(1, 9))
       ->group("");
+  app.add_option("--listen", options.server.host, "Address to listen on, * for all: for tests")
+      ->group("");
   app.add_option("--client-timeout", options.server.clientTimeoutSeconds,
                  "Seconds after which a client that stalls is dropped; 0 is never");
   try {

@@ -11,7 +11,7 @@ declare -rA DEBIAN_PACKAGES=(
            libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
-          cups-ipp-utils zsh"
+          cups-ipp-utils zsh avahi-daemon avahi-utils dbus iproute2 zlib1g-dev"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"

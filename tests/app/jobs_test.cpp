@@ -12,6 +12,7 @@
 
 #include "tests/app/filter_of_pages.h"
 #include "tests/app/running_app.h"
+#include "tests/app/sample_documents.h"
 #include "tests/reference/page.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
@@ -22,10 +23,6 @@ namespace wren_test {
 namespace {
 
 constexpr const char* kPwg = "image/pwg-raster";
-
-const char* const kHalftones[] = {
-    "threshold", "ordered",        "burkes", "stucki", "jarvis-judice-ninke",
-    "sierra",    "stevenson-arce", "bayer",  "stencil"};
 
 std::string pwg(const std::vector<RasterPage>& pages) {
   return rasterStream(RasterKind::kPwg, pages);
@@ -60,51 +57,12 @@ const std::string kPartialCut("\x1D\x56\x01", 3);
 const std::string kFullCut("\x1D\x56\x00", 3);
 const std::string kDrawer("\x1B\x70\x00\x32\x32", 5);
 
-ssize_t append(void* text, unsigned char* bytes, size_t count) {
-  static_cast<std::string*>(text)->append(reinterpret_cast<const char*>(bytes), count);
-  return static_cast<ssize_t>(count);
-}
-
-// Apple raster of the library's own making: grey levels, 255 = paper.
-std::string urf(const std::vector<RasterPage>& pages) {
-  std::string bytes;
-  cups_raster_t* raster = cupsRasterOpenIO(append, &bytes, CUPS_RASTER_WRITE_APPLE);
-  for (const RasterPage& page : pages) {
-    cups_page_header2_t header = page.header;
-    header.cupsColorSpace = CUPS_CSPACE_SW;
-    std::string levels = page.pixels;
-    for (char& level : levels) level = static_cast<char>(~level);
-    cupsRasterWriteHeader2(raster, &header);
-    cupsRasterWritePixels(raster, reinterpret_cast<unsigned char*>(levels.data()),
-                          static_cast<unsigned>(levels.size()));
-  }
-  cupsRasterClose(raster);
-  return bytes;
-}
-
-struct Document {
-  const char* format;
-  std::string bytes;
-  std::size_t pages;
-};
-
-// Two pages of raster, one narrower than every head and one that is scaled; the examples.
-std::vector<Document> documents() {
-  const std::vector<RasterPage> pages = {noisePage(300, 90, 1), noisePage(1000, 70, 2)};
-  return {{"image/pwg-raster", pwg(pages), 2},
-          {"image/urf", urf(pages), 2},
-          {"application/pdf", readFile(WREN_EXAMPLES "/receipt.pdf"), 1},
-          {"image/png", readFile(WREN_EXAMPLES "/photo.png"), 1},
-          {"image/jpeg", readFile(WREN_SAMPLE_JPEG), 1},
-          {"text/plain", readFile(WREN_EXAMPLES "/order.txt"), 1}};
-}
-
 class Identity : public testing::TestWithParam<int> {};
 
 TEST_P(Identity, OfEachHalftoneAndFormatWithTheFilter) {
   RunningApp app({.paperMm = GetParam()});
   std::size_t jobs = 0;
-  for (const Document& document : documents()) {
+  for (const SampleDocument& document : sampleDocuments()) {
     for (const char* halftone : kHalftones) {
       SCOPED_TRACE(std::string(document.format) + ", " + halftone);
       app.forgetPages();

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -32,9 +33,9 @@ bool waitUntil(Done done, double seconds) {
   return true;
 }
 
-Http connect(int port) {
-  return Http(httpConnect2("localhost", port, nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED, 1,
-                           10000, nullptr));
+Http connect(const std::string& address, int port) {
+  return Http(httpConnect2(address.c_str(), port, nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED,
+                           1, 10000, nullptr));
 }
 
 Ipp newRequest(ipp_op_t operation, const std::string& uri) {
@@ -106,6 +107,7 @@ std::vector<fs::path> sortedFiles(const fs::path& folder, const std::string& ext
 }  // namespace
 
 RunningApp::RunningApp(const AppSetup& setup) : setup_(setup) {
+  if (!setup.state.empty()) std::ofstream(folder() / "state") << setup.state;
   start();
 }
 
@@ -136,7 +138,7 @@ void RunningApp::start() {
   const auto colon = printerUri_.rfind(':');
   port_ = colon == std::string::npos ? 0 : std::atoi(printerUri_.c_str() + colon + 1);
   // The lines are printed just before the program listens to them.
-  if (!started || !waitUntil([&] { return connect(port_) != nullptr; }, 10)) {
+  if (!started || !waitUntil([&] { return connect(address_, port_) != nullptr; }, 10)) {
     ADD_FAILURE() << "wren-printer-app did not start: " << process_->errSoFar();
   }
 }
@@ -163,7 +165,7 @@ fs::path RunningApp::paperFolder(const std::string& printer) const {
 // Sends a request with a document behind it.
 Ipp RunningApp::send(Ipp request, const std::string& document, const std::string& printer) const {
   const std::string resource = "/ipp/print/" + printer;
-  const Http http = connect(port_);
+  const Http http = connect(address_, port_);
   if (http == nullptr) return nullptr;
   const http_status_t sent = cupsSendRequest(http.get(), request.get(), resource.c_str(),
                                              ippLength(request.get()) + document.size());
@@ -225,7 +227,7 @@ void RunningApp::cancel(int jobId) {
 }
 
 std::string RunningApp::printerReasons() {
-  const Http http = connect(port_);
+  const Http http = connect(address_, port_);
   if (http == nullptr) return {};
   Ipp request = newRequest(IPP_OP_GET_PRINTER_ATTRIBUTES, printerUri_);
   const Ipp response(cupsDoRequest(http.get(), request.release(), "/ipp/print/wren"));
@@ -234,7 +236,8 @@ std::string RunningApp::printerReasons() {
 
 std::vector<std::string> RunningApp::papers(const std::string& printer) const {
   std::vector<std::string> bytes;
-  for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn")) bytes.push_back(readFile(file));
+  for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn"))
+    bytes.push_back(readFile(file));
   return bytes;
 }
 

@@ -52,6 +52,7 @@ struct AppSetup {
   int paperMm = 80;
   std::string device = {};                ///< empty: a software printer
   std::vector<std::string> options = {};  ///< more arguments of "trial"
+  std::string state = {};                 ///< what an earlier run has saved; empty: nothing
 };
 
 class RunningApp {
@@ -73,6 +74,11 @@ class RunningApp {
   int port() const { return port_; }
   pid_t id() const { return process_->id(); }
   std::string log() const { return process_->errSoFar(); }
+  /// Its peak resident set size so far.
+  long peakKilobytes() const { return process_->peakKilobytesSoFar(); }
+
+  /// Sends further requests to this address of the machine, not to "localhost".
+  void reachBy(const std::string& address) { address_ = address; }
 
   /// Sends a document as one request and waits for the end of the job.
   JobOutcome print(const std::string& document, const std::string& format,
@@ -90,8 +96,7 @@ class RunningApp {
                             bool isLast);
 
   /// Waits until the job has ended, at most `seconds`.
-  JobOutcome waitFor(int jobId, double seconds = 30.0,
-                     const std::string& printer = kFirstPrinter);
+  JobOutcome waitFor(int jobId, double seconds = 30.0, const std::string& printer = kFirstPrinter);
   JobOutcome stateOf(int jobId, const std::string& printer = kFirstPrinter);
   void cancel(int jobId);
 
@@ -122,6 +127,7 @@ class RunningApp {
   TemporaryFolder folder_;
   std::unique_ptr<Process> process_;
   std::string printerUri_;
+  std::string address_ = "localhost";
   int port_ = 0;
 };
 
