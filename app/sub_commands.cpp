@@ -83,13 +83,18 @@ AppPrinter choosePrinter(AppClient& client, const Arguments& arguments) {
   throw std::runtime_error("there is no printer \"" + name + "\"; printers: " + known);
 }
 
+// PAPPL makes a message for each job that has none of ours: "Job pending."
+bool isWait(const AppJob& job) {
+  return job.message.starts_with("Waiting: ");
+}
+
 // What the job waits for; empty if it should be done soon.
 std::string waitOf(AppClient& client, const AppPrinter& printer, const AppJob& job) {
-  if (!job.message.empty()) return job.message;
+  if (isWait(job)) return job.message;
   const AppJob first = client.firstJob(printer);
   if (first.id == 0 || first.id == job.id) return {};
   const std::string behind = "Behind job " + std::to_string(first.id) + ".";
-  return first.message.empty() ? behind : behind + " " + first.message;
+  return isWait(first) ? behind + " " + first.message : behind;
 }
 
 AppJob waitForEnd(AppClient& client, const AppPrinter& printer, int id) {

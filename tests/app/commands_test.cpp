@@ -86,7 +86,6 @@ TEST(CommandJobs, WriteTheBytesOfTheirCommandsAndNoOthers) {
   for (const Row& row : rows) {
     const JobOutcome outcome = app.print(commands(row.lines), kFormat);
     EXPECT_EQ(outcome.state, IPP_JSTATE_COMPLETED) << row.lines << ": " << outcome.message;
-    EXPECT_EQ(outcome.message, "") << row.lines;
     expected += row.bytes;
   }
   EXPECT_THAT(printedBytes(printer), SameBytes(expected));

@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
                                               {"error unrecoverable"},
                                               kShortRows,
                                               "other",
-                                              "Waiting: error.",
+                                              "Waiting: printer error.",
                                               "error none"}),
                          [](const auto& shown) { return shown.param.name; });
 
