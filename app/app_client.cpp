@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
@@ -53,6 +54,28 @@ AppJob jobOf(ipp_t* response) {
   }
   job.message = textOf(ippFindAttribute(response, "job-state-message", IPP_TAG_TEXT));
   return job;
+}
+
+// The jobs of an answer with several, each in a group of its own.
+std::vector<AppJob> jobsOf(ipp_t* response) {
+  std::vector<AppJob> jobs;
+  bool isNew = true;
+  for (ipp_attribute_t* attribute = ippFirstAttribute(response); attribute != nullptr;
+       attribute = ippNextAttribute(response)) {
+    if (ippGetGroupTag(attribute) != IPP_TAG_JOB) {
+      isNew = true;
+      continue;
+    }
+    if (isNew) jobs.emplace_back();
+    isNew = false;
+    const std::string name = ippGetName(attribute);
+    if (name == "job-id") jobs.back().id = ippGetInteger(attribute, 0);
+    if (name == "job-state") {
+      jobs.back().state = static_cast<ipp_jstate_t>(ippGetInteger(attribute, 0));
+    }
+    if (name == "job-state-message") jobs.back().message = textOf(attribute);
+  }
+  return jobs;
 }
 
 struct Address {
@@ -169,7 +192,14 @@ AppJob AppClient::firstJob(const AppPrinter& printer) {
   constexpr std::array<const char*, 3> kWanted = {"job-id", "job-state", "job-state-message"};
   ippAddStrings(message.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
                 static_cast<int>(kWanted.size()), nullptr, kWanted.data());
-  return jobOf(send(std::move(message), printer.resource).get());
+  const Ipp answer = send(std::move(message), printer.resource);
+  const std::vector<AppJob> jobs = jobsOf(answer.get());
+  // PAPPL lists the newest first.
+  const auto printing = std::find_if(jobs.begin(), jobs.end(), [](const AppJob& job) {
+    return job.state == IPP_JSTATE_PROCESSING;
+  });
+  if (printing != jobs.end()) return *printing;
+  return jobs.empty() ? AppJob() : jobs.back();
 }
 
 std::string AppClient::page(const std::string& path) {

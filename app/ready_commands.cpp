@@ -4,6 +4,7 @@
 #include "app/ready_commands.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "app/active_job.h"
 #include "app/command_job.h"
@@ -12,14 +13,6 @@
 
 namespace wren::app {
 namespace {
-
-std::string writeFile(const std::string& path, job::CommandKind kind) {
-  const FilePtr file(std::fopen(path.c_str(), "w"));
-  if (file == nullptr) return {};
-  std::fprintf(file.get(), "%s\n%s\n", std::string(job::kCommandFileHead).c_str(),
-               job::kCommandNames[static_cast<std::size_t>(kind)]);
-  return path;
-}
 
 const ReadyCommands* commandsOf(pappl_printer_t* printer) {
   pappl_pr_driver_data_t data = {};
@@ -37,21 +30,29 @@ void identify(pappl_printer_t* printer, pappl_identify_actions_t actions, const 
     return;
   }
   papplJobCreateWithFile(printer, "identify", kCommandFormat, "Identify", 0, nullptr,
-                         commands->beep().c_str());
+                         commands->write(job::CommandKind::kBeep).c_str());
 }
 
 const char* testPage(pappl_printer_t* printer, char* buffer, std::size_t size) {
   const ReadyCommands* commands = commandsOf(printer);
   if (commands == nullptr) return nullptr;
-  std::snprintf(buffer, size, "%s", commands->selfTest().c_str());
+  std::snprintf(buffer, size, "%s", commands->write(job::CommandKind::kPrintSelfTestPage).c_str());
   return buffer;
 }
 
 }  // namespace
 
-ReadyCommands::ReadyCommands(const std::string& folder)
-    : beep_(writeFile(folder + "/beep.command", job::CommandKind::kBeep)),
-      selfTest_(writeFile(folder + "/self-test.command", job::CommandKind::kPrintSelfTestPage)) {}
+std::string ReadyCommands::write(job::CommandKind kind) const {
+  std::string path = folder_ + "/XXXXXX.command";
+  constexpr int kSuffixLength = 8;
+  FileDescriptor descriptor(::mkstemps(path.data(), kSuffixLength));
+  const FilePtr file(descriptor ? ::fdopen(descriptor.get(), "w") : nullptr);
+  if (file == nullptr) return {};
+  descriptor.release();
+  std::fprintf(file.get(), "%s\n%s\n", std::string(job::kCommandFileHead).c_str(),
+               job::kCommandNames[static_cast<std::size_t>(kind)]);
+  return path;
+}
 
 void setCommandCallbacks(pappl_pr_driver_data_t& data) {
   data.identify_cb = identify;

@@ -9,22 +9,24 @@
 #include <pappl/pappl.h>
 
 #include <string>
+#include <utility>
+
+#include "job/printer_commands.h"
 
 namespace wren::app {
 
-/// The command files of those jobs, which are read when the jobs print.
+/// The command files of those jobs.
 class ReadyCommands {
  public:
-  /// Writes the files.
-  /// @param folder exists. PAPPL must not take it for its spool: it would remove them.
-  explicit ReadyCommands(const std::string& folder);
+  /// @param folder exists.
+  explicit ReadyCommands(std::string folder) : folder_(std::move(folder)) {}
 
-  const std::string& beep() const { return beep_; }
-  const std::string& selfTest() const { return selfTest_; }
+  /// Writes a new command file of mode 0600; PAPPL removes it when its job has ended.
+  /// @return its path; empty if it cannot be written.
+  std::string write(job::CommandKind kind) const;
 
  private:
-  std::string beep_;
-  std::string selfTest_;
+  std::string folder_;
 };
 
 /// Sets identification (a beep; flash and display, which the printers do not have, do nothing) and

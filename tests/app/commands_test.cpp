@@ -209,7 +209,8 @@ TEST(CommandPrograms, WaitBehindAJobThatWaitsAndSaySo) {
   spec.arguments = {"wren-printer-app", "drawer", "-u", app.printerUri()};
   spec.environment = {"PATH=/usr/bin:/bin"};
   Process drawer(spec);
-  EXPECT_TRUE(drawer.waitForError("waits. Behind job 1. Waiting: the printer cannot be reached."));
+  EXPECT_TRUE(drawer.waitForError("waits. Behind job 1. Waiting: the printer cannot be reached."))
+      << drawer.errSoFar();
   printer.tell("return");
   EXPECT_TRUE(drawer.finish().exited(0));
   EXPECT_EQ(client.outcome().state, IPP_JSTATE_COMPLETED);

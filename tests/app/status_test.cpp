@@ -113,6 +113,7 @@ TEST_P(SlowOrQuietPrinter, GetsTheWholeJobOnce) {
   EXPECT_TRUE(becomes(app, way.reason)) << app.printerReasons();
   printer.tell("paper ok");
   EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_TRUE(printer.waitForJobs(1));
   EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
 }
 
