@@ -17,6 +17,7 @@ struct JobKey {
   int printerId = 0;
   int jobId = 0;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr)
   auto operator<=>(const JobKey&) const = default;
 };
 

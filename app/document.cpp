@@ -34,6 +34,7 @@ constexpr Format kFormats[] = {
 }  // namespace
 
 const std::vector<std::string>& documentFormats() {
+  // NOLINTNEXTLINE(readability-identifier-naming)
   static const std::vector<std::string> names = [] {
     std::vector<std::string> result;
     for (const Format& format : kFormats) result.emplace_back(format.name);

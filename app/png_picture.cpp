@@ -111,6 +111,7 @@ class PngReader {
     for (unsigned y = 0; y < heightPx(); ++y) {
       if (request_.cancel.isCancelled()) return false;
       readRow(row);
+      // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result)
       for (unsigned x = 0; x < widthPx(); ++x) ink[x] = inkAt(row.data() + x * channels_);
       canvas.addRow(ink.data());
     }
@@ -133,6 +134,7 @@ class PngReader {
         readRow(row);
         std::uint8_t* line = plane.data() + std::size_t{PNG_ROW_FROM_PASS_ROW(y, pass)} * widthPx();
         for (unsigned x = 0; x < columns; ++x) {
+          // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result)
           line[PNG_COL_FROM_PASS_COL(x, pass)] = inkAt(row.data() + x * channels_);
         }
       }

@@ -32,6 +32,7 @@ class Values {
 
   int number(std::string_view name) const {
     const auto value = find(name);
+    // NOLINTNEXTLINE(cert-err34-c)
     return value == values_.end() ? 0 : std::atoi(value->second.c_str());
   }
 
@@ -46,6 +47,7 @@ class Values {
 
   std::string text() const {
     std::string line;
+    // NOLINTNEXTLINE(performance-inefficient-string-concatenation)
     for (const auto& [name, value] : values_) line += " " + name + "=\"" + value + "\"";
     return line.substr(line.empty() ? 0 : 1);
   }

@@ -102,6 +102,7 @@ AppJob waitForEnd(AppClient& client, const AppPrinter& printer, int id) {
   std::string said;
   for (;;) {
     const AppJob job = client.job(printer, id);
+    // NOLINTNEXTLINE(performance-no-automatic-move)
     if (job.hasEnded()) return job;
     if (std::chrono::steady_clock::now() - start > kPatience) {
       const std::string wait = waitOf(client, printer, job);

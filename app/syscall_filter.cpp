@@ -140,6 +140,7 @@ std::vector<FilterInstruction> buildFilter() {
 }  // namespace
 
 const std::vector<FilterInstruction>& syscallFilter() {
+  // NOLINTNEXTLINE(readability-identifier-naming)
   static const std::vector<FilterInstruction> filter = buildFilter();
   return filter;
 }

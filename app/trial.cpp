@@ -92,6 +92,7 @@ std::string paperFolder(const TrialOptions& options, int number) {
   if (number == 1) return folder;
   const std::string other = folder + "/" + nameOf(number);
   std::filesystem::create_directories(other);
+  // NOLINTNEXTLINE(performance-no-automatic-move)
   return other;
 }
 

@@ -161,6 +161,7 @@ std::string problemOfMedia(const PrinterDescription& printer, const std::string&
   for (std::string name; std::getline(names, name, ',');) {
     if (!isCustomSize(printer, name)) continue;
     const std::string problem = problemOfCustomSize(printer.customSize, name);
+    // NOLINTNEXTLINE(performance-no-automatic-move)
     if (!problem.empty()) return problem;
   }
   return {};

@@ -93,8 +93,10 @@ std::vector<PageSizePt> parsePageSizes(const std::string& pdfinfo) {
   for (std::string line; std::getline(lines, line);) {
     PageSizePt size;
     int turned = 0;
+    // NOLINTNEXTLINE(cert-err34-c)
     if (std::sscanf(line.c_str(), "Page %*d size: %lf x %lf", &size.width, &size.length) == 2) {
       pages.push_back(size);
+    // NOLINTNEXTLINE(cert-err34-c)
     } else if (std::sscanf(line.c_str(), "Page %*d rot: %d", &turned) == 1 && !pages.empty() &&
                turned % 180 != 0) {
       std::swap(pages.back().width, pages.back().length);

@@ -91,6 +91,7 @@ std::string describeLeftOutPicture(const escpos::VirtualPrinter& printer,
   const std::string line =
       "no picture: " + std::to_string(metres) + " m of paper are too much for one";
   std::error_code ignored;
+  // NOLINTNEXTLINE(performance-no-automatic-move)
   if (fs::is_other(places.bytes, ignored) || places.bytes == kStandardOutput) return line;
   return line + "; wren preview " + shellWord(places.bytes) + " --split --max-length " +
          std::to_string(metres * 1000) + " draws the pages";

@@ -93,6 +93,7 @@ void checkSavedOptions(const ExistingQueue& existing, const Installation& instal
       const std::string problem = problemOfOption(existing.printer, option, value);
       if (problem.empty()) continue;
       ++faults;
+      // NOLINTNEXTLINE(performance-inefficient-string-concatenation)
       diagnosis.bad(saved.file + " has an option for '" + name + "' without effect: " + problem,
                     removalCommand(saved, name, option, geteuid() == 0));
     }

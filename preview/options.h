@@ -13,6 +13,7 @@
 
 #include "preview/paper_picture.h"
 
+// NOLINTNEXTLINE(readability-identifier-naming)
 namespace CLI {
 class App;
 }
