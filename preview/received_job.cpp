@@ -53,6 +53,7 @@ void ReceivedJob::createFile(unsigned& number) {
 }
 
 void ReceivedJob::take(std::span<const std::uint8_t> bytes) {
+  if (bytes.empty()) return;
   bytesTaken_ += bytes.size();
   if (file_ != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
     error_ = path_ + ": " + std::strerror(errno);
