@@ -100,7 +100,7 @@ std::string PrintServer::open() {
   const std::string error = controlAddress ? control_.open(*controlAddress) : "";
   if (!error.empty()) return options_.controlAddress + ": " + error;
   for (const std::string& fault : options_.faults) {
-    const std::string answer = obey(fault);
+    std::string answer = obey(fault);
     if (answer != "ok") return answer;
   }
   return {};

@@ -179,7 +179,7 @@ std::string SoftwarePrinter::control(const Control& control, Time now) {
   } else {
     pending.due = now + std::chrono::milliseconds(control.trigger->count);
   }
-  pending_.push_back(std::move(pending));
+  pending_.push_back(pending);
   while (fireBytes()) {
   }
   advance(now);
