@@ -45,7 +45,7 @@ std::vector<JobKey> BegunJobs::all() const {
   std::error_code ignored;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, ignored)) {
     JobKey job;
-    // NOLINTNEXTLINE(cert-err34-c)
+    // NOLINTNEXTLINE(cert-err34-c): the files are our own
     if (std::sscanf(entry.path().filename().c_str(), "printer-%d-job-%d", &job.printerId,
                     &job.jobId) == 2) {
       jobs.push_back(job);

@@ -17,7 +17,7 @@ struct JobKey {
   int printerId = 0;
   int jobId = 0;
 
-  // NOLINTNEXTLINE(modernize-use-nullptr)
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a pointer
   auto operator<=>(const JobKey&) const = default;
 };
 

@@ -172,7 +172,7 @@ bool tieToParent([[maybe_unused]] const ChildPlan& plan) {
 
 std::vector<char*> pointers(std::vector<std::string>& strings) {
   std::vector<char*> result;
-  // NOLINTNEXTLINE(performance-inefficient-vector-operation)
+  result.reserve(strings.size() + 1);
   for (std::string& text : strings) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
@@ -337,9 +337,8 @@ std::string findProgram(const std::string& name) {
                             (variable != nullptr ? variable : ""));
   for (std::string folder; std::getline(folders, folder, ':');) {
     if (folder.empty() || folder.front() != '/') continue;
-    // NOLINTNEXTLINE(performance-inefficient-string-concatenation)
-    const std::string path = folder + "/" + name;
-    // NOLINTNEXTLINE(performance-no-automatic-move)
+    std::string path = folder;
+    path.append("/").append(name);
     if (::access(path.c_str(), X_OK) == 0) return path;
   }
   return {};

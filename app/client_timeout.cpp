@@ -27,9 +27,8 @@ using Accept = http_t* (*)(int, int);
 
 // Replaces the function of libcups for every caller of the process: PAPPL is the one.
 extern "C" http_t* httpAcceptConnection(int listener, int blocking) {
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const auto accept = reinterpret_cast<Accept>(dlsym(RTLD_NEXT, "httpAcceptConnection"));
-  http_t* connection = accept == nullptr ? nullptr : accept(listener, blocking);
+  static const auto kAccept = reinterpret_cast<Accept>(dlsym(RTLD_NEXT, "httpAcceptConnection"));
+  http_t* connection = kAccept == nullptr ? nullptr : kAccept(listener, blocking);
   const std::chrono::duration<double> seconds = timeLimit.load();
   if (connection != nullptr && seconds.count() > 0) {
     httpSetTimeout(connection, seconds.count(), dropClient, nullptr);

@@ -92,8 +92,7 @@ class CommandJob {
   }
 
  private:
-  // NOLINTNEXTLINE(performance-unnecessary-value-param)
-  void choose(job::CommandFile file) {
+  void choose(const job::CommandFile& file) {
     for (const std::string& error : file.errors) addError(error);
     for (const PrinterCommand& command : file.commands) {
       const char* fault = faultOf(command, settings_);

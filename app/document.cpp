@@ -34,13 +34,12 @@ constexpr Format kFormats[] = {
 }  // namespace
 
 const std::vector<std::string>& documentFormats() {
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const std::vector<std::string> names = [] {
+  static const std::vector<std::string> kNames = [] {
     std::vector<std::string> result;
     for (const Format& format : kFormats) result.emplace_back(format.name);
     return result;
   }();
-  return names;
+  return kNames;
 }
 
 bool readDocument(const std::string& format, const DocumentRequest& request, PageSink& sink) {

@@ -17,20 +17,19 @@ unsigned composedHeight(bool scaled, unsigned headWidthPx, unsigned widthPx, uns
 }  // namespace
 
 PageComposer::PageComposer(const PageTarget& target, unsigned widthPx, unsigned heightPx)
-    : widthPx_(widthPx),
-      heightPx_(heightPx),
-      headWidthPx_(target.headWidthPx),
-      area_(std::uint64_t{widthPx} * heightPx),
-      scaled_(target.fitWidePages && widthPx > target.paperWidthPx) {
-  composedHeightPx_ = composedHeight(scaled_, headWidthPx_, widthPx, heightPx);
+    : widthPx_(widthPx), heightPx_(heightPx), headWidthPx_(target.headWidthPx) {
+  const bool scaled = target.fitWidePages && widthPx > target.paperWidthPx;
+  composedHeightPx_ = composedHeight(scaled, headWidthPx_, widthPx, heightPx);
   levels_.resize(std::size_t{composedHeightPx_} * headWidthPx_);
-  if (scaled_) sums_.resize(headWidthPx_);
+  if (scaled) {
+    scaler_.emplace(widthPx, heightPx, headWidthPx_, composedHeightPx_, levels_.data());
+  }
 }
 
 void PageComposer::addRow(const std::uint8_t* ink) {
   if (isComplete()) return;
-  if (scaled_) {
-    scaleRow(ink);
+  if (scaler_) {
+    scaler_->addRow(ink);
   } else {
     placeRow(ink);
   }
@@ -45,47 +44,6 @@ void PageComposer::placeRow(const std::uint8_t* ink) {
   } else {
     std::copy_n(ink, widthPx_, row + (headWidthPx_ - widthPx_) / 2);
   }
-}
-
-// Area averaging in integers: a row of the page covers `composedHeightPx_` of the units of which
-// a composed row takes `heightPx_`, and the same across.
-void PageComposer::scaleRow(const std::uint8_t* ink) {
-  std::uint64_t top = std::uint64_t{rowsAdded_} * composedHeightPx_;
-  const std::uint64_t bottom = top + composedHeightPx_;
-  while (top < bottom) {
-    const std::uint64_t rowEnd = std::uint64_t{rowsComposed_ + 1} * heightPx_;
-    const std::uint64_t until = std::min(bottom, rowEnd);
-    addToSums(ink, until - top);
-    if (until == rowEnd) finishScaledRow();
-    top = until;
-  }
-}
-
-void PageComposer::addToSums(const std::uint8_t* ink, std::uint64_t weight) {
-  std::uint64_t left = 0;
-  std::uint64_t columnEnd = widthPx_;
-  unsigned column = 0;
-  for (unsigned x = 0; x < widthPx_; ++x) {
-    const std::uint64_t right = left + headWidthPx_;
-    while (left < right) {
-      const std::uint64_t until = std::min(right, columnEnd);
-      sums_[column] += weight * (until - left) * ink[x];
-      if (until == columnEnd) {
-        ++column;
-        columnEnd += widthPx_;
-      }
-      left = until;
-    }
-  }
-}
-
-void PageComposer::finishScaledRow() {
-  std::uint8_t* row = levels_.data() + std::size_t{rowsComposed_} * headWidthPx_;
-  for (unsigned x = 0; x < headWidthPx_; ++x) {
-    row[x] = static_cast<std::uint8_t>((sums_[x] + area_ / 2) / area_);
-  }
-  std::fill(sums_.begin(), sums_.end(), 0);
-  ++rowsComposed_;
 }
 
 }  // namespace wren::app

@@ -9,8 +9,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "app/area_scaler.h"
 #include "app/page_target.h"
 
 namespace wren::app {
@@ -19,6 +21,9 @@ class PageComposer {
  public:
   /// A page of `heightPx` rows of `widthPx` pixels, both at least 1. Throws std::bad_alloc.
   PageComposer(const PageTarget& target, unsigned widthPx, unsigned heightPx);
+
+  PageComposer(const PageComposer&) = delete;
+  PageComposer& operator=(const PageComposer&) = delete;
 
   /// Takes the next row: `widthPx` levels. Rows beyond `heightPx` are ignored.
   void addRow(const std::uint8_t* ink);
@@ -37,20 +42,14 @@ class PageComposer {
 
  private:
   void placeRow(const std::uint8_t* ink);
-  void scaleRow(const std::uint8_t* ink);
-  void addToSums(const std::uint8_t* ink, std::uint64_t weight);
-  void finishScaledRow();
 
   unsigned widthPx_;
   unsigned heightPx_;
   unsigned headWidthPx_;
   unsigned composedHeightPx_;
-  std::uint64_t area_;  // of the page: the weight of one composed dot
-  bool scaled_;
   unsigned rowsAdded_ = 0;
-  unsigned rowsComposed_ = 0;
   std::vector<std::uint8_t> levels_;
-  std::vector<std::uint64_t> sums_;  // one row: level x area, while the page is scaled
+  std::optional<AreaScaler> scaler_;  // into `levels_`
 };
 
 }  // namespace wren::app

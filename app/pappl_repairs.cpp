@@ -14,15 +14,14 @@
 
 // PAPPL looks for network printers without asking whether avahi is there, and the function ends
 // the process: `devices`, and everyone who opened the web page for a new printer.
-// NOLINTNEXTLINE(readability-identifier-naming)
+// NOLINTNEXTLINE(readability-identifier-naming): avahi's
 extern "C" void* avahi_service_browser_new(void* client, int interface, int protocol,
                                            const char* type, const char* domain, int flags,
                                            void* callback, void* data) {
   using Browse = void* (*)(void*, int, int, const char*, const char*, int, void*, void*);
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const auto original = reinterpret_cast<Browse>(dlsym(RTLD_NEXT, __func__));
-  if (client == nullptr || original == nullptr) return nullptr;
-  return original(client, interface, protocol, type, domain, flags, callback, data);
+  static const auto kOriginal = reinterpret_cast<Browse>(dlsym(RTLD_NEXT, __func__));
+  if (client == nullptr || kOriginal == nullptr) return nullptr;
+  return kOriginal(client, interface, protocol, type, domain, flags, callback, data);
 }
 
 namespace {
@@ -41,16 +40,15 @@ extern "C" pappl_printer_t* papplPrinterCreate(pappl_system_t* system, int id, c
                                                const char* deviceUri) {
   using Create = pappl_printer_t* (*)(pappl_system_t*, int, const char*, const char*, const char*,
                                       const char*);
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const auto original = reinterpret_cast<Create>(dlsym(RTLD_NEXT, __func__));
+  static const auto kOriginal = reinterpret_cast<Create>(dlsym(RTLD_NEXT, __func__));
   static std::mutex choosing;
-  if (original == nullptr) return nullptr;
-  if (id != 0) return original(system, id, name, driver, deviceId, deviceUri);
+  if (kOriginal == nullptr) return nullptr;
+  if (id != 0) return kOriginal(system, id, name, driver, deviceId, deviceUri);
   const std::lock_guard lock(choosing);
   // PAPPL does not count on from a number that it is given.
   int next = papplSystemGetNextPrinterID(system);
   papplSystemIteratePrinters(system, passId, &next);
-  return original(system, next, name, driver, deviceId, deviceUri);
+  return kOriginal(system, next, name, driver, deviceId, deviceUri);
 }
 
 #endif

@@ -105,14 +105,17 @@ class PngReader {
     guarded([&] { png_read_row(png_, row.data(), nullptr); });
   }
 
+  const std::uint8_t* pixelOf(const std::vector<std::uint8_t>& row, unsigned x) const {
+    return row.data() + std::size_t{x} * channels_;
+  }
+
   bool readRows(PictureCanvas& canvas) {
     std::vector<std::uint8_t> row(png_get_rowbytes(png_, info_));
     std::vector<std::uint8_t> ink(widthPx());
     for (unsigned y = 0; y < heightPx(); ++y) {
       if (request_.cancel.isCancelled()) return false;
       readRow(row);
-      // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result)
-      for (unsigned x = 0; x < widthPx(); ++x) ink[x] = inkAt(row.data() + x * channels_);
+      for (unsigned x = 0; x < widthPx(); ++x) ink[x] = inkAt(pixelOf(row, x));
       canvas.addRow(ink.data());
     }
     return true;
@@ -134,8 +137,7 @@ class PngReader {
         readRow(row);
         std::uint8_t* line = plane.data() + std::size_t{PNG_ROW_FROM_PASS_ROW(y, pass)} * widthPx();
         for (unsigned x = 0; x < columns; ++x) {
-          // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result)
-          line[PNG_COL_FROM_PASS_COL(x, pass)] = inkAt(row.data() + x * channels_);
+          line[PNG_COL_FROM_PASS_COL(x, pass)] = inkAt(pixelOf(row, x));
         }
       }
     }

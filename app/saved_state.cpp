@@ -6,7 +6,7 @@
 #include <cups/ipp.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <charconv>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -32,8 +32,11 @@ class Values {
 
   int number(std::string_view name) const {
     const auto value = find(name);
-    // NOLINTNEXTLINE(cert-err34-c)
-    return value == values_.end() ? 0 : std::atoi(value->second.c_str());
+    if (value == values_.end()) return 0;
+    const std::string& text = value->second;
+    int number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
   }
 
   void set(std::string_view name, long value) {
@@ -47,9 +50,11 @@ class Values {
 
   std::string text() const {
     std::string line;
-    // NOLINTNEXTLINE(performance-inefficient-string-concatenation)
-    for (const auto& [name, value] : values_) line += " " + name + "=\"" + value + "\"";
-    return line.substr(line.empty() ? 0 : 1);
+    for (const auto& [name, value] : values_) {
+      if (!line.empty()) line += ' ';
+      line.append(name).append("=\"").append(value).append("\"");
+    }
+    return line;
   }
 
  private:

@@ -231,8 +231,7 @@ extern "C" void papplSystemDelete(pappl_system_t* system) {
   wren::app::StateKeeper* const keeper = wren::app::running;
   if (keeper != nullptr) keeper->stop();
   using Delete = void (*)(pappl_system_t*);
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const auto original = reinterpret_cast<Delete>(dlsym(RTLD_NEXT, "papplSystemDelete"));
-  if (original != nullptr) original(system);
+  static const auto kOriginal = reinterpret_cast<Delete>(dlsym(RTLD_NEXT, "papplSystemDelete"));
+  if (kOriginal != nullptr) kOriginal(system);
 }
 #endif

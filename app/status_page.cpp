@@ -20,8 +20,7 @@ constexpr int kRefreshSeconds = 5;
 std::string printerText(const PrinterCondition& condition) {
   if (condition.away) return "cannot be reached";
   if (condition.status) {
-    // NOLINTNEXTLINE(performance-no-automatic-move)
-    if (const std::string text = describe(*condition.status); !text.empty()) return text;
+    if (std::string text = describe(*condition.status); !text.empty()) return text;
   }
   if (condition.stalled) return "takes no data";
   return condition.status ? "ready" : "does not say how it is";
@@ -97,7 +96,7 @@ std::string conditionText(const PrinterCondition& condition, std::string_view dr
 
 void addStatusPages(pappl_printer_t* printer, void* /*data*/) {
   pappl_system_t* system = papplPrinterGetSystem(printer);
-  // NOLINTNEXTLINE(performance-no-int-to-ptr)
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a number, never followed
   void* const id = reinterpret_cast<void*>(std::intptr_t{papplPrinterGetID(printer)});
   const std::string page = pathOf(printer, "status");
   papplSystemAddResourceCallback(system, page.c_str(), "text/html", sendPage, id);

@@ -101,8 +101,7 @@ AppJob waitForEnd(AppClient& client, const AppPrinter& printer, int id) {
   const auto start = std::chrono::steady_clock::now();
   std::string said;
   for (;;) {
-    const AppJob job = client.job(printer, id);
-    // NOLINTNEXTLINE(performance-no-automatic-move)
+    AppJob job = client.job(printer, id);
     if (job.hasEnded()) return job;
     if (std::chrono::steady_clock::now() - start > kPatience) {
       const std::string wait = waitOf(client, printer, job);

@@ -140,9 +140,8 @@ std::vector<FilterInstruction> buildFilter() {
 }  // namespace
 
 const std::vector<FilterInstruction>& syscallFilter() {
-  // NOLINTNEXTLINE(readability-identifier-naming)
-  static const std::vector<FilterInstruction> filter = buildFilter();
-  return filter;
+  static const std::vector<FilterInstruction> kFilter = buildFilter();
+  return kFilter;
 }
 
 bool enterSyscallFilter(const std::vector<FilterInstruction>& filter) {

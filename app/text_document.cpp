@@ -79,8 +79,7 @@ class TextPrinter {
     const unsigned widthPx = cell.columns * cells_.cellWidthPx();
     for (unsigned y = 0; y < cells_.cellHeightPx(); ++y) {
       std::copy_n(levels.data() + std::size_t{y} * widthPx, widthPx,
-                  // NOLINTNEXTLINE(bugprone-implicit-widening-of-multiplication-result)
-                  bandRow(y) + cell.column * cells_.cellWidthPx());
+                  bandRow(y) + std::size_t{cell.column} * cells_.cellWidthPx());
     }
   }
 

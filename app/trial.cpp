@@ -90,9 +90,8 @@ void useDevice(pappl_system_t* system, const TrialOptions& options, const std::s
 std::string paperFolder(const TrialOptions& options, int number) {
   const std::string& folder = options.server.stateFolder;
   if (number == 1) return folder;
-  const std::string other = folder + "/" + nameOf(number);
+  std::string other = folder + "/" + nameOf(number);
   std::filesystem::create_directories(other);
-  // NOLINTNEXTLINE(performance-no-automatic-move)
   return other;
 }
 

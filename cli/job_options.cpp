@@ -160,8 +160,7 @@ std::string problemOfMedia(const PrinterDescription& printer, const std::string&
   std::istringstream names(value);
   for (std::string name; std::getline(names, name, ',');) {
     if (!isCustomSize(printer, name)) continue;
-    const std::string problem = problemOfCustomSize(printer.customSize, name);
-    // NOLINTNEXTLINE(performance-no-automatic-move)
+    std::string problem = problemOfCustomSize(printer.customSize, name);
     if (!problem.empty()) return problem;
   }
   return {};

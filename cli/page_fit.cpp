@@ -93,14 +93,14 @@ std::vector<PageSizePt> parsePageSizes(const std::string& pdfinfo) {
   for (std::string line; std::getline(lines, line);) {
     PageSizePt size;
     int turned = 0;
-    // NOLINTNEXTLINE(cert-err34-c)
+    // NOLINTBEGIN(cert-err34-c): a size that is beyond a double is wider than any paper
     if (std::sscanf(line.c_str(), "Page %*d size: %lf x %lf", &size.width, &size.length) == 2) {
       pages.push_back(size);
-    // NOLINTNEXTLINE(cert-err34-c)
     } else if (std::sscanf(line.c_str(), "Page %*d rot: %d", &turned) == 1 && !pages.empty() &&
                turned % 180 != 0) {
       std::swap(pages.back().width, pages.back().length);
     }
+    // NOLINTEND(cert-err34-c)
   }
   return pages;
 }

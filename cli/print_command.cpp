@@ -88,10 +88,8 @@ std::string describeLeftOutPicture(const escpos::VirtualPrinter& printer,
   constexpr std::uint64_t kUnitsPerMetre = std::uint64_t{203} * escpos::kUnitsPerRow * 10000 / 254;
   const std::uint64_t metres = printer.paper().lengthUnits / kUnitsPerMetre + 1;
   if (printer.stopped()) return "no picture: the paper holds more than can be drawn";
-  const std::string line =
-      "no picture: " + std::to_string(metres) + " m of paper are too much for one";
+  std::string line = "no picture: " + std::to_string(metres) + " m of paper are too much for one";
   std::error_code ignored;
-  // NOLINTNEXTLINE(performance-no-automatic-move)
   if (fs::is_other(places.bytes, ignored) || places.bytes == kStandardOutput) return line;
   return line + "; wren preview " + shellWord(places.bytes) + " --split --max-length " +
          std::to_string(metres * 1000) + " draws the pages";

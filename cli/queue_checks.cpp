@@ -93,9 +93,10 @@ void checkSavedOptions(const ExistingQueue& existing, const Installation& instal
       const std::string problem = problemOfOption(existing.printer, option, value);
       if (problem.empty()) continue;
       ++faults;
-      // NOLINTNEXTLINE(performance-inefficient-string-concatenation)
-      diagnosis.bad(saved.file + " has an option for '" + name + "' without effect: " + problem,
-                    removalCommand(saved, name, option, geteuid() == 0));
+      std::string fault = saved.file;
+      fault.append(" has an option for '").append(name);
+      fault.append("' without effect: ").append(problem);
+      diagnosis.bad(fault, removalCommand(saved, name, option, geteuid() == 0));
     }
   }
   if (faults == 0)

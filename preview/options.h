@@ -13,7 +13,7 @@
 
 #include "preview/paper_picture.h"
 
-// NOLINTNEXTLINE(readability-identifier-naming)
+// NOLINTNEXTLINE(readability-identifier-naming): the library's
 namespace CLI {
 class App;
 }

@@ -38,7 +38,7 @@ TEST(SavedState, SettlesTheJobsThatHadNotEnded) {
       {"printing", R"(Job created="1" filename="/s/p" id="1" processing="5" state="5")",
        R"(Job created="1" id="1" processing="5" state="7" completed="2000")",
        "interrupted, not printed again"},
-      {"printing as it came in", R"(Job created="1" id="3" state="5")",
+      {"printing while it came in", R"(Job created="1" id="3" state="5")",
        R"(Job created="1" id="3" state="7" completed="2000")", "interrupted, not printed again"},
       {"before its first byte", R"(Job filename="/s/p" id="2" processing="5" state="5")",
        R"(Job filename="/s/p" id="2" state="3")", ""},
