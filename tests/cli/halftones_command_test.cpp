@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -64,8 +65,10 @@ TEST_F(WrenProgramHalftones, ShowEachTypeDotByDot) {
 
 // Each column has its own brightness, each paper its own PPD, and the user's options hold.
 TEST_F(WrenProgramHalftones, ShowEachBrightnessOnThePaperWithTheOptionsOfTheUser) {
-  folder_.write("bin.ras", wren_test::rasterStream(wren_test::RasterKind::kV2,
-                                                   {wren_test::noisePage(576, 32, 1)}));
+  // The blank rows at the end are printed with PageType=1 alone.
+  wren_test::RasterPage page = wren_test::noisePage(576, 48, 1);
+  std::fill(page.pixels.end() - 16 * 576, page.pixels.end(), '\0');
+  folder_.write("bin.ras", wren_test::rasterStream(wren_test::RasterKind::kV2, {page}));
   standIn("cupsfilter",
           "printf '%s ' \"$@\" >" + pathOf("asked") + "\nexec cat " + pathOf("bin.ras") + "\n");
   folder_.write("order.txt", "text\n");
