@@ -153,6 +153,7 @@ std::uint64_t PaperPicture::pixelOfMm(std::uint64_t mm) const {
 
 void PaperPicture::paintScale(std::uint64_t y, std::span<std::uint8_t> pixels) const {
   const std::uint64_t perInch = pixelsPerInch();
+  // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): no style has a scale or dpi of 0
   const std::uint64_t nearest = (y * 254 + 5 * perInch) / (10 * perInch);
   if (pixelOfMm(nearest) == y && y <= paperHeight_) {
     const std::uint32_t tick =
