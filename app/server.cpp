@@ -16,6 +16,7 @@
 #include "app/client_timeout.h"
 #include "app/command_job.h"
 #include "app/document_callbacks.h"
+#include "app/lock_order.h"
 #include "app/printer_driver.h"
 #include "app/status_page.h"
 #include "common/handles.h"
@@ -74,6 +75,7 @@ Server::Server(const ServerOptions& options)
                               "_print,_universal", spool.c_str(), options.logFile.c_str(),
                               options.logLevel, nullptr, false);
   if (system_ == nullptr) throw std::runtime_error("cannot create the printer application");
+  keepLockOrder(system_);
   const auto drivers = printerDrivers();
   papplSystemSetPrinterDrivers(system_, static_cast<int>(drivers.size()), drivers.data(),
                                driverForDevice, addStatusPages, describeDriver, &services_);

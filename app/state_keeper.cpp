@@ -84,8 +84,8 @@ void addJob(pappl_job_t* job, void* text) {
       (papplJobGetFilename(job) == nullptr ? "-incoming\n" : "\n");
 }
 
-void addActiveJobs(pappl_printer_t* printer, void* text) {
-  papplPrinterIterateActiveJobs(printer, addJob, text, 1, 0);
+void addId(pappl_printer_t* printer, void* ids) {
+  static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
 }
 
 }  // namespace
@@ -184,8 +184,14 @@ void StateKeeper::resumeWaiting() {
 }
 
 std::string StateKeeper::activeJobs() const {
+  std::vector<int> ids;
+  papplSystemIteratePrinters(system_, addId, &ids);
   std::string text;
-  papplSystemIteratePrinters(system_, addActiveJobs, &text);
+  // Not in the callback: the system is locked there, and with it every new client.
+  for (const int id : ids) {
+    pappl_printer_t* printer = papplSystemFindPrinter(system_, nullptr, id, nullptr);
+    if (printer != nullptr) papplPrinterIterateActiveJobs(printer, addJob, &text, 1, 0);
+  }
   return text;
 }
 
