@@ -13,7 +13,6 @@
 #include "tests/app/printing_client.h"
 #include "tests/app/running_app.h"
 #include "tests/app/running_server.h"
-#include "tests/app/scripted_printer.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
 #include "tests/support/same_bytes.h"
@@ -203,7 +202,8 @@ TEST(CommandPrograms, WaitBehindAJobThatWaitsAndSaySo) {
   RunningPrinter printer({"vanish"});
   RunningApp app({.device = silent(printer)});
   PrintingClient client(app, rasterStream(RasterKind::kPwg, {noisePage(576, 24, 1)}));
-  ASSERT_TRUE(wren::app::eventually([&] { return !app.stateOf(1).message.empty(); }));
+  const char* const kAway = "Waiting: the printer cannot be reached.";
+  ASSERT_EQ(app.waitForMessage(1, kAway).message, kAway);
   ProcessSpec spec;
   spec.program = WREN_PRINTER_APP;
   spec.arguments = {"wren-printer-app", "drawer", "-u", app.printerUri()};

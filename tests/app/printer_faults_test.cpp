@@ -14,14 +14,12 @@
 #include <vector>
 
 #include "tests/app/running_app.h"
-#include "tests/app/scripted_printer.h"
 #include "tests/preview/running_printer.h"
 #include "tests/support/raster_stream.h"
 
 namespace wren_test {
 namespace {
 
-using wren::app::eventually;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr const char* kPwg = "image/pwg-raster";
@@ -63,6 +61,7 @@ struct Fault {
   std::vector<std::string> commands;
   std::string cure;
   std::string reason;
+  std::string message;
 };
 
 void PrintTo(const Fault& fault, std::ostream* out) {
@@ -77,15 +76,14 @@ TEST_P(FaultsThatPass, LoseAndDoubleNothingAndAreTold) {
   RunningApp app({.device = deviceOf(printer)});
   JobOutcome outcome;
   std::thread client([&] { outcome = app.print(document(), kPwg); });
-  EXPECT_TRUE(eventually([&] {
-    return app.stateOf(1).message.starts_with("Waiting: ") && app.printerReasons() == fault.reason;
-  })) << app.printerReasons()
-      << ", " << app.stateOf(1).message;
-  EXPECT_EQ(app.stateOf(1).state, IPP_JSTATE_PROCESSING);
+  EXPECT_EQ(app.waitForReasons(fault.reason), fault.reason);
+  const JobOutcome waiting = app.waitForMessage(1, fault.message);
+  EXPECT_EQ(waiting.message, fault.message);
+  EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
   EXPECT_EQ(printer.tell(fault.cure), "ok");
   client.join();
   EXPECT_EQ(outcome.state, IPP_JSTATE_COMPLETED) << outcome.message;
-  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_TRUE(printer.waitForJobs(1));
   EXPECT_THAT(withoutRequests(printer.printed(1)), testing::ContainerEq(wholeJob()));
 }
@@ -94,20 +92,40 @@ TEST_P(FaultsThatPass, LoseAndDoubleNothingAndAreTold) {
 INSTANTIATE_TEST_SUITE_P(
     Of, FaultsThatPass,
     testing::Values(
-        Fault{"NoPaper", {"paper out"}, "paper ok", "media-empty"},
-        Fault{"PaperThatRunsOut", {"paper out after 20 mm"}, "paper ok", "media-empty"},
-        Fault{"AnOpenCover", {"cover open"}, "cover closed", "cover-open"},
-        Fault{"ACoverThatIsOpened", {"cover open after 20 mm"}, "cover closed", "cover-open"},
-        Fault{"AStall", {"stall after 9000 bytes"}, "go", "offline"},
-        Fault{"ASmallBuffer", {"buffer 4", "paper out after 20 mm"}, "paper ok", "offline"},
-        Fault{"BeingAway", {"vanish"}, "return", "offline"}),
+        Fault{"NoPaper", {"paper out"}, "paper ok", "media-empty", "Waiting: out of paper."},
+        Fault{"PaperThatRunsOut",
+              {"paper out after 20 mm"},
+              "paper ok",
+              "media-empty",
+              "Waiting: out of paper."},
+        Fault{"AnOpenCover", {"cover open"}, "cover closed", "cover-open", "Waiting: cover open."},
+        Fault{"ACoverThatIsOpened",
+              {"cover open after 20 mm"},
+              "cover closed",
+              "cover-open",
+              "Waiting: cover open."},
+        Fault{"AStall",
+              {"stall after 9000 bytes"},
+              "go",
+              "offline",
+              "Waiting: the printer takes no data."},
+        Fault{"ASmallBuffer",
+              {"buffer 4", "paper out after 20 mm"},
+              "paper ok",
+              "offline",
+              "Waiting: the printer takes no data."},
+        Fault{"BeingAway",
+              {"vanish"},
+              "return",
+              "offline",
+              "Waiting: the printer cannot be reached."}),
     [](const auto& fault) { return std::string(fault.param.name); });
 
 TEST(PrinterFaults, LittlePaperIsToldAndPrinted) {
   RunningPrinter printer({"paper near-end"});
   RunningApp app({.device = deviceOf(printer)});
   EXPECT_EQ(app.print(document(), kPwg).state, IPP_JSTATE_COMPLETED);
-  EXPECT_EQ(app.printerReasons(), "media-low");
+  EXPECT_EQ(app.waitForReasons("media-low"), "media-low");
   EXPECT_TRUE(printer.waitForJobs(1));
   EXPECT_THAT(withoutRequests(printer.printed(1)), testing::ContainerEq(wholeJob()));
 }
@@ -116,7 +134,7 @@ TEST(PrinterFaults, APrinterThatNeverAnswersPrints) {
   RunningPrinter printer({"answers off"});
   RunningApp app({.device = deviceOf(printer)});
   EXPECT_EQ(app.print(document(), kPwg).state, IPP_JSTATE_COMPLETED);
-  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_TRUE(printer.waitForJobs(1));
   EXPECT_THAT(printer.printed(1), testing::ContainerEq(wholeJob()));
 }

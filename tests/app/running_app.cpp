@@ -234,6 +234,28 @@ std::string RunningApp::printerReasons() {
   return textOf(response.get(), "printer-state-reasons");
 }
 
+JobOutcome RunningApp::waitForMessage(int jobId, const std::string& message) {
+  JobOutcome outcome;
+  waitUntil(
+      [&] {
+        outcome = stateOf(jobId);
+        return outcome.message == message;
+      },
+      30.0);
+  return outcome;
+}
+
+std::string RunningApp::waitForReasons(const std::string& reasons) {
+  std::string seen;
+  waitUntil(
+      [&] {
+        seen = printerReasons();
+        return seen == reasons;
+      },
+      30.0);
+  return seen;
+}
+
 std::vector<std::string> RunningApp::papers(const std::string& printer) const {
   std::vector<std::string> bytes;
   for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn"))

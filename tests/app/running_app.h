@@ -100,8 +100,15 @@ class RunningApp {
   JobOutcome stateOf(int jobId, const std::string& printer = kFirstPrinter);
   void cancel(int jobId);
 
+  /// Waits until the job has this message, at most 30 seconds: a client may see the reasons of a
+  /// printer before the message of its job. @return the job at the end of the wait.
+  JobOutcome waitForMessage(int jobId, const std::string& message);
+
   /// The printer's printer-state-reasons, by commas.
   std::string printerReasons();
+
+  /// Waits until the printer has these reasons, at most 30 seconds. @return those at the end.
+  std::string waitForReasons(const std::string& reasons);
 
   /// The printer bytes of each connection to the software printer so far, in order.
   std::vector<std::string> papers(const std::string& printer = kFirstPrinter) const;

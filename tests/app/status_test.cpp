@@ -7,9 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "app/status_page.h"
@@ -26,7 +24,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPwg = "image/pwg-raster";
 
@@ -41,15 +38,6 @@ std::string page(unsigned rows) {
 // More than a small buffer of the printer and those of the system hold: 1000 rows are 125 mm.
 constexpr unsigned kLongRows = 4000;
 constexpr unsigned kShortRows = 100;
-
-bool becomes(RunningApp& app, const std::string& reasons) {
-  const auto end = Clock::now() + std::chrono::seconds(30);
-  while (app.printerReasons() != reasons) {
-    if (Clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-  return true;
-}
 
 struct Wait {
   const char* name;
@@ -67,15 +55,15 @@ TEST_P(WaitingForPrinter, ShowsWhyAndPrintsTheWholeJobOnce) {
   RunningPrinter printer(wait.faults);
   RunningApp app({.device = uriOf(printer)});
   PrintingClient client(app, page(wait.rows));
-  EXPECT_TRUE(becomes(app, wait.reason)) << app.printerReasons();
-  const JobOutcome waiting = app.stateOf(1);
-  EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
+  EXPECT_EQ(app.waitForReasons(wait.reason), wait.reason);
+  const JobOutcome waiting = app.waitForMessage(1, wait.message);
   EXPECT_EQ(waiting.message, wait.message);
+  EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
   EXPECT_EQ(printer.tell(wait.recovery), "ok");
   const JobOutcome printed = client.outcome();
   EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
   EXPECT_EQ(printed.message, "");
-  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
 }
 
@@ -110,9 +98,9 @@ TEST_P(SlowOrQuietPrinter, GetsTheWholeJobOnce) {
   RunningApp app({.device = uriOf(printer)});
   const JobOutcome printed = app.print(page(way.rows), kPwg);
   EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
-  EXPECT_TRUE(becomes(app, way.reason)) << app.printerReasons();
+  EXPECT_EQ(app.waitForReasons(way.reason), way.reason);
   printer.tell("paper ok");
-  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_TRUE(printer.waitForJobs(1));
   EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
 }
@@ -144,7 +132,7 @@ TEST_P(LostConnection, AbortsTheJobAndPrintsTheNextOneWhole) {
   if (loss.recovery != nullptr) printer.tell(loss.recovery);
   const JobOutcome next = app.print(page(kShortRows), kPwg);
   EXPECT_EQ(next.state, IPP_JSTATE_COMPLETED) << next.message;
-  EXPECT_TRUE(becomes(app, "none")) << app.printerReasons();
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   const auto pages = app.pages();
   ASSERT_EQ(pages.size(), 2U);
   const std::string sent = filterBytesOf({pages.at(0)}, {});

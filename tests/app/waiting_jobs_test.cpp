@@ -11,8 +11,8 @@
 #include <atomic>
 #include <chrono>
 #include <string>
-#include <thread>
 
+#include "tests/app/printing_client.h"
 #include "tests/app/running_app.h"
 #include "tests/app/scripted_printer.h"
 #include "tests/support/raster_stream.h"
@@ -22,13 +22,14 @@ namespace {
 
 using std::chrono::milliseconds;
 using wren::app::Bytes;
-using wren::app::eventually;
 using wren::app::ScriptedPrinter;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kPwg = "image/pwg-raster";
 constexpr int kSmallBuffer = 4096;
 constexpr const char* kAway = "Waiting: the printer cannot be reached.";
+constexpr const char* kNoPaper = "Waiting: out of paper.";
+constexpr const char* kTakesNothing = "Waiting: the printer takes no data.";
 
 std::string smallPage() {
   return rasterStream(RasterKind::kPwg, {noisePage(576, 100, 1)});
@@ -38,26 +39,6 @@ std::string smallPage() {
 std::string longPage() {
   return rasterStream(RasterKind::kPwg, {noisePage(576, 4000, 1)});
 }
-
-/// A client that sends a document in a thread of its own: a job that waits keeps it waiting.
-class Client {
- public:
-  Client(RunningApp& app, const std::string& document)
-      : thread_([this, &app, document] { outcome_ = app.print(document, kPwg); }) {}
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
-  ~Client() {
-    if (thread_.joinable()) thread_.join();
-  }
-  JobOutcome outcome() {
-    if (thread_.joinable()) thread_.join();
-    return outcome_;
-  }
-
- private:
-  JobOutcome outcome_;
-  std::thread thread_;
-};
 
 void readAll(ScriptedPrinter& printer) {
   printer.readAll();
@@ -78,17 +59,17 @@ TEST(WaitingJobs, PrintOnceWhenThePrinterThatWasAwayIsBack) {
     port = gone.port();
   }
   RunningApp app({.device = "socket://127.0.0.1:" + port + "/?status=off"});
-  Client client(app, smallPage());
-  EXPECT_TRUE(eventually([&] { return app.stateOf(1).message == kAway; }));
-  EXPECT_EQ(app.printerReasons(), "offline");
-  const JobOutcome waiting = app.stateOf(1);
+  PrintingClient client(app, smallPage());
+  const JobOutcome waiting = app.waitForMessage(1, kAway);
+  EXPECT_EQ(waiting.message, kAway);
+  EXPECT_EQ(app.waitForReasons("offline"), "offline");
   EXPECT_EQ(waiting.state, IPP_JSTATE_PROCESSING);
   EXPECT_THAT(waiting.reasons, testing::HasSubstr("printer-stopped"));
   ScriptedPrinter back(readAll, 0, false, static_cast<std::uint16_t>(std::stoul(port)));
   const JobOutcome printed = client.outcome();
   EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
   EXPECT_EQ(printed.reasons, "job-completed-successfully");
-  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_EQ(back.connections(), 1);
   EXPECT_THAT(back.received(), testing::ContainerEq(bytesOf(smallPage())));
 }
@@ -100,8 +81,8 @@ TEST(WaitingJobs, EndSoonWhenTheyAreCancelled) {
     port = gone.port();
   }
   RunningApp app({.device = "socket://127.0.0.1:" + port});
-  Client client(app, smallPage());
-  ASSERT_TRUE(eventually([&] { return app.stateOf(1).message == kAway; }));
+  PrintingClient client(app, smallPage());
+  ASSERT_EQ(app.waitForMessage(1, kAway).message, kAway);
   const auto start = Clock::now();
   app.cancel(1);
   EXPECT_EQ(client.outcome().state, IPP_JSTATE_CANCELED);
@@ -123,13 +104,13 @@ TEST(WaitingJobs, ShowThatThePaperIsOutAndGoOnWhenItIsThere) {
     self.readAll();
   });
   RunningApp app({.device = printer.uri()});
-  Client client(app, smallPage());
-  EXPECT_TRUE(eventually([&] { return app.stateOf(1).message == "Waiting: out of paper."; }));
-  EXPECT_EQ(app.printerReasons(), "media-empty");
+  PrintingClient client(app, smallPage());
+  EXPECT_EQ(app.waitForMessage(1, kNoPaper).message, kNoPaper);
+  EXPECT_EQ(app.waitForReasons("media-empty"), "media-empty");
   paper = true;
   const JobOutcome printed = client.outcome();
   EXPECT_EQ(printed.state, IPP_JSTATE_COMPLETED) << printed.message;
-  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(app.waitForReasons("none"), "none");
   // Once it has paper it is asked whether it confirms the end, then stops to answer; it is asked
   // how it is after the page, before the feed to the cut, and at the end.
   const Bytes job = bytesOf(smallPage());
@@ -152,15 +133,14 @@ TEST(WaitingJobs, ThatAPrinterStoppedTakingCanBeCancelled) {
   ScriptedPrinter printer([](ScriptedPrinter& self) { self.pause(milliseconds(60'000)); },
                           kSmallBuffer);
   RunningApp app({.device = printer.uri() + "/?status=off"});
-  Client client(app, longPage());
-  ASSERT_TRUE(
-      eventually([&] { return app.stateOf(1).message == "Waiting: the printer takes no data."; }));
-  EXPECT_EQ(app.printerReasons(), "offline");
+  PrintingClient client(app, longPage());
+  ASSERT_EQ(app.waitForMessage(1, kTakesNothing).message, kTakesNothing);
+  EXPECT_EQ(app.waitForReasons("offline"), "offline");
   const auto start = Clock::now();
   app.cancel(1);
   EXPECT_EQ(client.outcome().state, IPP_JSTATE_CANCELED);
   EXPECT_LT(Clock::now() - start, milliseconds(2000));
-  EXPECT_EQ(app.printerReasons(), "none");
+  EXPECT_EQ(app.waitForReasons("none"), "none");
 }
 
 TEST(WaitingJobs, AreNotPrintedAgainAfterAReset) {
