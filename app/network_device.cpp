@@ -83,8 +83,10 @@ std::optional<NetworkAddress> addressOf(const char* uri) {
 }
 
 pappl_preason_t reasonsOf(const PrinterCondition& condition) {
+  // A printer that says why it takes no bytes is not away.
+  const bool isReady = !condition.status || condition.status->isReady();
   pappl_preason_t reasons = PAPPL_PREASON_NONE;
-  if (condition.away || condition.stalled) reasons |= PAPPL_PREASON_OFFLINE;
+  if (condition.away || (condition.stalled && isReady)) reasons |= PAPPL_PREASON_OFFLINE;
   if (!condition.status) return reasons;
   const PrinterStatus& status = *condition.status;
   if (status.coverOpen) reasons |= PAPPL_PREASON_COVER_OPEN;

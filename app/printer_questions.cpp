@@ -4,6 +4,7 @@
 #include "app/printer_questions.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace wren::app {
 namespace {
@@ -26,49 +27,86 @@ LinkResult PrinterQuestions::send(std::span<const std::uint8_t> request, const P
   return link_.write(request, patience, taken);
 }
 
-// Returns the last status byte among what has come.
-std::optional<std::uint8_t> PrinterQuestions::readAnswers() {
-  std::optional<std::uint8_t> status;
+void PrinterQuestions::readAnswers() {
   for (const std::uint8_t byte : link_.takeReceived()) {
     const auto answer = reader_.take(byte);
     if (!answer) continue;
-    if (answer->kind == AnswerKind::kStatus) status = answer->byte;
-    if (answer->kind == AnswerKind::kPrinted) printedSeen_ = true;
+    if (answer->kind == AnswerKind::kPrinted) {
+      printedSeen_ = true;
+      // What stands before an executed request was received: answers still due never come.
+      due_.erase(due_.begin(), due_.begin() + static_cast<std::ptrdiff_t>(dueBeforePrinted_));
+      dueBeforePrinted_ = 0;
+    } else if (!due_.empty()) {
+      arrived_[due_.front() - 1] = answer->byte;
+      due_.pop_front();
+      if (dueBeforePrinted_ > 0) --dueBeforePrinted_;
+    }
   }
-  return status;
 }
 
-LinkResult PrinterQuestions::waitForStatus(const Patience& patience,
-                                           std::optional<std::uint8_t>& byte) {
+// Asks one question and waits until no answer is due.
+LinkResult PrinterQuestions::ask(std::uint8_t n, const Patience& patience) {
   const auto deadline = Clock::now() + patience.limit;
-  for (;;) {
-    const LinkResult result = link_.waitForAnswer({timeUntil(deadline), patience.cancel});
-    byte = readAnswers();
-    if (byte || result != LinkResult::kDone) return byte ? LinkResult::kDone : result;
+  due_.push_back(n);
+  LinkResult result = send(statusRequest(n), patience);
+  while (result == LinkResult::kDone) {
+    readAnswers();
+    if (due_.empty()) return LinkResult::kDone;
+    result = link_.waitForAnswer({timeUntil(deadline), patience.cancel});
   }
+  readAnswers();
+  return due_.empty() ? LinkResult::kDone : result;
+}
+
+// Waits until no answer of an earlier question is due. False: nothing else can be asked now.
+bool PrinterQuestions::settleDue(const Patience& patience) {
+  if (due_.empty()) return true;
+  const std::uint8_t n = due_.back();
+  arrived_[n - 1].reset();
+  if (ask(n, patience) == LinkResult::kDone) return true;
+  // Requests inside a job may wait in front of a full buffer. Others were lost if a later one of
+  // their kind is answered: some printers answer only when they are on-line.
+  if (n == kCause || !arrived_[n - 1]) return false;
+  due_.clear();
+  dueBeforePrinted_ = 0;
+  return true;
 }
 
 std::optional<PrinterStatus> PrinterQuestions::askStatus(const CancelCheck& cancel) {
   if (traits_.status == Answers::kNever) return std::nullopt;
-  // A late answer to an earlier question must not be taken for one to this.
   readAnswers();
   const auto deadline = Clock::now() + kLimit;
-  StatusAnswers answers;
+  if (!settleDue({kLimit, cancel})) {
+    if (const auto cause = takeCause())
+      last_ = withCause(last_, *cause);
+    else
+      return std::nullopt;
+    return last_;
+  }
+  arrived_ = {};
   LinkResult result = LinkResult::kDone;
   for (const std::uint8_t n : kOrder) {
-    result = send(statusRequest(n), {timeUntil(deadline), cancel});
-    if (result != LinkResult::kDone) break;
-    result = waitForStatus({timeUntil(deadline), cancel}, answers[n - 1]);
+    result = ask(n, {timeUntil(deadline), cancel});
     if (result != LinkResult::kDone) break;
   }
+  const StatusAnswers answers = std::exchange(arrived_, {});
   if (answers[0]) {
     traits_.status = Answers::kYes;
-    return statusOf(answers);
+    if (answers[kCause - 1]) traits_.tellsCause = true;
+    // One that answers only some of them.
+    due_.clear();
+    last_ = statusOf(answers);
+    return last_;
   }
   if (result == LinkResult::kTimedOut && traits_.status == Answers::kUnknown) {
     traits_.status = Answers::kNever;
   }
   return std::nullopt;
+}
+
+std::optional<std::uint8_t> PrinterQuestions::takeCause() {
+  readAnswers();
+  return std::exchange(arrived_[kCause - 1], std::nullopt);
 }
 
 void PrinterQuestions::tryPrinted(const CancelCheck& cancel) {
@@ -83,6 +121,7 @@ void PrinterQuestions::tryPrinted(const CancelCheck& cancel) {
 LinkResult PrinterQuestions::requestPrinted(const Patience& patience) {
   readAnswers();
   printedSeen_ = false;
+  dueBeforePrinted_ = due_.size();
   return send(kPrintedRequest, patience);
 }
 

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <span>
 
@@ -23,6 +25,7 @@ struct PrinterTraits {
   enum class Answers : std::uint8_t { kUnknown, kYes, kNever };
 
   Answers status = Answers::kUnknown;   ///< real-time status
+  bool tellsCause = false;              ///< `kCauseRequest` too
   Answers printed = Answers::kUnknown;  ///< that everything has been printed
 };
 
@@ -35,9 +38,17 @@ class PrinterQuestions {
   /// @param link, traits outlive this; not owned.
   PrinterQuestions(NetworkPrinter& link, PrinterTraits& traits) : link_(link), traits_(traits) {}
 
-  /// Sends the real-time status requests, each after the answer to the one before.
+  /// Sends the real-time status requests, each after the answer to the one before. While answers
+  /// are due, it asks for one of that kind only, as the others could not be told apart from it.
   /// @return nothing if the printer did not answer; sends nothing if it never does.
   std::optional<PrinterStatus> askStatus(const CancelCheck& cancel = {});
+
+  /// Says that so many `kCauseRequest` are sent with the bytes of a job; nobody waits for their
+  /// answers.
+  void expectCauses(unsigned requests) { due_.insert(due_.end(), requests, kCause); }
+
+  /// The last answer to them since the previous call.
+  std::optional<std::uint8_t> takeCause();
 
   /// Finds out whether `confirmPrinted` is answered, if that is not known. Only for an idle printer
   /// that is ready, before the bytes that reset it: they also clear what a printer without the
@@ -53,12 +64,18 @@ class PrinterQuestions {
 
  private:
   LinkResult send(std::span<const std::uint8_t> request, const Patience& patience);
-  LinkResult waitForStatus(const Patience& patience, std::optional<std::uint8_t>& byte);
-  std::optional<std::uint8_t> readAnswers();
+  LinkResult ask(std::uint8_t n, const Patience& patience);
+  bool settleDue(const Patience& patience);
+  void readAnswers();
 
   NetworkPrinter& link_;
   PrinterTraits& traits_;
   AnswerReader reader_;
+  PrinterStatus last_;
+  /// The real-time requests without an answer so far, oldest first. Printers answer in order.
+  std::deque<std::uint8_t> due_;
+  std::size_t dueBeforePrinted_ = 0;  ///< those of them that stand before `kPrintedRequest`
+  StatusAnswers arrived_;             ///< the last answer to each
   bool printedSeen_ = false;
 };
 

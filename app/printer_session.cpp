@@ -46,6 +46,7 @@ bool PrinterSession::fail(const std::string& fault) {
   setStalled(false);
   link_.reset();
   questions_.reset();
+  bandRequests_.reset();
   turn_.reset();
   return false;
 }
@@ -67,6 +68,16 @@ void PrinterSession::setStatus(const std::optional<PrinterStatus>& status) {
   if (!status) return;
   PrinterCondition condition = condition_;
   condition.status = status;
+  setCondition(condition);
+}
+
+// Hears what the printer has answered between the bands meanwhile: one change, not two.
+void PrinterSession::noteProgress(bool stalled) {
+  PrinterCondition condition = condition_;
+  condition.stalled = stalled;
+  if (const auto cause = questions_->takeCause()) {
+    condition.status = withCause(condition.status.value_or(PrinterStatus()), *cause);
+  }
   setCondition(condition);
 }
 
@@ -146,22 +157,29 @@ bool PrinterSession::begin() {
   if (!reachPrinter()) return false;
   fault_.clear();
   state_ = State::kBegun;
+  if (asksStatus_ && turn_->traits().tellsCause) bandRequests_.emplace();
   return true;
 }
 
 bool PrinterSession::write(std::span<const std::uint8_t> bytes) {
   if (!begin()) return false;
+  if (!bandRequests_) return writeAll(bytes);
+  const BandRequests::Mixed mixed = bandRequests_->mix(bytes);
+  questions_->expectCauses(mixed.requests);
+  return writeAll(mixed.bytes);
+}
+
+bool PrinterSession::writeAll(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     if (cancel_.isCancelled()) return writeAfterCancel(bytes);
     std::size_t taken = 0;
     const milliseconds limit = hasJob_ ? times_.stalled : times_.unattended;
     const LinkResult result = link_.write(bytes, {limit, cancel_}, taken);
     bytes = bytes.subspan(taken);
-    if (taken > 0) setStalled(false);
     if (result == LinkResult::kClosed) return fail(link_.error());
-    if (result != LinkResult::kTimedOut || taken > 0) continue;
-    if (!hasJob_) return fail("the printer takes no bytes");
-    setStalled(true);
+    const bool isStalled = result == LinkResult::kTimedOut && taken == 0;
+    if (isStalled && !hasJob_) return fail("the printer takes no bytes");
+    noteProgress(isStalled || (taken == 0 && condition_.stalled));
   }
   return true;
 }
@@ -190,7 +208,7 @@ bool PrinterSession::drain() {
     if (result == LinkResult::kCancelled) return drainAfterCancel();
     if (result == LinkResult::kClosed) return fail(link_.error());
     const std::size_t left = link_.unacknowledged();
-    setStalled(result == LinkResult::kTimedOut && left == before);
+    noteProgress(result == LinkResult::kTimedOut && left == before);
     if (result == LinkResult::kDone) return true;
     if (!hasJob_ && left == before) return fail("the printer takes no bytes");
     before = left;
@@ -244,6 +262,7 @@ bool PrinterSession::end() {
   }
   link_.finish({times_.close});
   questions_.reset();
+  bandRequests_.reset();
   turn_.reset();
   state_ = State::kEnded;
   return true;

@@ -15,6 +15,7 @@
 #include <span>
 #include <string>
 
+#include "app/band_requests.h"
 #include "app/known_printer.h"
 #include "app/network_printer.h"
 #include "app/printer_questions.h"
@@ -59,7 +60,8 @@ class PrinterSession {
   /// Connects and waits until the printer is ready. Does nothing if that is done.
   bool begin();
 
-  /// Sends bytes of the job; begins first if need be. After a cancel they are still sent as long as
+  /// Sends bytes of the job; begins first if need be. Between bands it also asks a printer that
+  /// answers why it stops, if it does. After a cancel they are still sent as long as
   /// the printer takes them, so that a cancelled job can end in order.
   /// @return false if they were not all taken. Everything after that fails too.
   bool write(std::span<const std::uint8_t> bytes);
@@ -89,11 +91,13 @@ class PrinterSession {
   bool reachPrinter();
   bool connect();
   bool waitUntilReady();
+  bool writeAll(std::span<const std::uint8_t> bytes);
   bool writeAfterCancel(std::span<const std::uint8_t> bytes);
   bool drain();
   bool drainAfterCancel();
   bool waitUntilPrinted();
   bool pause();
+  void noteProgress(bool stalled);
   void setStalled(bool stalled);
   void setStatus(const std::optional<PrinterStatus>& status);
   void setCondition(const PrinterCondition& condition);
@@ -109,6 +113,7 @@ class PrinterSession {
   std::unique_ptr<KnownPrinter::Turn> turn_;
   NetworkPrinter link_;
   std::optional<PrinterQuestions> questions_;
+  std::optional<BandRequests> bandRequests_;
   PrinterCondition condition_;
   std::string fault_;
 };

@@ -54,6 +54,18 @@ PrinterStatus statusOf(const StatusAnswers& answers) {
   return status;
 }
 
+// Bits 2, 3, 5 and 6 all mean that it is off-line.
+PrinterStatus withCause(const PrinterStatus& before, std::uint8_t answer) {
+  const bool hasError = (answer & 0x40) != 0;
+  PrinterStatus status = before;
+  status.offline = (answer & 0x6C) != 0;
+  status.coverOpen = (answer & 0x04) != 0;
+  status.paperOut = (answer & 0x20) != 0;
+  status.cutterError = hasError && before.cutterError;
+  status.otherError = hasError && !before.cutterError;
+  return status;
+}
+
 std::string describe(const PrinterStatus& status) {
   const bool hasCause =
       status.coverOpen || status.paperOut || status.cutterError || status.otherError;

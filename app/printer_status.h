@@ -20,6 +20,10 @@ constexpr std::array<std::uint8_t, 3> statusRequest(std::uint8_t n) {
   return {0x10, 0x04, n};
 }
 
+/// The one that tells by itself why a printer does not print, whatever the others say.
+inline constexpr std::uint8_t kCause = 2;
+inline constexpr std::array<std::uint8_t, 3> kCauseRequest = statusRequest(kCause);
+
 /// Transmit paper status, `1D 72 1`: answered when everything before it has been printed.
 inline constexpr std::array<std::uint8_t, 3> kPrintedRequest = {0x1D, 0x72, 0x01};
 
@@ -68,6 +72,10 @@ struct PrinterStatus {
 };
 
 PrinterStatus statusOf(const StatusAnswers& answers);
+
+/// What a printer is after an answer to `kCauseRequest` alone: what that does not tell stays as it
+/// was before.
+PrinterStatus withCause(const PrinterStatus& before, std::uint8_t answer);
 
 /// What keeps the printer from printing or soon will, for people: "out of paper, cover open".
 /// Empty if nothing does.

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -14,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "escpos/reader.h"
 #include "tests/app/scripted_printer.h"
 
 namespace wren::app {
@@ -307,6 +309,71 @@ TEST_F(PrinterSessionTest, TellsOfAPrinterThatStopsAndGoesOn) {
   watching.join();
   EXPECT_THAT(job.told(), testing::ElementsAre("unknown", "stalled", "unknown"));
   EXPECT_THAT(printer.received(), testing::ContainerEq(bytes));
+}
+
+// 200 bands of 584 bytes.
+Bytes bandsOfAJob() {
+  Bytes bands;
+  for (int i = 0; i < 200; ++i) {
+    Bytes band(584, 0x55);
+    std::ranges::copy(Bytes{0x1B, 0x2A, 0x01, 0x40, 0x02}, band.begin());
+    std::ranges::copy(Bytes{0x1B, 0x4A, 0x10}, band.end() - 3);
+    bands.insert(bands.end(), band.begin(), band.end());
+  }
+  return bands;
+}
+
+// The bytes of a job without the requests inside it, as a printer tells them apart.
+Bytes withoutRequests(const Bytes& bytes) {
+  Bytes job;
+  for (const auto& command : escpos::readAll(bytes).commands) {
+    if (escpos::isRealTime(command.kind)) continue;
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(command.offset);
+    job.insert(job.end(), first, first + static_cast<std::ptrdiff_t>(command.length));
+  }
+  return job;
+}
+
+TEST_F(PrinterSessionTest, TellsWhyAPrinterStopsInMidJob) {
+  Answering answers;
+  std::atomic<bool> paper{false};
+  std::size_t questions = 0;
+  ScriptedPrinter printer(
+      [&](ScriptedPrinter& self) {
+        answers.serve(self, 4);
+        answers.answersPrinted = false;
+        answers.serve(self, 1);
+        questions = self.received().size();
+        // Two bands and the request behind them: no paper, and a full buffer.
+        self.read(2 * 584 + 3);
+        self.send({0x32});
+        self.pauseUntil([&paper] { return paper.load(); });
+        self.read(2 * 584 + 3);
+        self.send({0x12});
+        self.readAll();
+      },
+      kSmallBuffer);
+  const Bytes bytes = bandsOfAJob();
+  const auto session = open(printer.uri());
+  Attached job;
+  job.to(*session);
+  std::thread watching([&] {
+    EXPECT_TRUE(eventually([&] { return known_->condition().stalled; }));
+    EXPECT_TRUE(eventually([&] {
+      const auto status = known_->condition().status;
+      return status.has_value() && status->paperOut;
+    }));
+    paper = true;
+  });
+  EXPECT_TRUE(session->write(bytes)) << session->fault();
+  EXPECT_TRUE(session->end()) << session->fault();
+  watching.join();
+  EXPECT_TRUE(known_->condition().status->isReady());
+  EXPECT_FALSE(known_->condition().stalled);
+  const Bytes all = printer.received();
+  EXPECT_THAT(
+      withoutRequests(Bytes(all.begin() + static_cast<std::ptrdiff_t>(questions), all.end())),
+      testing::ContainerEq(bytes));
 }
 
 TEST_F(PrinterSessionTest, ACancelledJobStillSendsItsEndToAPrinterThatTakesIt) {

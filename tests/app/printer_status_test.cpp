@@ -89,6 +89,38 @@ TEST(PrinterStatus, IsReadyWithoutFaultsAndWithLittlePaper) {
   }
 }
 
+TEST(PrinterStatus, IsBroughtUpToDateByTheCauseAlone) {
+  const StatusAnswers well = {0x12, 0x12, 0x12, 0x12};
+  const StatusAnswers nearEnd = {0x16, 0x12, 0x12, 0x1E};
+  const StatusAnswers noPaper = {0x1A, 0x32, 0x12, 0x7E};
+  const StatusAnswers cutter = {0x1A, 0x52, 0x1A, 0x12};
+  const struct {
+    StatusAnswers before;
+    std::uint8_t cause;
+    const char* words;
+    bool isReady;
+  } cases[] = {
+      {well, 0x12, "", true},
+      {well, 0x16, "cover open", false},
+      {well, 0x1A, "off-line", false},
+      {well, 0x32, "out of paper", false},
+      {well, 0x52, "printer error", false},
+      {nearEnd, 0x12, "paper near its end", true},
+      {nearEnd, 0x32, "out of paper", false},
+      {noPaper, 0x12, "paper near its end", true},
+      {noPaper, 0x16, "cover open, paper near its end", false},
+      {cutter, 0x52, "cutter error", false},
+      {cutter, 0x12, "", true},
+  };
+  for (const auto& one : cases) {
+    const PrinterStatus before = statusOf(one.before);
+    const PrinterStatus status = withCause(before, one.cause);
+    EXPECT_EQ(describe(status), one.words);
+    EXPECT_EQ(status.isReady(), one.isReady) << one.words;
+    EXPECT_EQ(status.drawerPinHigh, before.drawerPinHigh) << one.words;
+  }
+}
+
 TEST(PrinterStatus, IsSaidInWords) {
   const struct {
     StatusAnswers answers;
