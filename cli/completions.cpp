@@ -3,6 +3,8 @@
 
 #include "cli/completions.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 namespace wren::cli {
@@ -50,11 +52,13 @@ constexpr char kBashCases[] = R"sh(" -- "$word")
   fi
   case $before in
     --paper) mapfile -t COMPREPLY < <(compgen -W "58 80 112" -- "$word"); return ;;
-    remove-queue | doctor | drawer | beep | cut | feed | selftest) mapfile -t COMPREPLY < <(compgen -W "$(lpstat -e 2>/dev/null)" -- "$word") ;;
   esac
-  if [[ $command == cut ]] && ((COMP_CWORD == 3)); then
-    mapfile -t COMPREPLY < <(compgen -W "full partial" -- "$word")
-    return
+  if [[ $word != -* ]]; then
+    case $COMP_CWORD:$command in
+      2:remove-queue | 2:doctor | 2:drawer | 2:beep | 2:cut | 2:feed | 2:selftest)
+        mapfile -t COMPREPLY < <(compgen -W "$(lpstat -e 2>/dev/null)" -- "$word") ;;
+      3:cut) mapfile -t COMPREPLY < <(compgen -W "full partial" -- "$word") ;;
+    esac
   fi
   local options=""
   case $command in
@@ -97,11 +101,19 @@ std::string zshValues(const std::string& name) {
   return name == "--paper" ? "(58 80 112)" : "_files";
 }
 
+bool takesQueue(const std::string& command) {
+  constexpr std::array kCommands = {"remove-queue", "doctor", "drawer",  "beep",
+                                    "cut",          "feed",   "selftest"};
+  return std::find(kCommands.begin(), kCommands.end(), command) != kCommands.end();
+}
+
 // What a user may say beside the options of a command.
 std::string zshArguments(const std::string& command) {
-  const bool wantsQueue = command == "remove-queue" || command == "doctor";
-  return wantsQueue ? R"sh('*:queue:{compadd -- ${(f)"$(lpstat -e 2>/dev/null)"}}')sh"
-                    : "'*:file:_files'";
+  if (!takesQueue(command)) return "'*:file:_files'";
+  std::string arguments = R"sh('1:queue:{compadd -- ${(f)"$(lpstat -e 2>/dev/null)"}}')sh";
+  if (command == "cut") arguments += " '2:cut:(full partial)'";
+  if (command == "feed") arguments += " '2:millimetres: '";
+  return arguments;
 }
 
 // The asterisk: -o may be repeated.

@@ -152,6 +152,13 @@ TEST(OptionTree, MakesALineOfACommandFileOfACommandForAQueue) {
   }
 }
 
+// The print system of these tests has two queues.
+std::string writeLpstat(const wren_test::TemporaryFolder& folder) {
+  const std::string lpstat = folder.write("lpstat", "#!/bin/sh\nprintf 'till\\nbar\\n'\n");
+  std::filesystem::permissions(lpstat, std::filesystem::perms::owner_all);
+  return "PATH=" + folder.path().string() + ":/usr/bin:/bin";
+}
+
 // What bash would offer for the last of some words.
 std::string offeredFor(const std::string& words) {
   CommandLine line;
@@ -164,7 +171,7 @@ std::string offeredFor(const std::string& words) {
       "bash", "-euc",
       "source " + file + "; COMP_WORDS=(" + words +
           "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _wren; echo \"${COMPREPLY[*]}\""};
-  spec.environment = {"PATH=/usr/bin:/bin"};
+  spec.environment = {writeLpstat(folder)};
   const auto result = wren_test::runProcess(spec);
   EXPECT_EQ(result.exitStatus, 0) << result.err;
   return result.out;
@@ -173,6 +180,15 @@ std::string offeredFor(const std::string& words) {
 TEST(Completions, OfferTheOptionsOfThePreview) {
   EXPECT_EQ(offeredFor("wren preview --ma"), "--marks --max-length --max-bytes --max-seconds\n");
   EXPECT_EQ(offeredFor("wren preview -o"), "-o\n");
+}
+
+TEST(Completions, OfferTheQueuesToCommandsThatTakeOne) {
+  for (const char* command :
+       {"remove-queue", "doctor", "drawer", "beep", "cut", "feed", "selftest"}) {
+    EXPECT_EQ(offeredFor(std::string("wren ") + command + " ''"), "till bar\n") << command;
+    EXPECT_EQ(offeredFor(std::string("wren ") + command + " --he"), "--help\n") << command;
+  }
+  EXPECT_EQ(offeredFor("wren print drawer ''"), "\n");
 }
 
 TEST(Completions, OfferCommandsOptionsAndPapers) {
@@ -192,15 +208,13 @@ std::string shownByZsh(const std::string& words) {
   const auto app = makeOptionTree(line);
   const wren_test::TemporaryFolder folder;
   folder.write("_wren", writeCompletions(*app, "zsh"));
-  const std::string lpstat = folder.write("lpstat", "#!/bin/sh\nprintf 'till\\nbar\\n'\n");
-  std::filesystem::permissions(lpstat, std::filesystem::perms::owner_all);
   wren_test::ProcessSpec spec;
   spec.program = "/usr/bin/env";
   spec.arguments = {
       "env", "zsh", "-f", WREN_SOURCE_DIR "/tests/cli/zsh_offers.zsh", folder.path().string(),
       words};
-  spec.environment = {"PATH=" + folder.path().string() + ":/usr/bin:/bin", "TERM=xterm",
-                      "HOME=" + folder.path().string(), "LC_ALL=C"};
+  spec.environment = {writeLpstat(folder), "TERM=xterm", "HOME=" + folder.path().string(),
+                      "LC_ALL=C"};
   spec.workingFolder = folder.path();
   const auto result = wren_test::runProcess(spec);
   EXPECT_EQ(result.exitStatus, 0) << result.err;
@@ -216,7 +230,14 @@ TEST(Completions, WorkInAnInteractiveZsh) {
       {"wren preview --ma", {"--marks", "--max-length", "--max-bytes"}},
       {"wren print --paper ", {"58", "80", "112"}},
       {"wren print -o a=b -o c=d --co", {"--copies"}},
+      {"wren remove-queue ", {"till", "bar"}},
       {"wren doctor ", {"till", "bar"}},
+      {"wren drawer ", {"till", "bar"}},
+      {"wren beep ", {"till", "bar"}},
+      {"wren cut ", {"till", "bar"}},
+      {"wren cut till ", {"full", "partial"}},
+      {"wren feed ", {"till", "bar"}},
+      {"wren selftest ", {"till", "bar"}},
   };
   for (const auto& [words, offers] : kShown) {
     const std::string shown = shownByZsh(words);
