@@ -27,6 +27,11 @@ bool KnownPrinter::isDue(std::chrono::milliseconds age) {
   return true;
 }
 
+void KnownPrinter::makeDue() {
+  const std::lock_guard lock(mutex_);
+  renewed_.reset();
+}
+
 PrinterCondition KnownPrinter::condition() const {
   const std::lock_guard lock(mutex_);
   return condition_;

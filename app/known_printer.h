@@ -41,6 +41,9 @@ class KnownPrinter {
   /// Whether the condition is older than `age`. Says so once: the caller is about to renew it.
   bool isDue(std::chrono::milliseconds age);
 
+  /// Says that the condition may have changed unseen.
+  void makeDue();
+
   PrinterCondition condition() const;
   void setCondition(const PrinterCondition& condition);
 

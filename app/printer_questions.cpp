@@ -62,7 +62,7 @@ LinkResult PrinterQuestions::ask(std::uint8_t n, const Patience& patience) {
 bool PrinterQuestions::settleDue(const Patience& patience) {
   if (due_.empty()) return true;
   const std::uint8_t n = due_.back();
-  arrived_[n - 1].reset();
+  if (n != kCause) arrived_[n - 1].reset();
   if (ask(n, patience) == LinkResult::kDone) return true;
   // Requests inside a job may wait in front of a full buffer. Others were lost if a later one of
   // their kind is answered: some printers answer only when they are on-line.

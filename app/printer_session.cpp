@@ -15,6 +15,7 @@ using std::chrono::milliseconds;
 using Answers = PrinterTraits::Answers;
 
 constexpr const char* kCancelled = "cancelled";
+constexpr const char* kTakesNothing = "the printer takes no bytes";
 
 const PrinterCondition kAway = {true, false, std::nullopt};
 
@@ -44,6 +45,8 @@ bool PrinterSession::fail(const std::string& fault) {
   state_ = State::kFailed;
   fault_ = fault;
   setStalled(false);
+  // It may have gone with the connection.
+  printer_->makeDue();
   link_.reset();
   questions_.reset();
   bandRequests_.reset();
@@ -71,14 +74,25 @@ void PrinterSession::setStatus(const std::optional<PrinterStatus>& status) {
   setCondition(condition);
 }
 
-// Hears what the printer has answered between the bands meanwhile: one change, not two.
-void PrinterSession::noteProgress(bool stalled) {
+// From here on progress is watched. A printer that was stalled is so until it makes some.
+void PrinterSession::watch() {
+  if (!condition_.stalled) lastProgress_ = Clock::now();
+}
+
+// A printer makes progress if it takes bytes or answers what stands between them: a slow one is
+// not stalled.
+void PrinterSession::noteProgress(bool hasProgressed) {
   PrinterCondition condition = condition_;
-  condition.stalled = stalled;
-  if (const auto cause = questions_->takeCause()) {
-    condition.status = withCause(condition.status.value_or(PrinterStatus()), *cause);
-  }
+  const auto cause = questions_->takeCause();
+  if (cause) condition.status = withCause(condition.status.value_or(PrinterStatus()), *cause);
+  if (hasProgressed || cause) lastProgress_ = Clock::now();
+  condition.stalled = Clock::now() - lastProgress_ >= times_.stalled;
   setCondition(condition);
+}
+
+// Bytes without a job wait for a limited time.
+bool PrinterSession::hasWaitedEnough() const {
+  return !hasJob_ && Clock::now() - lastProgress_ >= times_.unattended;
 }
 
 // Waits before another try. False if the job is cancelled meanwhile.
@@ -170,16 +184,16 @@ bool PrinterSession::write(std::span<const std::uint8_t> bytes) {
 }
 
 bool PrinterSession::writeAll(std::span<const std::uint8_t> bytes) {
+  watch();
   while (!bytes.empty()) {
     if (cancel_.isCancelled()) return writeAfterCancel(bytes);
+    const std::size_t before = link_.unacknowledged();
     std::size_t taken = 0;
-    const milliseconds limit = hasJob_ ? times_.stalled : times_.unattended;
-    const LinkResult result = link_.write(bytes, {limit, cancel_}, taken);
+    const LinkResult result = link_.write(bytes, {times_.retry, cancel_}, taken);
     bytes = bytes.subspan(taken);
     if (result == LinkResult::kClosed) return fail(link_.error());
-    const bool isStalled = result == LinkResult::kTimedOut && taken == 0;
-    if (isStalled && !hasJob_) return fail("the printer takes no bytes");
-    noteProgress(isStalled || (taken == 0 && condition_.stalled));
+    noteProgress(taken > 0 || link_.unacknowledged() < before);
+    if (hasWaitedEnough()) return fail(kTakesNothing);
   }
   return true;
 }
@@ -203,14 +217,15 @@ void PrinterSession::betweenCommands() {
 }
 
 bool PrinterSession::drain() {
+  watch();
   for (std::size_t before = link_.unacknowledged();;) {
-    const LinkResult result = link_.drain({times_.stalled, cancel_});
+    const LinkResult result = link_.drain({times_.retry, cancel_});
     if (result == LinkResult::kCancelled) return drainAfterCancel();
     if (result == LinkResult::kClosed) return fail(link_.error());
     const std::size_t left = link_.unacknowledged();
-    noteProgress(result == LinkResult::kTimedOut && left == before);
+    noteProgress(result == LinkResult::kDone || left < before);
     if (result == LinkResult::kDone) return true;
-    if (!hasJob_ && left == before) return fail("the printer takes no bytes");
+    if (hasWaitedEnough()) return fail(kTakesNothing);
     before = left;
   }
 }
@@ -228,18 +243,19 @@ bool PrinterSession::drainAfterCancel() {
 bool PrinterSession::waitUntilPrinted() {
   if (!asksStatus_ || turn_->traits().printed != Answers::kYes) return true;
   LinkResult result = questions_->requestPrinted({times_.stalled, cancel_});
+  watch();
   auto readySince = Clock::now();
   while (result != LinkResult::kClosed && !cancel_.isCancelled()) {
     result = questions_->waitForPrinted({times_.retry, cancel_});
     if (result == LinkResult::kDone) {
-      setStalled(false);
+      noteProgress(true);
       return true;
     }
     if (result != LinkResult::kTimedOut) continue;
     const auto status = questions_->askStatus(cancel_);
     setStatus(status);
     // It has answered before: what it has taken waits in front of the question.
-    setStalled(!status);
+    noteProgress(status.has_value());
     if (!status || !status->isReady()) readySince = Clock::now();
     if (Clock::now() - readySince < times_.unprinted) continue;
     // It has had the time to print everything it can hold.

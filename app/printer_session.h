@@ -97,7 +97,9 @@ class PrinterSession {
   bool drainAfterCancel();
   bool waitUntilPrinted();
   bool pause();
-  void noteProgress(bool stalled);
+  void watch();
+  void noteProgress(bool hasProgressed);
+  bool hasWaitedEnough() const;
   void setStalled(bool stalled);
   void setStatus(const std::optional<PrinterStatus>& status);
   void setCondition(const PrinterCondition& condition);
@@ -115,6 +117,7 @@ class PrinterSession {
   std::optional<PrinterQuestions> questions_;
   std::optional<BandRequests> bandRequests_;
   PrinterCondition condition_;
+  std::chrono::steady_clock::time_point lastProgress_;
   std::string fault_;
 };
 

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <thread>
 
@@ -17,12 +18,17 @@ class PrintingClient {
  public:
   PrintingClient(RunningApp& app, const std::string& document,
                  const std::string& format = "image/pwg-raster")
-      : thread_([this, &app, document, format] { outcome_ = app.print(document, format); }) {}
+      : thread_([this, &app, document, format] {
+          outcome_ = app.print(document, format);
+          ended_ = true;
+        }) {}
   PrintingClient(const PrintingClient&) = delete;
   PrintingClient& operator=(const PrintingClient&) = delete;
   ~PrintingClient() {
     if (thread_.joinable()) thread_.join();
   }
+
+  bool hasEnded() const { return ended_; }
 
   /// Waits for the end of the job.
   JobOutcome outcome() {
@@ -32,6 +38,7 @@ class PrintingClient {
 
  private:
   JobOutcome outcome_;
+  std::atomic<bool> ended_ = false;
   std::thread thread_;
 };
 

@@ -7,7 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "app/status_page.h"
@@ -108,9 +111,51 @@ TEST_P(SlowOrQuietPrinter, GetsTheWholeJobOnce) {
 INSTANTIATE_TEST_SUITE_P(
     Ways, SlowOrQuietPrinter,
     testing::Values(Way{"Good", {}, kShortRows, "none"},
-                    Way{"At9600Baud", {"baud 9600"}, 30, "none"},
                     Way{"SlowToAccept", {"accept-delay 1500"}, 30, "none"},
                     Way{"NearItsEnd", {"paper near-end"}, kShortRows, "media-low"}),
+    [](const auto& shown) { return shown.param.name; });
+
+/// The reasons and messages that a client sees while a job prints, each once.
+std::set<std::string> seenWhilePrinting(RunningApp& app, PrintingClient& client) {
+  std::set<std::string> seen;
+  while (!client.hasEnded()) {
+    seen.insert(app.printerReasons());
+    const std::string message = app.stateOf(1).message;
+    if (message.starts_with("Waiting: ")) seen.insert(message);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return seen;
+}
+
+struct Serial {
+  const char* name;
+  std::vector<std::string> faults;
+  unsigned rows;
+};
+
+class SerialPrinter : public testing::TestWithParam<Serial> {};
+
+// 5 kB at 960 bytes a second, or 73 kB, more than all buffers hold, at 11,520.
+TEST_P(SerialPrinter, IsSlowAndNotTakenForOneThatStopped) {
+  RunningPrinter printer(GetParam().faults);
+  RunningApp app({.device = uriOf(printer)});
+  const auto start = std::chrono::steady_clock::now();
+  PrintingClient client(app, page(GetParam().rows));
+  EXPECT_THAT(seenWhilePrinting(app, client), testing::ElementsAre("none"));
+  EXPECT_EQ(client.outcome().state, IPP_JSTATE_COMPLETED) << client.outcome().message;
+  EXPECT_TRUE(printer.waitForJobs(1));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+  EXPECT_THAT(printedBytes(printer), SameBytes(filterBytesOf(app.pages(), {})));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    At9600Baud, SerialPrinter,
+    testing::Values(
+        Serial{"ThatAnswers", {"baud 9600"}, 64},
+        Serial{"WithASmallBuffer", {"baud 9600", "buffer 4"}, 64},
+        Serial{"ThatNeverAnswers", {"baud 9600", "answers off"}, 64},
+        Serial{"ThatNeverAnswersWithASmallBuffer", {"baud 9600", "buffer 4", "answers off"}, 64},
+        Serial{"ThatFillsAllBuffers", {"baud 115200", "buffer 4"}, 1000}),
     [](const auto& shown) { return shown.param.name; });
 
 struct Loss {
@@ -129,7 +174,10 @@ TEST_P(LostConnection, AbortsTheJobAndPrintsTheNextOneWhole) {
   const JobOutcome lost = app.print(page(kLongRows), kPwg);
   EXPECT_EQ(lost.state, IPP_JSTATE_ABORTED);
   EXPECT_THAT(lost.message, StartsWith("printer: "));
-  if (loss.recovery != nullptr) printer.tell(loss.recovery);
+  if (loss.recovery != nullptr) {
+    EXPECT_EQ(app.waitForReasons("offline"), "offline");
+    EXPECT_EQ(printer.tell(loss.recovery), "ok");
+  }
   const JobOutcome next = app.print(page(kShortRows), kPwg);
   EXPECT_EQ(next.state, IPP_JSTATE_COMPLETED) << next.message;
   EXPECT_EQ(app.waitForReasons("none"), "none");
