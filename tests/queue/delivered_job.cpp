@@ -34,17 +34,6 @@ FilterRun readRun(const std::string& work, const std::string& folder) {
           textOfFile(folder + "/options"), job_files::bytesOfFile(folder + "/direct.prn")};
 }
 
-ipp_jstate_t stateOf(int job) {
-  cups_job_t* jobs = nullptr;
-  const int count = cupsGetJobs2(CUPS_HTTP_DEFAULT, &jobs, nullptr, 0, CUPS_WHICHJOBS_ALL);
-  ipp_jstate_t state = IPP_JSTATE_PENDING;
-  for (int i = 0; i < count; ++i) {
-    if (jobs[i].id == job) state = jobs[i].state;
-  }
-  cupsFreeJobs(count, jobs);
-  return state;
-}
-
 }  // namespace
 
 int TestBench::submit(const std::string& queue, const std::string& options,
@@ -53,6 +42,17 @@ int TestBench::submit(const std::string& queue, const std::string& options,
                                       " " + options + " -- " + files);
   const auto dash = answer.find(queue + "-");
   return dash == std::string::npos ? 0 : std::atoi(answer.c_str() + dash + queue.size() + 1);
+}
+
+ipp_jstate_t TestBench::stateOf(int job) const {
+  cups_job_t* jobs = nullptr;
+  const int count = cupsGetJobs2(CUPS_HTTP_DEFAULT, &jobs, nullptr, 0, CUPS_WHICHJOBS_ALL);
+  ipp_jstate_t state = IPP_JSTATE_PENDING;
+  for (int i = 0; i < count; ++i) {
+    if (jobs[i].id == job) state = jobs[i].state;
+  }
+  cupsFreeJobs(count, jobs);
+  return state;
 }
 
 ipp_jstate_t TestBench::waitForEnd(int job) const {

@@ -41,6 +41,9 @@ struct TestBench {
   /// @return the job number; 0 if lp fails.
   int submit(const std::string& queue, const std::string& options, const std::string& files) const;
 
+  /// The state of a job now; pending if there is none of that number.
+  ipp_jstate_t stateOf(int job) const;
+
   /// Waits for the end of a job, at most 30 seconds.
   ipp_jstate_t waitForEnd(int job) const;
 

@@ -70,6 +70,7 @@ prepare_documents() {
   page 595 842 "$work/documents/a4.pdf"
   page 500 200 "$work/documents/wide.pdf"
   page 200 14000 "$work/documents/endless.pdf"
+  page 200 60 "$work/documents/short.pdf"
 }
 
 # page WIDTH LENGTH FILE: a PDF page in points with a frame and a diagonal.
