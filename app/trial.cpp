@@ -58,8 +58,7 @@ class SoftwarePrinter {
     thread_.join();
   }
 
-  // It would print a request for its status.
-  std::string uri() const { return "socket://" + server_->name() + "/?status=off"; }
+  std::string uri() const { return "socket://" + server_->name(); }
 
  private:
   preview::Options options_;

@@ -25,6 +25,9 @@ constexpr auto kLateWakeUp = std::chrono::milliseconds(50);
 // More dots than fit any line: these need not wait for their feed.
 constexpr std::size_t kMaxLineBytes = std::size_t{256} << 10;
 
+// Bytes between two looks at what the mechanism can print.
+constexpr std::size_t kReceivedAtOnce = 256;
+
 // Of a command that is longer than the whole buffer, so much is taken at a time.
 constexpr std::size_t kPieceOfLongCommand = 4096;
 
@@ -109,11 +112,18 @@ std::size_t SoftwarePrinter::room(Time now) {
   return allowance_ < quantum() ? 0 : std::min(room, static_cast<std::size_t>(allowance_));
 }
 
+// A real mechanism runs while bytes come in: a request is answered after what has been printed by
+// then, even if it came in the same packet.
 void SoftwarePrinter::take(std::span<const std::uint8_t> bytes, Time now) {
-  receivedBytes_ += bytes.size();
-  if (baud_ != 0) allowance_ -= static_cast<double>(bytes.size());
-  splitter_.feed(bytes);
-  advance(now);
+  const auto job = receiving_;
+  while (!bytes.empty() && receiving_ == job) {
+    const auto piece = bytes.first(std::min(bytes.size(), kReceivedAtOnce));
+    bytes = bytes.subspan(piece.size());
+    receivedBytes_ += piece.size();
+    if (baud_ != 0) allowance_ -= static_cast<double>(piece.size());
+    splitter_.feed(piece);
+    advance(now);
+  }
   while (fireBytes()) {
   }
   advance(now);

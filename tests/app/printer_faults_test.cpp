@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/app/printed_commands.h"
 #include "tests/app/running_app.h"
 #include "tests/preview/running_printer.h"
 #include "tests/support/raster_stream.h"
@@ -33,15 +34,11 @@ std::string deviceOf(const RunningPrinter& printer) {
   return "socket://" + printer.address();
 }
 
-// The bytes of a job without the requests around it to be told when everything is printed.
-Bytes withoutRequests(const Bytes& printed) {
-  const Bytes request = {0x1D, 0x72, 0x01};
-  auto from = printed.begin();
-  auto to = printed.end();
-  const auto isRequest = [&](auto at) { return std::equal(request.begin(), request.end(), at); };
-  if (to - from >= 3 && isRequest(from)) from += 3;
-  if (to - from >= 3 && isRequest(to - 3)) to -= 3;
-  return {from, to};
+// The bytes of a job without the questions around it.
+Bytes commandsOf(const RunningPrinter& printer, unsigned job) {
+  const Bytes printed = printer.printed(job);
+  const std::string bytes = withoutQuestions({printed.begin(), printed.end()});
+  return {bytes.begin(), bytes.end()};
 }
 
 // What a printer without faults prints of the document.
@@ -85,7 +82,7 @@ TEST_P(FaultsThatPass, LoseAndDoubleNothingAndAreTold) {
   EXPECT_EQ(outcome.state, IPP_JSTATE_COMPLETED) << outcome.message;
   EXPECT_EQ(app.waitForReasons("none"), "none");
   EXPECT_TRUE(printer.waitForJobs(1));
-  EXPECT_THAT(withoutRequests(printer.printed(1)), testing::ContainerEq(wholeJob()));
+  EXPECT_THAT(commandsOf(printer, 1), testing::ContainerEq(wholeJob()));
 }
 
 // With a buffer of 4 KiB the question for the cause waits behind the job's bytes.
@@ -137,7 +134,7 @@ TEST(PrinterFaults, LittlePaperIsToldAndPrinted) {
   EXPECT_EQ(app.print(document(), kPwg).state, IPP_JSTATE_COMPLETED);
   EXPECT_EQ(app.waitForReasons("media-low"), "media-low");
   EXPECT_TRUE(printer.waitForJobs(1));
-  EXPECT_THAT(withoutRequests(printer.printed(1)), testing::ContainerEq(wholeJob()));
+  EXPECT_THAT(commandsOf(printer, 1), testing::ContainerEq(wholeJob()));
 }
 
 TEST(PrinterFaults, APrinterThatNeverAnswersPrints) {
@@ -168,7 +165,7 @@ TEST(PrinterFaults, AJobThatLostItsPowerIsNotPrintedAgain) {
   EXPECT_EQ(app.print(document(), kPwg).state, IPP_JSTATE_COMPLETED) << app.log();
   EXPECT_TRUE(printer.waitForJobs(2));
   EXPECT_LT(printer.printed(1).size(), wholeJob().size());
-  EXPECT_THAT(withoutRequests(printer.printed(2)), testing::ContainerEq(wholeJob()));
+  EXPECT_THAT(commandsOf(printer, 2), testing::ContainerEq(wholeJob()));
 }
 
 }  // namespace

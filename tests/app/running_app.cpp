@@ -12,6 +12,8 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/app/printed_commands.h"
+
 namespace wren_test {
 namespace {
 
@@ -257,10 +259,11 @@ std::string RunningApp::waitForReasons(const std::string& reasons) {
 }
 
 std::vector<std::string> RunningApp::papers(const std::string& printer) const {
-  std::vector<std::string> bytes;
-  for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn"))
-    bytes.push_back(readFile(file));
-  return bytes;
+  std::vector<std::string> papers;
+  for (const fs::path& file : sortedFiles(paperFolder(printer), ".prn")) {
+    papers.push_back(withoutQuestions(readFile(file)));
+  }
+  return papers;
 }
 
 // The picture of a paper is made when its connection has ended.

@@ -110,7 +110,8 @@ class RunningApp {
   /// Waits until the printer has these reasons, at most 30 seconds. @return those at the end.
   std::string waitForReasons(const std::string& reasons);
 
-  /// The printer bytes of each connection to the software printer so far, in order.
+  /// The printer bytes of each connection to the software printer so far, in order; without the
+  /// questions about its status that are not part of the job.
   std::vector<std::string> papers(const std::string& printer = kFirstPrinter) const;
 
   /// Waits until there are `count` papers, at most 20 seconds.
