@@ -7,10 +7,16 @@
 #ifndef __APPLE__
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pappl/pappl.h>
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <mutex>
+
+#include "app/job_lists.h"
+#include "common/handles.h"
 
 // PAPPL looks for network printers without asking whether avahi is there, and the function ends
 // the process: `devices`, and everyone who opened the web page for a new printer.
@@ -31,7 +37,32 @@ void passId(pappl_printer_t* printer, void* next) {
   number = std::max(number, papplPrinterGetID(printer) + 1);
 }
 
+struct DeleteIpp {
+  void operator()(ipp_t* attributes) const { ippDelete(attributes); }
+};
+
+bool holdsAttributes(int file) {
+  const std::unique_ptr<ipp_t, DeleteIpp> attributes(ippNew());
+  return ippReadFile(file, attributes.get()) == IPP_STATE_DATA;
+}
+
 }  // namespace
+
+// With each save of the state the attributes of each waiting job are written again, in place: who
+// is killed then loses them, and the job prints with the defaults of its printer. They never
+// change, so they are written once.
+extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSize,
+                                const char* directory, const char* extension, const char* mode) {
+  using Open = int (*)(pappl_job_t*, char*, std::size_t, const char*, const char*, const char*);
+  static const auto kOriginal = reinterpret_cast<Open>(dlsym(RTLD_NEXT, __func__));
+  if (kOriginal == nullptr) return -1;
+  const bool areAttributes = extension != nullptr && std::strcmp(extension, "ipp") == 0;
+  if (areAttributes && std::strcmp(mode, "w") == 0) {
+    const wren::FileDescriptor written(kOriginal(job, name, nameSize, directory, extension, "r"));
+    if (written && holdsAttributes(written.get())) return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  }
+  return kOriginal(job, name, nameSize, directory, extension, mode);
+}
 
 // A printer that is to choose its number tells clients 0 until the next start, so that `default`
 // and `delete` cannot name it.
@@ -43,12 +74,14 @@ extern "C" pappl_printer_t* papplPrinterCreate(pappl_system_t* system, int id, c
   static const auto kOriginal = reinterpret_cast<Create>(dlsym(RTLD_NEXT, __func__));
   static std::mutex choosing;
   if (kOriginal == nullptr) return nullptr;
-  if (id != 0) return kOriginal(system, id, name, driver, deviceId, deviceUri);
+  const wren::app::ListsOfNewPrinter lists;
   const std::lock_guard lock(choosing);
   // PAPPL does not count on from a number that it is given.
-  int next = papplSystemGetNextPrinterID(system);
-  papplSystemIteratePrinters(system, passId, &next);
-  return kOriginal(system, next, name, driver, deviceId, deviceUri);
+  int next = id == 0 ? papplSystemGetNextPrinterID(system) : id;
+  if (id == 0) papplSystemIteratePrinters(system, passId, &next);
+  pappl_printer_t* printer = kOriginal(system, next, name, driver, deviceId, deviceUri);
+  lists.belongTo(printer);
+  return printer;
 }
 
 #endif

@@ -6,8 +6,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +18,7 @@
 #include <set>
 #include <vector>
 
+#include "app/job_order.h"
 #include "app/saved_state.h"
 #include "common/handles.h"
 #include "common/private_file.h"
@@ -33,6 +37,31 @@ constexpr std::chrono::milliseconds kLookAgain(100);
 
 // The one that runs, for papplSystemDelete.
 std::atomic<StateKeeper*> running = nullptr;
+
+// Set by a signal: the process is to end.
+std::atomic<bool> isEnding = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+void (*endBefore)(int) = SIG_DFL;
+
+void noteEnd(int signal) {
+  isEnding = true;
+  endBefore(signal);
+}
+
+// PAPPL sets its handlers when the system starts to run.
+void watchForTheEnd() {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    struct sigaction action = {};
+    if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_DFL ||
+        action.sa_handler == SIG_IGN || action.sa_handler == noteEnd) {
+      continue;
+    }
+    endBefore = action.sa_handler;
+    action.sa_handler = noteEnd;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
 
 std::string readWhole(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -86,6 +115,24 @@ void addJob(pappl_job_t* job, void* text) {
 
 void addId(pappl_printer_t* printer, void* ids) {
   static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
+}
+
+struct Search {
+  const std::vector<JobKey>& begun;
+  bool isFound = false;
+};
+
+// A job that comes in page by page cannot be printed by the next process.
+void findPrinting(pappl_job_t* job, void* search) {
+  auto& printing = *static_cast<Search*>(search);
+  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+  const bool isBegun = std::binary_search(printing.begun.begin(), printing.begun.end(), key);
+  printing.isFound |= papplJobGetState(job) == IPP_JSTATE_PROCESSING &&
+                      (isBegun || papplJobGetFilename(job) == nullptr);
+}
+
+void findPrintingAt(pappl_printer_t* printer, void* search) {
+  papplPrinterIterateActiveJobs(printer, findPrinting, search, 1, 0);
 }
 
 }  // namespace
@@ -171,6 +218,15 @@ bool StateKeeper::save() {
   return true;
 }
 
+// PAPPL would wait a minute for jobs that wait themselves, for a printer that is off: the next
+// process prints them.
+void StateKeeper::endIfNothingPrints() {
+  const std::vector<JobKey> begun = begun_.all();
+  Search printing = {begun};
+  papplSystemIteratePrinters(system_, findPrintingAt, &printing);
+  if (!printing.isFound && save()) std::_Exit(EXIT_SUCCESS);
+}
+
 // PAPPL starts no job that it has loaded before another one comes.
 void StateKeeper::resumeWaiting() {
   if (waiting_.empty() || !papplSystemIsRunning(system_)) return;
@@ -202,8 +258,11 @@ void StateKeeper::watch() {
     const unsigned long seen = changes_;
     const bool isSaved = seen == savedChanges_;
     lock.unlock();
+    if (papplSystemIsRunning(system_)) watchForTheEnd();
     resumeWaiting();
+    papplSystemCleanJobs(system_);
     std::string jobs = activeJobs();
+    if (isEnding && !jobs.empty()) endIfNothingPrints();
     const bool isKept = (isSaved && jobs == known) || save();
     const bool isIdle = isKept && waiting_.empty() && jobs.empty();
     known = std::move(jobs);
@@ -215,6 +274,10 @@ void StateKeeper::watch() {
       wake_.wait_for(lock, kLookAgain, isNew);
     }
   }
+}
+
+bool StateKeeper::mayBegin() {
+  return !isEnding;
 }
 
 void StateKeeper::noteChange() {
@@ -236,6 +299,7 @@ bool StateKeeper::onSave(pappl_system_t* /*system*/, void* keeper) {
 extern "C" void papplSystemDelete(pappl_system_t* system) {
   wren::app::StateKeeper* const keeper = wren::app::running;
   if (keeper != nullptr) keeper->stop();
+  wren::app::endJobOrder();
   using Delete = void (*)(pappl_system_t*);
   static const auto kOriginal = reinterpret_cast<Delete>(dlsym(RTLD_NEXT, "papplSystemDelete"));
   if (kOriginal != nullptr) kOriginal(system);

@@ -41,6 +41,9 @@ class StateKeeper {
   /// @return false if that cannot be noted.
   bool begin(const JobKey& job);
 
+  /// Whether a waiting job may still start: not after SIGTERM.
+  static bool mayBegin();
+
   /// @return false if the state cannot be written; the file is then as it was.
   bool save();
 
@@ -48,6 +51,7 @@ class StateKeeper {
   void load();
   void watch();
   void resumeWaiting();
+  void endIfNothingPrints();
   std::string activeJobs() const;
   static bool onSave(pappl_system_t* system, void* keeper);
 

@@ -18,6 +18,7 @@
 #include "common/handles.h"
 #include "tests/app/filter_of_pages.h"
 #include "tests/app/running_app.h"
+#include "tests/app/scripted_printer.h"
 #include "tests/app/slow_printer.h"
 #include "tests/support/printer_bytes.h"
 #include "tests/support/raster_stream.h"
@@ -179,6 +180,26 @@ TEST(InterruptedJob, CancelledWhileALongPagePrintsEndsWithFeedAndCutAndNoDrawer)
   constexpr std::size_t kWholePage = std::size_t{576} / 8 * 23976;
   EXPECT_LT(received[0].size(), kWholePage);
   EXPECT_THAT(hexOf(received[0]), testing::EndsWith(kFeedAndCut));
+}
+
+// Nothing of it was read: PAPPL reads raster while it prints.
+TEST(InterruptedJob, ResetWhileItWaitsForAnotherIsCancelledInWords) {
+  SlowPrinter printer;
+  RunningApp app({.device = printer.uri()});
+  app.submit("first\n", "text/plain");
+  const std::string body = printJobRequest(app.printerUri()) + pwg({noisePage(576, 80, 1)});
+  SlowClient client(app, body.size());
+  client.send(body);
+  EXPECT_TRUE(wren::app::eventually(
+      [&] { return app.stateOf(2).message == "Waiting: jobs before this one."; }));
+  client.reset();
+  EXPECT_EQ(app.waitFor(2).state, IPP_JSTATE_CANCELED);
+  EXPECT_TRUE(wren::app::eventually(
+      [&] { return app.stateOf(2).message == "Its client went away; nothing was printed."; }));
+  printer.comeBack();
+  EXPECT_EQ(app.waitFor(1).state, IPP_JSTATE_COMPLETED);
+  ASSERT_EQ(printer.received().size(), 1U);
+  EXPECT_EQ(printedPages(printer.received()[0]).size(), 1U);
 }
 
 constexpr int kGzipWindow = 15 + 16;
