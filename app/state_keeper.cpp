@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -18,6 +17,7 @@
 #include <set>
 #include <vector>
 
+#include "app/end_signal.h"
 #include "app/job_order.h"
 #include "app/saved_state.h"
 #include "common/handles.h"
@@ -37,31 +37,6 @@ constexpr std::chrono::milliseconds kLookAgain(100);
 
 // The one that runs, for papplSystemDelete.
 std::atomic<StateKeeper*> running = nullptr;
-
-// Set by a signal: the process is to end.
-std::atomic<bool> isEnding = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
-
-void (*endBefore)(int) = SIG_DFL;
-
-void noteEnd(int signal) {
-  isEnding = true;
-  endBefore(signal);
-}
-
-// PAPPL sets its handlers when the system starts to run.
-void watchForTheEnd() {
-  for (const int signal : {SIGTERM, SIGINT}) {
-    struct sigaction action = {};
-    if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_DFL ||
-        action.sa_handler == SIG_IGN || action.sa_handler == noteEnd) {
-      continue;
-    }
-    endBefore = action.sa_handler;
-    action.sa_handler = noteEnd;
-    ::sigaction(signal, &action, nullptr);
-  }
-}
 
 std::string readWhole(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -258,11 +233,11 @@ void StateKeeper::watch() {
     const unsigned long seen = changes_;
     const bool isSaved = seen == savedChanges_;
     lock.unlock();
-    if (papplSystemIsRunning(system_)) watchForTheEnd();
+    if (papplSystemIsRunning(system_)) watchForEndSignals();
     resumeWaiting();
     papplSystemCleanJobs(system_);
     std::string jobs = activeJobs();
-    if (isEnding && !jobs.empty()) endIfNothingPrints();
+    if (hasEndSignal() && !jobs.empty()) endIfNothingPrints();
     const bool isKept = (isSaved && jobs == known) || save();
     const bool isIdle = isKept && waiting_.empty() && jobs.empty();
     known = std::move(jobs);
@@ -274,10 +249,6 @@ void StateKeeper::watch() {
       wake_.wait_for(lock, kLookAgain, isNew);
     }
   }
-}
-
-bool StateKeeper::mayBegin() {
-  return !isEnding;
 }
 
 void StateKeeper::noteChange() {

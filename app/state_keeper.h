@@ -41,9 +41,6 @@ class StateKeeper {
   /// @return false if that cannot be noted.
   bool begin(const JobKey& job);
 
-  /// Whether a waiting job may still start: not after SIGTERM.
-  static bool mayBegin();
-
   /// @return false if the state cannot be written; the file is then as it was.
   bool save();
 
