@@ -124,7 +124,7 @@ class CommandJob {
       if (fault != nullptr) addError(fault);
       std::fflush(stream.get());
     }
-    const bool isTaken = endDeviceJob(device_) && std::ferror(stream.get()) == 0;
+    const bool isTaken = endDeviceJob(device_, job_) && std::ferror(stream.get()) == 0;
     if (const std::string fault = deviceFault(device_); !fault.empty()) {
       refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "printer: " + fault);
     } else if (!errors_.empty()) {

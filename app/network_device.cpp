@@ -101,6 +101,11 @@ void showReasons(pappl_printer_t* printer, pappl_preason_t reasons) {
   papplPrinterSetReasons(printer, reasons, kShownReasons & ~reasons);
 }
 
+// What PAPPL knows of a device that is not ours: a USB printer reports the state of its port.
+void showDeviceStatus(pappl_device_t* device, pappl_job_t* job) {
+  showReasons(papplJobGetPrinter(job), papplDeviceGetStatus(device) & kShownReasons);
+}
+
 // What the job waits for; empty if it does not wait.
 std::string waitingFor(const PrinterCondition& condition) {
   if (condition.away) return "the printer cannot be reached";
@@ -210,7 +215,7 @@ bool addDeviceSchemes(bool withFiles) {
 void attachJob(pappl_device_t* device, pappl_job_t* job) {
   NetworkDevice* opened = networkDevices().find(device);
   if (opened == nullptr) {
-    showReasons(papplJobGetPrinter(job), papplDeviceGetStatus(device) & kShownReasons);
+    showDeviceStatus(device, job);
     return;
   }
   opened->session.attach({isOver, job}, [opened, job](const PrinterCondition& condition) {
@@ -233,10 +238,12 @@ void betweenPages(pappl_device_t* device) {
   });
 }
 
-bool endDeviceJob(pappl_device_t* device) {
+bool endDeviceJob(pappl_device_t* device, pappl_job_t* job) {
   papplDeviceFlush(device);
   NetworkDevice* opened = networkDevices().find(device);
-  return opened == nullptr || guarded(device, false, [&] { return opened->session.end(); });
+  if (opened != nullptr) return guarded(device, false, [&] { return opened->session.end(); });
+  showDeviceStatus(device, job);
+  return true;
 }
 
 std::string deviceFault(pappl_device_t* device) {

@@ -36,9 +36,9 @@ bool beginDeviceJob(pappl_device_t* device);
 void betweenPages(pappl_device_t* device);
 
 /// Sends what is buffered and waits until the printer has it and, where it can say so, has
-/// printed it.
+/// printed it. Shows how the printer then is.
 /// @return false if the printer did not take everything or the job was cancelled meanwhile.
-bool endDeviceJob(pappl_device_t* device);
+bool endDeviceJob(pappl_device_t* device, pappl_job_t* job);
 
 /// Why one of the above, or a write, failed; empty if nothing did or the job was cancelled. Tells
 /// more than papplJobIsCanceled, which is true of a job that PAPPL aborts because of the failure.

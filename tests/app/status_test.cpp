@@ -4,6 +4,7 @@
 // Faults that lose a connection, slow printers and errors: what is printed is what the filter
 // makes of the same pages, and the reason shows while it lasts. And how a printer is, in words.
 
+#include <cups/cups.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -19,6 +20,7 @@
 #include "tests/app/printing_client.h"
 #include "tests/app/running_app.h"
 #include "tests/app/running_server.h"
+#include "tests/app/scripted_printer.h"
 #include "tests/support/raster_stream.h"
 #include "tests/support/same_bytes.h"
 
@@ -78,6 +80,18 @@ INSTANTIATE_TEST_SUITE_P(Faults, WaitingForPrinter,
                                               "other",
                                               "Waiting: cutter error.",
                                               "error none"},
+                                         Wait{"NoPaperInALongPage",
+                                              {"paper out after 60 mm"},
+                                              kLongRows,
+                                              "media-empty",
+                                              "Waiting: out of paper.",
+                                              "paper ok"},
+                                         Wait{"CoverInALongPageBeforeASmallBuffer",
+                                              {"buffer 4", "cover open after 60 mm"},
+                                              kLongRows,
+                                              "cover-open",
+                                              "Waiting: cover open.",
+                                              "cover closed"},
                                          Wait{"OtherError",
                                               {"error unrecoverable"},
                                               kShortRows,
@@ -222,6 +236,24 @@ TEST(StatusText, SaysHowThePrinterIsAndWhetherTheDrawerIsOpen) {
   EXPECT_EQ(conditionText({false, false, noPaper}, "high"), "out of paper; drawer closed");
 }
 
+std::string webPage(const RunningServer& server, const std::string& path) {
+  http_t* http = httpConnect2("localhost", server.port(), nullptr, AF_UNSPEC,
+                              HTTP_ENCRYPTION_IF_REQUESTED, 1, 10000, nullptr);
+  std::string page;
+  if (http == nullptr) return page;
+  // Sets the name of the host.
+  httpClearFields(http);
+  if (httpGet(http, path.c_str()) != 0) return page;
+  while (httpUpdate(http) == HTTP_STATUS_CONTINUE) {
+  }
+  char part[4096];
+  for (ssize_t count = 0; (count = httpRead2(http, part, sizeof part)) > 0;) {
+    page.append(part, static_cast<std::size_t>(count));
+  }
+  httpClose(http);
+  return page;
+}
+
 TEST(StatusCommand, TellsTheConditionOfEachPrinter) {
   RunningPrinter till({"drawer high"});
   RunningPrinter bar({"cover open"});
@@ -235,8 +267,27 @@ TEST(StatusCommand, TellsTheConditionOfEachPrinter) {
   const std::string one = server.ask({"status", "-d", "till"});
   EXPECT_THAT(one, HasSubstr("till: ready; drawer open\n"));
   EXPECT_THAT(one, testing::Not(HasSubstr("bar:")));
+  EXPECT_THAT(webPage(server, "/till/status"),
+              HasSubstr("<p>The printer: ready; drawer open.</p>"));
   server.ask({"delete", "-d", "bar"});
   EXPECT_THAT(server.ask({"status"}), testing::Not(HasSubstr("bar:")));
+}
+
+TEST(StatusCommand, TellsWhatAJobWaitsFor) {
+  RunningPrinter printer({"buffer 4", "paper out after 20 mm"});
+  RunningServer server;
+  server.ask({"add", "-d", "till", "-m", "wren80", "-v", uriOf(printer)});
+  const int job = server.submit("till", WREN_EXAMPLES "/receipt.pdf");
+  EXPECT_TRUE(printer.waitFor("\"paper\":\"out\""));
+  const auto says = [&](const std::string& text) {
+    return wren::app::eventually([&] {
+      return server.ask({"status"}).find("till: " + text + "; drawer") != std::string::npos;
+    });
+  };
+  EXPECT_TRUE(says("out of paper")) << server.ask({"status"});
+  EXPECT_EQ(printer.tell("paper ok"), "ok");
+  EXPECT_TRUE(server.waitForState("till", job, "completed"));
+  EXPECT_TRUE(says("ready")) << server.ask({"status"});
 }
 
 }  // namespace
