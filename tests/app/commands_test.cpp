@@ -40,15 +40,6 @@ std::string silent(const RunningPrinter& printer) {
   return "socket://" + printer.address() + "/?status=off";
 }
 
-ProcessResult runApp(const std::vector<std::string>& arguments) {
-  ProcessSpec spec;
-  spec.program = WREN_PRINTER_APP;
-  spec.arguments = {"wren-printer-app"};
-  spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
-  spec.environment = {"PATH=/usr/bin:/bin"};
-  return runProcess(spec);
-}
-
 // @param action empty: the printer's choice.
 void identify(const RunningApp& app, const std::string& action) {
   Ipp request(ippNewRequest(IPP_OP_IDENTIFY_PRINTER));

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "tests/app/running_app.h"
-#include "tests/support/process.h"
 #include "tests/support/raster_stream.h"
 #include "tests/support/temporary_folder.h"
 
@@ -43,15 +42,6 @@ void expectPapers(const RunningApp& app, const testing::Matcher<const Papers&>& 
 
 std::string commands(const std::string& lines) {
   return "#CUPS-COMMAND\n" + lines + "\n";
-}
-
-ProcessResult runApp(const std::vector<std::string>& arguments) {
-  ProcessSpec spec;
-  spec.program = WREN_PRINTER_APP;
-  spec.arguments = {"wren-printer-app"};
-  spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
-  spec.environment = {"PATH=/usr/bin:/bin"};
-  return runProcess(spec);
 }
 
 struct Document {

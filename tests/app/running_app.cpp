@@ -108,6 +108,15 @@ std::vector<fs::path> sortedFiles(const fs::path& folder, const std::string& ext
 
 }  // namespace
 
+ProcessResult runApp(const std::vector<std::string>& arguments) {
+  ProcessSpec spec;
+  spec.program = WREN_PRINTER_APP;
+  spec.arguments = {"wren-printer-app"};
+  spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
+  spec.environment = {"PATH=/usr/bin:/bin"};
+  return runProcess(spec);
+}
+
 RunningApp::RunningApp(const AppSetup& setup) : setup_(setup) {
   if (!setup.state.empty()) std::ofstream(folder() / "state") << setup.state;
   start();

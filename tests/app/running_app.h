@@ -55,6 +55,9 @@ struct AppSetup {
   std::string state = {};                 ///< what an earlier run has saved; empty: nothing
 };
 
+/// Runs `wren-printer-app` to its end.
+ProcessResult runApp(const std::vector<std::string>& arguments);
+
 class RunningApp {
  public:
   /// The others, if `--printers` asks for them, are `wren2`, `wren3`, ...
