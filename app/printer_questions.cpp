@@ -75,7 +75,8 @@ bool PrinterQuestions::settleDue(const Patience& patience) {
 std::optional<PrinterStatus> PrinterQuestions::askStatus(const CancelCheck& cancel) {
   if (traits_.status == Answers::kNever) return std::nullopt;
   readAnswers();
-  const auto deadline = Clock::now() + kLimit;
+  const auto limit = traits_.status == Answers::kUnknown ? kFirstLimit : kLimit;
+  const auto deadline = Clock::now() + limit;
   if (!settleDue({kLimit, cancel})) {
     if (const auto cause = takeCause())
       last_ = withCause(last_, *cause);
@@ -111,7 +112,7 @@ std::optional<std::uint8_t> PrinterQuestions::takeCause() {
 
 void PrinterQuestions::tryPrinted(const CancelCheck& cancel) {
   if (traits_.printed != Answers::kUnknown) return;
-  const Patience patience = {kLimit, cancel};
+  const Patience patience = {kFirstLimit, cancel};
   if (requestPrinted(patience) != LinkResult::kDone) return;
   const LinkResult result = waitForPrinted(patience);
   if (result == LinkResult::kDone) traits_.printed = Answers::kYes;

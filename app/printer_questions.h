@@ -34,6 +34,9 @@ class PrinterQuestions {
  public:
   /// The longest wait for the answers to one question.
   static constexpr std::chrono::milliseconds kLimit{300};
+  /// The same while it is not known whether the printer answers at all: a slow one that does would
+  /// not be asked again.
+  static constexpr std::chrono::milliseconds kFirstLimit{1'000};
 
   /// @param link, traits outlive this; not owned.
   PrinterQuestions(NetworkPrinter& link, PrinterTraits& traits) : link_(link), traits_(traits) {}
