@@ -64,7 +64,7 @@ class FaultyQueue {
 std::string waitForStatus(const std::string& wanted) {
   const auto end = Clock::now() + std::chrono::seconds(20);
   for (;;) {
-    const std::string status = outputOf(std::string("lpstat -p ") + kQueue);
+    std::string status = outputOf(std::string("lpstat -p ") + kQueue);
     if (status.find(wanted) != std::string::npos || Clock::now() > end) return status;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
@@ -77,10 +77,6 @@ struct Fault {
   const char* cure;
   const char* shown = "now printing";  ///< of the queue while it lasts
 };
-
-void PrintTo(const Fault& fault, std::ostream* out) {
-  *out << fault.name;
-}
 
 class QueueFaults : public testing::TestWithParam<Fault> {};
 
@@ -136,10 +132,6 @@ struct Loss {
   std::vector<std::string> commands;
   const char* recovery;
 };
-
-void PrintTo(const Loss& loss, std::ostream* out) {
-  *out << loss.name;
-}
 
 class QueueLosses : public testing::TestWithParam<Loss> {};
 
