@@ -51,14 +51,15 @@ wait_for() {
   done
 }
 
-# at MACHINE COMMAND...: runs it on one of the two machines, each with a network, a /run and a D-Bus
-# of its own.
-at() {
+# enter MACHINE COMMAND...: becomes a command on one of the two machines, each with a network, a /run
+# and a D-Bus of its own.
+enter() {
   local machine=$1
   shift
-  DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/$machine.bus \
+  exec env DBUS_SYSTEM_BUS_ADDRESS="unix:path=$work/$machine.bus" \
     nsenter --net="/proc/${keeper[$machine]}/ns/net" --mount="/proc/${keeper[$machine]}/ns/mnt" "$@"
 }
+at() { (enter "$@"); }
 
 declare -A keeper
 # shellcheck disable=SC2016
@@ -92,11 +93,11 @@ start_avahi() {
   </policy>
 </busconfig>
 CONF
-  at "$1" dbus-daemon --config-file="$work/$1.conf" --nofork --nopidfile >"$work/$1-bus.log" 2>&1 &
+  enter "$1" dbus-daemon --config-file="$work/$1.conf" --nofork --nopidfile >"$work/$1-bus.log" 2>&1 &
   started+=($!)
   wait_for "D-Bus" test -S "$work/$1.bus"
   printf '[server]\nhost-name=%s\nuse-ipv6=no\nallow-interfaces=to-%s\n' "$1" "$1" >"$work/$1-avahi.conf"
-  at "$1" avahi-daemon --no-drop-root --no-chroot --no-rlimits --file="$work/$1-avahi.conf" \
+  enter "$1" avahi-daemon --no-drop-root --no-chroot --no-rlimits --file="$work/$1-avahi.conf" \
     >"$work/$1-avahi.log" 2>&1 &
   started+=($!)
   wait_for "avahi" at "$1" avahi-browse -t _ipp._tcp
@@ -106,7 +107,7 @@ CONF
 start_printer() {
   mkdir "$work/state"
   echo 'Password 0123~0123' >"$work/state/state"
-  at till "$program" trial --listen '*' --directory "$work/state" >"$work/addresses" 2>"$work/program.log" &
+  enter till "$program" trial --listen '*' --directory "$work/state" >"$work/addresses" 2>"$work/program.log" &
   started+=($!)
   wait_for "printer" grep -q '^http:' "$work/addresses"
   port=$(sed -n 's|^http://localhost:\([0-9]*\)/$|\1|p' "$work/addresses")
