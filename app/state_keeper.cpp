@@ -252,10 +252,9 @@ void StateKeeper::watch() {
 }
 
 void StateKeeper::noteChange() {
-  {
-    const std::lock_guard lock(mutex_);
-    ++changes_;
-  }
+  const std::lock_guard lock(mutex_);
+  ++changes_;
+  // With the lock: `stop` takes it, so that no one is here when this object is destroyed.
   wake_.notify_all();
 }
 

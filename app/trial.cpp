@@ -27,9 +27,8 @@ namespace {
 
 struct TrialOptions {
   ServerOptions server;
-  std::string driver = "wren80";
-  std::string device;  ///< empty: a software printer of our own for each printer
-  int printers = 1;
+  std::vector<std::string> papers;  ///< of wren, wren2, ..., in mm
+  std::string device;               ///< empty: a software printer of our own for each printer
 };
 
 constexpr const char* kPrinterName = "wren";
@@ -73,15 +72,15 @@ std::string nameOf(int number) {
   return number == 1 ? kPrinterName : kPrinterName + std::to_string(number);
 }
 
-void useDevice(pappl_system_t* system, const TrialOptions& options, const std::string& name,
+void useDevice(pappl_system_t* system, const std::string& name, const std::string& driver,
                const std::string& device) {
   const std::string path = "/ipp/print/" + name;
   pappl_printer_t* old = papplSystemFindPrinter(system, path.c_str(), 0, nullptr);
   if (old != nullptr) papplPrinterDelete(old);
   pappl_printer_t* printer =
-      papplPrinterCreate(system, 0, name.c_str(), options.driver.c_str(), nullptr, device.c_str());
+      papplPrinterCreate(system, 0, name.c_str(), driver.c_str(), nullptr, device.c_str());
   if (printer == nullptr) {
-    throw std::runtime_error("cannot print with " + options.driver + " to " + device);
+    throw std::runtime_error("cannot print with " + driver + " to " + device);
   }
 }
 
@@ -98,14 +97,15 @@ int serve(TrialOptions options) {
   if (options.server.port == 0) options.server.port = freePort();
   Server server(options.server);
   std::vector<std::unique_ptr<SoftwarePrinter>> printers;
-  for (int number = 1; number <= options.printers; ++number) {
-    const std::string name = nameOf(number);
+  int number = 0;
+  for (const std::string& paper : options.papers) {
+    const std::string name = nameOf(++number);
     std::string device = options.device;
     if (device.empty()) {
       printers.push_back(std::make_unique<SoftwarePrinter>(paperFolder(options, number)));
       device = printers.back()->uri();
     }
-    useDevice(server.system(), options, name, device);
+    useDevice(server.system(), name, "wren" + paper, device);
   }
   std::printf("ipp://localhost:%d/ipp/print/%s\nhttp://localhost:%d/\n", options.server.port,
               kPrinterName, options.server.port);
@@ -126,13 +126,14 @@ int runTrial(int argc, char** argv) {
       ->check(CLI::Range(0, 65535));
   app.add_option("--directory", options.server.stateFolder, "Folder for its state and its paper")
       ->required();
-  app.add_option("--paper", paper, "Width of the paper in mm")
-      ->check(CLI::IsMember({"58", "80", "112"}));
+  const CLI::IsMember isPaper({"58", "80", "112"});
+  app.add_option("--paper", paper, "Width of the paper in mm")->check(isPaper);
   app.add_option("--device", options.device,
                  "Address of a printer; a software printer if left out");
   app.add_option("--pages", options.server.pagesFolder, "Folder for the pages handed to the core");
-  app.add_option("--printers", options.printers, "wren, wren2, ...: for tests")
-      ->check(CLI::Range(1, 9))
+  app.add_option("--more-papers", options.papers, "Of further printers, wren2, ...: for tests")
+      ->check(isPaper)
+      ->delimiter(',')
       ->group("");
   app.add_option("--listen", options.server.host, "Address to listen on, * for all: for tests")
       ->group("");
@@ -145,7 +146,7 @@ int runTrial(int argc, char** argv) {
     std::fprintf(stderr, "wren-printer-app: %s\n", error.what());
     return kWrongUsage;
   }
-  options.driver = "wren" + paper;
+  options.papers.insert(options.papers.begin(), paper);
   try {
     return serve(options);
   } catch (const std::exception& error) {

@@ -60,7 +60,7 @@ ProcessResult runApp(const std::vector<std::string>& arguments);
 
 class RunningApp {
  public:
-  /// The others, if `--printers` asks for them, are `wren2`, `wren3`, ...
+  /// The others, if `--more-papers` asks for them, are `wren2`, `wren3`, ...
   static constexpr const char* kFirstPrinter = "wren";
 
   explicit RunningApp(const AppSetup& setup = {});

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Two printers of one process at the same time, with every halftone and format. Built with the
-// thread sanitizer, the program ends with a status of its own when it has seen a data race.
+// A printer of each paper in one process, at the same time, with every halftone and format. Built
+// with the thread sanitizer, the program ends with a status of its own when it has seen a data
+// race.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,14 +50,17 @@ std::vector<std::filesystem::path> pagesOf(const RunningApp& app, int printer, i
   return pages;
 }
 
-TEST(AppThreads, PrintTheBytesOfTheFilterOnTwoPrintersAtOnce) {
-  RunningApp app({.options = {"--printers", "2"}});
-  const std::string names[] = {"wren", "wren2"};
-  std::vector<PrintedJob> jobs[2];
-  std::thread other([&] { jobs[1] = printMatrix(app, names[1], 7); });
-  jobs[0] = printMatrix(app, names[0], 1);
-  other.join();
-  for (int printer = 0; printer < 2; ++printer) {
+TEST(AppThreads, PrintTheBytesOfTheFilterOnThreePrintersAtOnce) {
+  RunningApp app({.paperMm = 80, .options = {"--more-papers", "58,112"}});
+  const std::string names[] = {"wren", "wren2", "wren3"};
+  std::vector<PrintedJob> jobs[3];
+  {
+    std::vector<std::jthread> clients;
+    for (unsigned i = 0; i < 3; ++i) {
+      clients.emplace_back([&, i] { jobs[i] = printMatrix(app, names[i], 7 * i + 1); });
+    }
+  }
+  for (int printer = 0; printer < 3; ++printer) {
     SCOPED_TRACE(names[printer]);
     const auto papers = app.waitForPapers(jobs[printer].size(), names[printer]);
     ASSERT_EQ(papers.size(), jobs[printer].size()) << app.log();
