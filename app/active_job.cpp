@@ -123,6 +123,7 @@ void ActiveJob::fail(DocumentError::Kind kind, const std::string& reason) {
 
 bool ActiveJob::finish() {
   const bool isWritten = print_->finish(!failed_);
+  if (!print_->fault().empty()) fail(DocumentError::Kind::kSystem, print_->fault());
   const bool isTaken = endDeviceJob(device_, job_);
   const std::string fault = deviceFault(device_);
   if (!fault.empty()) fail(DocumentError::Kind::kSystem, "printer: " + fault);

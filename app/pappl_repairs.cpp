@@ -6,6 +6,7 @@
 
 #ifndef __APPLE__
 
+#include <cups/http.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pappl/pappl.h>
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "app/job_lists.h"
 #include "common/handles.h"
@@ -48,6 +50,13 @@ bool holdsAttributes(int file) {
 
 }  // namespace
 
+namespace {
+
+// The job whose document this thread receives into a file.
+thread_local pappl_job_t* receivedJob = nullptr;
+
+}  // namespace
+
 // With each save of the state the attributes of each waiting job are written again, in place: who
 // is killed then loses them, and the job prints with the defaults of its printer. They never
 // change, so they are written once.
@@ -57,6 +66,7 @@ extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSi
   static const auto kOriginal = reinterpret_cast<Open>(dlsym(RTLD_NEXT, __func__));
   if (kOriginal == nullptr) return -1;
   const bool areAttributes = extension != nullptr && std::strcmp(extension, "ipp") == 0;
+  if (!areAttributes && std::strcmp(mode, "w") == 0) receivedJob = job;
   if (areAttributes && std::strcmp(mode, "w") == 0) {
     const wren::FileDescriptor written(kOriginal(job, name, nameSize, directory, extension, "r"));
     if (written && holdsAttributes(written.get())) return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
@@ -82,6 +92,30 @@ extern "C" pappl_printer_t* papplPrinterCreate(pappl_system_t* system, int id, c
   pappl_printer_t* printer = kOriginal(system, next, name, driver, deviceId, deviceUri);
   lists.belongTo(printer);
   return printer;
+}
+
+namespace {
+
+// A connection that ends in the middle of a request: of a length that was announced, or of chunks.
+bool isCutOff(http_t* connection) {
+  return httpGetRemaining(connection) > 0 || httpError(connection) != 0;
+}
+
+}  // namespace
+
+// libcups says the same at the end of a connection as at the end of a document, so that PAPPL would
+// print what has come. With an error it does not.
+extern "C" ssize_t httpRead2(http_t* connection, char* buffer, size_t size) {
+  using Read = ssize_t (*)(http_t*, char*, size_t);
+  static const auto kOriginal = reinterpret_cast<Read>(dlsym(RTLD_NEXT, __func__));
+  const ssize_t count = kOriginal == nullptr ? -1 : kOriginal(connection, buffer, size);
+  if (count > 0 || size == 0) return count;
+  pappl_job_t* const job = std::exchange(receivedJob, nullptr);
+  if (count == 0 && !isCutOff(connection)) return 0;
+  if (job != nullptr) {
+    papplJobSetMessage(job, "the connection ended in the middle of the document");
+  }
+  return -1;
 }
 
 #endif

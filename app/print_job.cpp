@@ -70,7 +70,8 @@ PrintJob::PrintJob(const Plan& plan, const Surroundings& surroundings)
 }
 
 bool PrintJob::beginPage(unsigned widthPx, unsigned heightPx) {
-  if (!canWrite()) return false;
+  if (!pagesAreWhole_ || !canWrite()) return false;
+  pagesAreWhole_ = false;
   composer_.emplace(plan_.target, widthPx, heightPx);
   return true;
 }
@@ -80,6 +81,11 @@ void PrintJob::addRow(const std::uint8_t* ink) {
 }
 
 bool PrintJob::endPage() {
+  pagesAreWhole_ = printComposed();
+  return pagesAreWhole_;
+}
+
+bool PrintJob::printComposed() {
   if (!composer_ || !composer_->isComplete() || !canWrite()) return false;
   std::vector<std::uint8_t> levels = std::move(composer_->levels());
   unsigned heightPx = composer_->heightPx();
@@ -88,14 +94,18 @@ bool PrintJob::endPage() {
     heightPx = shortenBlankGaps(levels, plan_.target.headWidthPx, heightPx,
                                 rowsOf(plan_.settings.longestGapMm));
   }
-  if (plan_.copies > 1 && !spool(levels, heightPx)) return false;
+  if (plan_.copies > 1 && !spool(levels, heightPx)) {
+    return failBecause("the pages of the copies cannot be kept on disk");
+  }
   return print(levels.data(), heightPx);
 }
 
 bool PrintJob::print(const std::uint8_t* levels, unsigned heightPx) {
   const MessageSink sink(passMessage, &out_.onMessage);
   const cups_page_header2_s header = headerOf(plan_.target.headWidthPx, heightPx);
-  if (out_.keeper != nullptr && !out_.keeper->keep(plan_.job, header, levels)) return false;
+  if (out_.keeper != nullptr && !out_.keeper->keep(plan_.job, header, levels)) {
+    return failBecause("the page cannot be kept on disk");
+  }
   begin();
   MemoryPage page(header, levels);
   if (job_.printPage(page) != job::Job::PageOutcome::kPrinted) return false;
@@ -105,6 +115,11 @@ bool PrintJob::print(const std::uint8_t* levels, unsigned heightPx) {
   if (std::ferror(out_.out) != 0) return false;
   if (out_.onPage) out_.onPage();
   return true;
+}
+
+bool PrintJob::failBecause(const char* reason) {
+  fault_ = reason;
+  return false;
 }
 
 void PrintJob::begin() {
@@ -128,8 +143,9 @@ bool PrintJob::printCopies() {
     for (const unsigned heightPx : spooledHeights_) {
       levels.resize(std::size_t{plan_.target.headWidthPx} * heightPx);
       if (!canWrite()) return false;
-      if (std::fread(levels.data(), 1, levels.size(), spooled_.get()) != levels.size())
-        return false;
+      if (std::fread(levels.data(), 1, levels.size(), spooled_.get()) != levels.size()) {
+        return failBecause("the pages of the copies cannot be read again");
+      }
       if (!print(levels.data(), heightPx)) return false;
     }
   }
@@ -138,7 +154,8 @@ bool PrintJob::printCopies() {
 
 bool PrintJob::finish(bool documentIsGood) {
   if (!begun_) return false;
-  const bool isWhole = documentIsGood && (spooled_ == nullptr || printCopies()) && canWrite();
+  const bool isWhole =
+      documentIsGood && pagesAreWhole_ && (spooled_ == nullptr || printCopies()) && canWrite();
   const MessageSink sink(passMessage, &out_.onMessage);
   if (isWhole) {
     job_.end();

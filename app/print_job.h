@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -54,17 +55,24 @@ class PrintJob : public PageSink {
   bool endPage() override;
 
   /// Prints the copies that are left and the end of the job; the end of a cancelled job if it
-  /// was cancelled or `documentIsGood` is false. Writes nothing if no page was printed. Flushes.
+  /// was cancelled, a page was begun and not printed, or `documentIsGood` is false. Writes nothing
+  /// if no page was printed. Flushes.
   /// @return whether the whole job was written.
   bool finish(bool documentIsGood);
 
   unsigned pagesPrinted() const { return pagesPrinted_; }
 
+  /// Why a page or a copy was not printed, as a text for people. Empty if each was; also if the job
+  /// was cancelled, a page was not ended or the printer took no more.
+  const std::string& fault() const { return fault_; }
+
   /// Whether a byte was written.
   bool hasBegun() const { return begun_; }
 
  private:
+  bool printComposed();
   bool print(const std::uint8_t* levels, unsigned heightPx);
+  bool failBecause(const char* reason);
   void begin();
   bool spool(const std::vector<std::uint8_t>& levels, unsigned heightPx);
   bool printCopies();
@@ -78,6 +86,8 @@ class PrintJob : public PageSink {
   FilePtr spooled_;  // the pages of the document, if more than one copy is wanted
   std::vector<unsigned> spooledHeights_;
   bool begun_ = false;
+  bool pagesAreWhole_ = true;  // every page that was begun was printed
+  std::string fault_;
   unsigned pagesPrinted_ = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include "app/raster_callbacks.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,16 @@ const JobServices& servicesOf(pappl_job_t* job) {
   pappl_pr_driver_data_t data = {};
   papplPrinterGetDriverData(papplJobGetPrinter(job), &data);
   return *static_cast<const JobServices*>(data.extension);
+}
+
+// Why the page whose header came last cannot be printed, or why there is none. PAPPL refuses some
+// of them by itself, without a word.
+std::optional<DocumentError> faultOf(const cups_page_header2_s& header, const PageTarget& target) {
+  if (!receivedFault().empty()) return DocumentError(Kind::kFormat, receivedFault());
+  const cups_page_header2_s* received = lastReceivedHeader();
+  const std::string fault = rasterFault(received == nullptr ? header : *received, target);
+  if (!fault.empty()) return DocumentError(Kind::kUnprintable, fault);
+  return std::nullopt;
 }
 
 bool startJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
@@ -95,11 +106,17 @@ bool endPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*de
   });
 }
 
-bool endJob(pappl_job_t* job, pappl_pr_options_t* /*options*/, pappl_device_t* /*device*/) {
+bool endJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*device*/) {
   const std::unique_ptr<RasterJob> state(stateOf(job));
   papplJobSetData(job, nullptr);
   if (state == nullptr) return false;
-  return guarded(job, [&] { return state->active->finish(); });
+  return guarded(job, [&] {
+    const auto fault = faultOf(options->header, state->active->target());
+    // PAPPL calls one that it has aborted by itself cancelled as well.
+    const bool isCancelled = papplJobIsCanceled(job) && papplJobGetState(job) != IPP_JSTATE_ABORTED;
+    if (fault && !isCancelled) state->active->fail(fault->kind(), fault->what());
+    return state->active->finish();
+  });
 }
 
 }  // namespace

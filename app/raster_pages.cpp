@@ -3,6 +3,8 @@
 
 #include "app/raster_pages.h"
 
+#include <cstring>
+
 #include "app/page_sink.h"
 
 namespace wren::app {
@@ -11,7 +13,16 @@ namespace {
 constexpr unsigned kWidestPx = 4096;
 constexpr unsigned kGreyBits = 8;
 
-bool isGrey(cups_cspace_t space) {
+// As a number: a client may send one that the type does not have.
+template <typename Enumeration>
+int numberOf(const Enumeration& value) {
+  int number;
+  static_assert(sizeof number == sizeof value);
+  std::memcpy(&number, &value, sizeof number);
+  return number;
+}
+
+bool isGrey(int space) {
   return space == CUPS_CSPACE_W || space == CUPS_CSPACE_SW;
 }
 
@@ -22,8 +33,10 @@ std::string sizeText(unsigned width, unsigned height) {
 }  // namespace
 
 std::string rasterFault(const cups_page_header2_s& header, const PageTarget& target) {
+  const int space = numberOf(header.cupsColorSpace);
   if (header.cupsBitsPerPixel != kGreyBits || header.cupsBitsPerColor != kGreyBits ||
-      (header.cupsColorSpace != CUPS_CSPACE_K && !isGrey(header.cupsColorSpace))) {
+      numberOf(header.cupsColorOrder) != CUPS_ORDER_CHUNKED ||
+      (space != CUPS_CSPACE_K && !isGrey(space))) {
     return "the page is not in 8-bit grey or black";
   }
   if (header.HWResolution[0] != kDotsPerInch || header.HWResolution[1] != kDotsPerInch) {
@@ -31,15 +44,19 @@ std::string rasterFault(const cups_page_header2_s& header, const PageTarget& tar
            " dots per inch, not 203 x 203";
   }
   if (header.cupsWidth == 0 || header.cupsHeight == 0 || header.cupsWidth > kWidestPx ||
-      header.cupsHeight > target.maxHeightPx || header.cupsBytesPerLine != header.cupsWidth) {
+      header.cupsHeight > target.maxHeightPx) {
     return "a page of " + sizeText(header.cupsWidth, header.cupsHeight) +
            " pixels cannot be printed: at most " + sizeText(kWidestPx, target.maxHeightPx);
+  }
+  if (header.cupsBytesPerLine != header.cupsWidth) {
+    return "the rows of the page have " + std::to_string(header.cupsBytesPerLine) + " bytes, not " +
+           std::to_string(header.cupsWidth);
   }
   return {};
 }
 
 void toInk(const cups_page_header2_s& header, std::span<std::uint8_t> row) {
-  if (!isGrey(header.cupsColorSpace)) return;
+  if (!isGrey(numberOf(header.cupsColorSpace))) return;
   for (std::uint8_t& level : row) level = static_cast<std::uint8_t>(255 - level);
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 #include "app/print_job.h"
@@ -50,7 +51,9 @@ cups_page_header2_s headerFrom(fuzz::Input& input) {
   header.cupsBitsPerPixel = value(5, 8);
   header.cupsBitsPerColor = value(6, 8);
   const cups_cspace_t good = input.below(2) == 0 ? CUPS_CSPACE_K : CUPS_CSPACE_SW;
-  header.cupsColorSpace = static_cast<cups_cspace_t>(value(7, good));
+  // Not by a cast: the type does not have every number.
+  const std::uint32_t space = value(7, good);
+  std::memcpy(&header.cupsColorSpace, &space, sizeof header.cupsColorSpace);
   return header;
 }
 

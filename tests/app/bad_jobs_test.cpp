@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@ namespace {
 using testing::HasSubstr;
 
 constexpr const char* kPwg = "image/pwg-raster";
+constexpr const char* kFeedAndCut = "1B 4A 10 1B 4A C0 1D 56 01 1F 1B 1F 42 65 65 70 06 1B 76";
 
 std::string pwg(const std::vector<RasterPage>& pages) {
   return rasterStream(RasterKind::kPwg, pages);
@@ -42,6 +44,15 @@ TEST(BadJobs, WithABadHeaderAreRefusedInWordsBeforeTheirFirstByte) {
       {"huge width", [](auto& h) { h.cupsWidth = h.cupsBytesPerLine = 0x7FFFFFF; },
        "pixels cannot be printed"},
       {"300 dpi", [](auto& h) { h.HWResolution[0] = h.HWResolution[1] = 300; }, "300 x 300"},
+      {"no height", [](auto& h) { h.cupsHeight = 0; }, "the header of page 1 is damaged"},
+      {"longer rows", [](auto& h) { h.cupsBytesPerLine = 577; }, "rows of the page have 577 bytes"},
+      {"planes", [](auto& h) { h.cupsColorOrder = CUPS_ORDER_PLANAR; }, "not in 8-bit grey"},
+      {"a colour space that does not exist",
+       [](auto& h) {
+         const int space = 99;
+         std::memcpy(&h.cupsColorSpace, &space, sizeof space);
+       },
+       "not in 8-bit grey"},
       {"1 bit",
        [](auto& h) {
          h.cupsBitsPerColor = h.cupsBitsPerPixel = 1;
@@ -62,14 +73,16 @@ TEST(BadJobs, WithABadHeaderAreRefusedInWordsBeforeTheirFirstByte) {
 }
 
 // PAPPL refuses it by itself.
-TEST(BadJobs, InColourAreAborted) {
+TEST(BadJobs, InColourAreRefusedInWords) {
   RunningApp app;
   RasterPage page = flatPage(576, 80, 255);
   page.header.cupsBitsPerPixel = 24;
   page.header.cupsNumColors = 3;
   page.header.cupsColorSpace = CUPS_CSPACE_SRGB;
   page.header.cupsBytesPerLine = 3 * 576;
-  EXPECT_EQ(app.print(pwg({page}), kPwg).state, IPP_JSTATE_ABORTED);
+  const JobOutcome job = app.print(pwg({page}), kPwg);
+  EXPECT_EQ(job.state, IPP_JSTATE_ABORTED);
+  EXPECT_EQ(job.message, "the page is not in 8-bit grey or black");
   ASSERT_EQ(app.print(goodDocument(), kPwg).state, IPP_JSTATE_COMPLETED) << app.log();
   EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
 }
@@ -94,6 +107,31 @@ TEST(BadJobs, WithAnAttributeThatIsNotOfferedAreAbortedAndNameIt) {
   EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
 }
 
+struct BadStream {
+  const char* name;
+  std::string document;
+  const char* message;
+};
+
+// PAPPL asks nobody about a document without a first header.
+TEST(BadJobs, WithoutAFirstPageAreRefusedInWords) {
+  RunningApp app;
+  const BadStream streams[] = {
+      {"another format", "%!PS" + goodDocument(), "this is neither PWG nor Apple raster"},
+      {"a single byte", "R", "this is neither PWG nor Apple raster"},
+      {"nothing but a mark", goodDocument().substr(0, 4), "the document has no pages"},
+      {"part of a header", goodDocument().substr(0, 500), "the header of page 1 is cut off"},
+  };
+  for (const BadStream& row : streams) {
+    SCOPED_TRACE(row.name);
+    const JobOutcome job = app.print(row.document, kPwg);
+    EXPECT_EQ(job.state, IPP_JSTATE_ABORTED);
+    EXPECT_EQ(job.message, row.message);
+  }
+  ASSERT_EQ(app.print(goodDocument(), kPwg).state, IPP_JSTATE_COMPLETED) << app.log();
+  EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
+}
+
 // Feed and cut, as a cancelled job ends: no drawer, no second beep.
 TEST(BadJobs, ThatFailAfterAPageEndLikeCancelledOnes) {
   RunningApp app;
@@ -106,8 +144,25 @@ TEST(BadJobs, ThatFailAfterAPageEndLikeCancelledOnes) {
   EXPECT_THAT(job.message, HasSubstr("of 80 rows"));
   const std::string bytes = app.waitForPapers(1).at(0);
   EXPECT_EQ(printedPages(bytes).size(), 1U);
-  EXPECT_THAT(hexOf(bytes), testing::EndsWith("1B 4A 10 1B 4A C0 1D 56 01 "
-                                              "1F 1B 1F 42 65 65 70 06 1B 76"));
+  EXPECT_THAT(hexOf(bytes), testing::EndsWith(kFeedAndCut));
+}
+
+// PAPPL takes them for whole ones.
+TEST(BadJobs, WithABadHeaderBehindAPageEndLikeCancelledOnes) {
+  RunningApp app;
+  const BadStream streams[] = {
+      {"part of one", goodDocument() + std::string(500, '\0'), "the header of page 2 is cut off"},
+      {"noise", goodDocument() + std::string(3000, '\x99'), "the header of page 2 is damaged"},
+  };
+  std::size_t papers = 0;
+  for (const BadStream& row : streams) {
+    SCOPED_TRACE(row.name);
+    const JobOutcome job =
+        app.print(row.document, kPwg, {JobAttribute::keyword("cash-drawer-setting", "after")});
+    EXPECT_EQ(job.state, IPP_JSTATE_ABORTED);
+    EXPECT_EQ(job.message, row.message);
+    EXPECT_THAT(hexOf(app.waitForPapers(++papers).back()), testing::EndsWith(kFeedAndCut));
+  }
 }
 
 TEST(BadJobs, CutOffInTheirFirstPageWriteNothing) {

@@ -12,6 +12,7 @@
 #include <zlib.h>
 
 #include <chrono>
+#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -46,18 +47,21 @@ std::string ippText(char tag, const std::string& name, const std::string& value)
   return tag + length(name) + name + length(value) + value;
 }
 
-std::string printJobRequest(const std::string& uri, const std::string& more = {}) {
+std::string printJobRequest(const std::string& uri, const std::string& more = {},
+                            const std::string& format = kPwg) {
   return std::string("\x02\x00\x00\x02\x00\x00\x00\x01\x01", 9) +
          ippText('\x47', "attributes-charset", "utf-8") +
          ippText('\x48', "attributes-natural-language", "en") +
          ippText('\x45', "printer-uri", uri) + ippText('\x42', "requesting-user-name", "tester") +
-         ippText('\x49', "document-format", kPwg) + more + '\x03';
+         ippText('\x49', "document-format", format) + more + '\x03';
 }
 
 /// A client that sends a job bit by bit.
 class SlowClient {
  public:
-  /// Announces a job of this many bytes, IPP message included.
+  static constexpr std::size_t kChunked = 0;
+
+  /// Announces a job of this many bytes, IPP message included, or one of chunks.
   SlowClient(const RunningApp& app, std::size_t bytes)
       : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in address = {};
@@ -65,10 +69,10 @@ class SlowClient {
     address.sin_port = htons(static_cast<std::uint16_t>(app.port()));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     EXPECT_EQ(::connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    send(
-        "POST /ipp/print/wren HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/ipp\r\n"
-        "Content-Length: " +
-        std::to_string(bytes) + "\r\n\r\n");
+    send("POST /ipp/print/wren HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/ipp\r\n" +
+         (bytes == kChunked ? "Transfer-Encoding: chunked"
+                            : "Content-Length: " + std::to_string(bytes)) +
+         "\r\n\r\n");
   }
 
   void send(const std::string& bytes) {
@@ -104,6 +108,14 @@ class SlowClient {
  private:
   wren::FileDescriptor socket_;
 };
+
+bool waitForJob(RunningApp& app, int job) {
+  for (int i = 0; i < kMostChecks; ++i) {
+    if (app.stateOf(job).id == job) return true;
+    std::this_thread::sleep_for(kCheckAgain);
+  }
+  return false;
+}
 
 bool waitForProcessing(RunningApp& app, int job) {
   for (int i = 0; i < kMostChecks; ++i) {
@@ -148,6 +160,51 @@ TEST(InterruptedJob, ResetInItsSecondPageEndsWithFeedAndCut) {
   const std::string bytes = app.waitForPapers(1).at(0);
   EXPECT_EQ(printedPages(bytes).size(), 1U);
   EXPECT_THAT(hexOf(bytes), testing::EndsWith(kFeedAndCut));
+}
+
+// A document as one chunk of a request, or with its length; the connection ends behind a whole
+// line or page, so that nothing is wrong with what has come.
+struct LostConnection {
+  const char* name;
+  const char* format;
+  std::string document;
+  bool isChunked;
+  std::size_t papers;  ///< a page that was whole has printed
+};
+
+std::string chunk(const std::string& bytes) {
+  char length[20];
+  std::snprintf(length, sizeof length, "%zx\r\n", bytes.size());
+  return length + bytes + "\r\n";
+}
+
+TEST(InterruptedJob, OfAConnectionThatEndsIsNotTakenForAWholeOne) {
+  RunningApp app;
+  const std::string page = pwg({flatPage(576, 80, 255)});
+  const LostConnection cases[] = {
+      {"text", "text/plain", "Total 12.50\n", false, 0},
+      {"text in chunks", "text/plain", "Total 12.50\n", true, 0},
+      {"raster", kPwg, page, false, 1},
+      {"raster in chunks", kPwg, page, true, 1},
+  };
+  int id = 0;
+  std::size_t papers = 0;
+  for (const LostConnection& row : cases) {
+    SCOPED_TRACE(row.name);
+    const std::string body = printJobRequest(app.printerUri(), {}, row.format) + row.document;
+    {
+      SlowClient client(app, row.isChunked ? SlowClient::kChunked : body.size() + 1);
+      client.send(row.isChunked ? chunk(body) : body);
+      ASSERT_TRUE(waitForJob(app, ++id));
+    }
+    const JobOutcome outcome = app.waitFor(id);
+    EXPECT_EQ(outcome.state, IPP_JSTATE_ABORTED);
+    EXPECT_EQ(outcome.message, "the connection ended in the middle of the document");
+    ASSERT_EQ(printWhenFree(app).state, IPP_JSTATE_COMPLETED) << app.log();
+    ++id;
+    papers += row.papers + 1;
+    EXPECT_THAT(app.waitForPapers(papers), testing::SizeIs(papers));
+  }
 }
 
 // Its rows still come: PAPPL reads the request to its end.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "tests/app/filter_of_pages.h"
 #include "tests/app/running_app.h"
 #include "tests/queue/delivered_job.h"
+#include "tests/support/process.h"
 #include "tests/support/same_bytes.h"
 #include "tests/support/temporary_folder.h"
 
@@ -24,6 +26,8 @@ namespace {
 using wren_test::SameBytes;
 using wren_test::TemporaryFolder;
 
+constexpr std::size_t kHeadWidthPx = 576;
+
 // What is compared of two papers that were drawn by different renderers.
 struct Paper {
   double lengthMm = 0;
@@ -31,23 +35,55 @@ struct Paper {
   std::uint64_t cuts = 0;
 };
 
-Paper paperOf(const std::string& bytes) {
-  using namespace wren::escpos;
-  const Reading reading =
-      readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+wren::escpos::Reading readingOf(const std::string& bytes) {
+  auto reading =
+      wren::escpos::readAll({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
   EXPECT_TRUE(reading.problems.empty());
-  const RowRange rows = reading.paper.allRows();
-  std::vector<std::uint8_t> dots(576);
-  std::size_t black = 0;
-  for (std::uint64_t row = rows.first; row < rows.end; ++row) {
-    renderRow(reading.paper, row, dots);
-    black += static_cast<std::size_t>(std::count(dots.begin(), dots.end(), 1));
+  return reading;
+}
+
+// One byte per dot, 1 is black: the rows of the head, whole paper.
+std::vector<std::uint8_t> dotsOf(const wren::escpos::Reading& reading) {
+  const wren::escpos::RowRange rows = reading.paper.allRows();
+  std::vector<std::uint8_t> dots;
+  std::vector<std::uint8_t> row(kHeadWidthPx);
+  for (std::uint64_t y = rows.first; y < rows.end; ++y) {
+    renderRow(reading.paper, y, row);
+    dots.insert(dots.end(), row.begin(), row.end());
   }
-  const auto length = static_cast<double>(rows.end - rows.first);
+  return dots;
+}
+
+Paper paperOf(const std::string& bytes) {
+  const auto reading = readingOf(bytes);
+  const std::vector<std::uint8_t> dots = dotsOf(reading);
+  const auto black = static_cast<double>(std::count(dots.begin(), dots.end(), 1));
+  const auto length = static_cast<double>(dots.size() / kHeadWidthPx);
   return {.lengthMm = length * 25.4 / 203,
-          .blackShare =
-              100.0 * static_cast<double>(black) / (static_cast<double>(dots.size()) * length),
+          .blackShare = 100.0 * black / static_cast<double>(dots.size()),
           .cuts = reading.totals.cuts};
+}
+
+// What zbarimg reads on the paper, with the quiet zone of unprinted paper around the head.
+std::string codesOn(const std::string& bytes) {
+  constexpr std::size_t kEdgePx = 32;
+  const std::vector<std::uint8_t> dots = dotsOf(readingOf(bytes));
+  const TemporaryFolder folder;
+  const std::string path = folder.path() / "paper.pgm";
+  std::ofstream picture(path, std::ios::binary);
+  picture << "P5 " << kHeadWidthPx + 2 * kEdgePx << ' ' << dots.size() / kHeadWidthPx << " 255\n";
+  for (std::size_t row = 0; row < dots.size(); row += kHeadWidthPx) {
+    std::string line(kHeadWidthPx + 2 * kEdgePx, '\xff');
+    for (std::size_t x = 0; x < kHeadWidthPx; ++x) {
+      if (dots[row + x] == 1) line[kEdgePx + x] = '\0';
+    }
+    picture << line;
+  }
+  picture.close();
+  wren_test::ProcessSpec reader;
+  reader.program = "/usr/bin/zbarimg";
+  reader.arguments = {"zbarimg", "-q", path};
+  return wren_test::runProcess(reader).out;
 }
 
 class Everywhere : public testing::Test {
@@ -96,6 +132,12 @@ TEST_F(Everywhere, PrintsWhatTheCommandPrintPrints) {
     EXPECT_NEAR(paper.lengthMm, expected.lengthMm, 1.0);
     EXPECT_NEAR(paper.blackShare, expected.blackShare, 1.0);
   }
+}
+
+TEST_F(Everywhere, PrintsCodesThatAreReadAsThoseOfTheCommandPrint) {
+  constexpr const char* kCodes = "QR-Code:https://example.org/r/000042\nCODE-128:WREN-000042\n";
+  EXPECT_EQ(codesOn(print("receipt.pdf")), kCodes);
+  EXPECT_EQ(codesOn(wrenPrint("receipt.pdf")), kCodes);
 }
 
 TEST_F(Everywhere, CutsWhereTheUserAsksForIt) {
