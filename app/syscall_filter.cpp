@@ -106,8 +106,9 @@ void check(int result) {
 // library goes back to clone where clone3 is missing.
 void refuseProcesses(scmp_filter_ctx context) {
   check(seccomp_rule_add(context, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0));
-  check(seccomp_rule_add(context, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(clone), 1,
-                         SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0)));
+  const scmp_arg_cmp startsProcess = {0, SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0};
+  check(
+      seccomp_rule_add_array(context, SCMP_ACT_ERRNO(EACCES), SCMP_SYS(clone), 1, &startsProcess));
 }
 
 FilterContext describeFilter() {
