@@ -68,7 +68,7 @@ std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t
 void noteBegin(pappl_job_t* job, const JobServices& services) {
   if (services.state == nullptr) return;
   const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
-  if (!services.state->begin(key)) {
+  if (!services.state->begin(key, papplJobGetFilename(job) != nullptr)) {
     papplLogJob(job, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
   }
 }

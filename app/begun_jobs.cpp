@@ -28,11 +28,12 @@ std::string BegunJobs::pathOf(const JobKey& job) const {
 }
 
 // The folder is synced too: without its entry the file is lost with the power.
-bool BegunJobs::begin(const JobKey& job) const {
+bool BegunJobs::begin(const JobKey& job, Kept kept) const {
   if (folder_.empty()) return true;
   const FileDescriptor file = openPrivateFile(pathOf(job).c_str());
+  if (!file || kept == Kept::kOfProcess) return static_cast<bool>(file);
   const FileDescriptor folder(::open(folder_.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
-  return file && folder && ::fsync(folder.get()) == 0;
+  return folder && ::fsync(folder.get()) == 0;
 }
 
 void BegunJobs::forget(const JobKey& job) const {

@@ -26,9 +26,14 @@ class BegunJobs {
   /// @param folder is created if it is missing; empty keeps nothing.
   explicit BegunJobs(std::string folder);
 
-  /// Notes, on disk, that the job is about to send its first byte.
+  enum class Kept {
+    kOfProcess,  ///< if the process is killed
+    kOfMachine,  ///< if the power fails as well; waits for the disk
+  };
+
+  /// Notes that the job is about to send its first byte.
   /// @return false if that cannot be noted.
-  bool begin(const JobKey& job) const;
+  bool begin(const JobKey& job, Kept kept) const;
 
   /// Forgets the job. A job that the saved state still calls unfinished must be kept: it would
   /// be printed again.

@@ -92,6 +92,15 @@ void addId(pappl_printer_t* printer, void* ids) {
   static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
 }
 
+void addKey(pappl_job_t* job, void* keys) {
+  static_cast<std::set<JobKey>*>(keys)->insert(
+      {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)});
+}
+
+void addKeys(pappl_printer_t* printer, void* keys) {
+  papplPrinterIterateActiveJobs(printer, addKey, keys, 1, 0);
+}
+
 struct Search {
   const std::vector<JobKey>& begun;
   bool isFound = false;
@@ -113,7 +122,7 @@ void findPrintingAt(pappl_printer_t* printer, void* search) {
 }  // namespace
 
 StateKeeper::StateKeeper(const std::string& folder)
-    : file_(folder + "/state"), begun_(folder + "/begun") {}
+    : file_(folder + "/state"), now_(file_ + ".now"), begun_(folder + "/begun") {}
 
 StateKeeper::~StateKeeper() {
   stop();
@@ -139,7 +148,7 @@ void StateKeeper::stop() {
 }
 
 void StateKeeper::load() {
-  const std::string text = readWhole(file_);
+  const std::string text = readWhole(isWholeState(now_) ? now_ : file_);
   SettledState settled = settleJobs(text, begun_.all(), std::time(nullptr));
   removeOtherDocuments(fs::path(file_).parent_path() / "spool", settled.waiting);
   if (text.empty()) return;
@@ -157,15 +166,29 @@ void StateKeeper::load() {
   waiting_ = std::move(settled.waiting);
 }
 
-bool StateKeeper::begin(const JobKey& job) {
-  const bool isNoted = begun_.begin(job);
-  bool isSaved;
+bool StateKeeper::begin(const JobKey& job, bool hasDocument) {
+  using Kept = BegunJobs::Kept;
+  // Clients of the next process are told of the job only if the state names it.
+  return begun_.begin(job, hasDocument ? Kept::kOfMachine : Kept::kOfProcess) && nameNow(job);
+}
+
+bool StateKeeper::write(const std::string& path, unsigned long& number) {
+  const std::lock_guard writing(writing_);
+  number = ++writes_;
+  return openPrivateFile(path.c_str()) && papplSystemSaveState(system_, path.c_str()) &&
+         isWholeState(path);
+}
+
+// Beside the saved state, without waiting for the disk: first bytes wait for this. `save` waits,
+// and then removes it.
+bool StateKeeper::nameNow(const JobKey& job) {
   {
     const std::lock_guard lock(mutex_);
-    isSaved = savedChanges_ == changes_;
+    if (named_.contains(job)) return true;
   }
-  // Clients of the next process are told of the job only if the state names it.
-  return (isSaved || save()) && isNoted;
+  const std::string path = now_ + ".new";
+  const std::lock_guard replacing(replacing_);
+  return write(path, nowNumber_) && std::rename(path.c_str(), now_.c_str()) == 0;
 }
 
 bool StateKeeper::save() {
@@ -180,16 +203,22 @@ bool StateKeeper::save() {
     pappl_job_t* job = findJob(system_, key);
     if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) ended.push_back(key);
   }
+  std::set<JobKey> named;
+  papplSystemIteratePrinters(system_, addKeys, &named);
   const std::string path = file_ + ".new";
-  if (!openPrivateFile(path.c_str()) || !papplSystemSaveState(system_, path.c_str()) ||
-      !isWholeState(path) || !sync(path, O_RDONLY) ||
-      std::rename(path.c_str(), file_.c_str()) != 0) {
-    return false;
+  unsigned long number = 0;
+  if (!write(path, number) || !sync(path, O_RDONLY)) return false;
+  {
+    const std::lock_guard replacing(replacing_);
+    if (std::rename(path.c_str(), file_.c_str()) != 0) return false;
+    // An older one would call jobs unfinished whose notes are removed below.
+    if (nowNumber_ < number) ::unlink(now_.c_str());
   }
   sync(fs::path(file_).parent_path(), O_RDONLY | O_DIRECTORY);
   for (const JobKey& key : ended) begun_.forget(key);
   const std::lock_guard lock(mutex_);
   savedChanges_ = changes;
+  named_ = std::move(named);
   return true;
 }
 
