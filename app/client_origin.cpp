@@ -13,6 +13,14 @@ namespace {
 
 // PAPPL has a thread for each client, which reads its requests and creates its jobs.
 thread_local bool clientIsLocal = true;
+thread_local wren::app::TextLanguage clientLanguage = wren::app::TextLanguage::kAny;
+
+void noteLanguage(ipp_t* request) {
+  ipp_attribute_t* const language =
+      ippFindAttribute(request, "attributes-natural-language", IPP_TAG_LANGUAGE);
+  const char* const tag = ippGetString(language, 0, nullptr);
+  clientLanguage = wren::app::textLanguageOf(tag == nullptr ? "" : tag);
+}
 
 using Read = ipp_state_t (*)(http_t*, ipp_t*);
 
@@ -22,7 +30,9 @@ using Read = ipp_state_t (*)(http_t*, ipp_t*);
 extern "C" ipp_state_t ippRead(http_t* http, ipp_t* message) {
   static const auto kRead = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "ippRead"));
   if (http != nullptr) clientIsLocal = httpAddrLocalhost(httpGetAddress(http)) != 0;
-  return kRead == nullptr ? IPP_STATE_ERROR : kRead(http, message);
+  const ipp_state_t state = kRead == nullptr ? IPP_STATE_ERROR : kRead(http, message);
+  if (http != nullptr && state == IPP_STATE_DATA) noteLanguage(message);
+  return state;
 }
 #endif
 
@@ -43,18 +53,34 @@ bool currentClientIsLocal() {
 #endif
 }
 
+TextLanguage currentClientLanguage() {
+#ifdef __APPLE__
+  return TextLanguage::kAny;
+#else
+  return clientLanguage;
+#endif
+}
+
 void JobOrigins::note(pappl_job_t* job, pappl_event_t event) {
   if (job == nullptr) return;
   const std::lock_guard lock(mutex_);
-  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) local_[keyOf(job)] = currentClientIsLocal();
-  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) local_.erase(keyOf(job));
+  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
+    origins_[keyOf(job)] = {currentClientIsLocal(), currentClientLanguage()};
+  }
+  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) origins_.erase(keyOf(job));
 }
 
 bool JobOrigins::isLocal(pappl_job_t* job) const {
   if (!isShared_) return true;
   const std::lock_guard lock(mutex_);
-  const auto found = local_.find(keyOf(job));
-  return found != local_.end() && found->second;
+  const auto found = origins_.find(keyOf(job));
+  return found != origins_.end() && found->second.isLocal;
+}
+
+TextLanguage JobOrigins::languageOf(pappl_job_t* job) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = origins_.find(keyOf(job));
+  return found == origins_.end() ? TextLanguage::kAny : found->second.language;
 }
 
 }  // namespace wren::app

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Whether a job came from this machine. PAPPL does not tell its callbacks who the client is.
+// Whether a job came from this machine, and the language of its client. PAPPL does not tell its
+// callbacks who the client is.
 
 #pragma once
 
@@ -11,12 +12,17 @@
 #include <mutex>
 #include <utility>
 
+#include "app/text_language.h"
+
 namespace wren::app {
 
 /// Whether the client whose request this thread read last is on this machine; true for a thread
 /// that has read none. Where a program cannot replace a function of a library that it is linked
 /// with, every client counts as far away.
 bool currentClientIsLocal();
+
+/// The language of that request.
+TextLanguage currentClientLanguage();
 
 /// Remembers where jobs came from. Safe to use from several threads.
 class JobOrigins {
@@ -31,12 +37,20 @@ class JobOrigins {
   /// A job of an earlier process counts as far away if the server is shared now.
   bool isLocal(pappl_job_t* job) const;
 
+  /// A job of an earlier process has none.
+  TextLanguage languageOf(pappl_job_t* job) const;
+
  private:
   using Key = std::pair<int, int>;  // printer and job
 
+  struct Origin {
+    bool isLocal = false;
+    TextLanguage language = TextLanguage::kAny;
+  };
+
   bool isShared_;
   mutable std::mutex mutex_;
-  std::map<Key, bool> local_;
+  std::map<Key, Origin> origins_;
 };
 
 }  // namespace wren::app

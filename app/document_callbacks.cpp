@@ -16,11 +16,12 @@ struct DeleteOptions {
 };
 using PrintOptions = std::unique_ptr<pappl_pr_options_t, DeleteOptions>;
 
-DocumentRequest requestFor(pappl_job_t* job, const ActiveJob& active) {
+DocumentRequest requestFor(pappl_job_t* job, const ActiveJob& active, const JobServices& services) {
   DocumentRequest request;
   request.path = papplJobGetFilename(job);
   request.target = active.target();
   request.charactersPerInch = active.settings().textPitch;
+  if (services.origins != nullptr) request.language = services.origins->languageOf(job);
   request.cancel = active.cancel();
   request.log = [job](const std::string& line) {
     papplLogJob(job, PAPPL_LOGLEVEL_INFO, "%s", line.c_str());
@@ -48,10 +49,10 @@ class CountingSink : public PageSink {
   PrintJob& pages_;
 };
 
-void readInto(pappl_job_t* job, ActiveJob& active) {
+void readInto(pappl_job_t* job, ActiveJob& active, const JobServices& services) {
   CountingSink sink(job, active.pages());
   try {
-    readDocument(papplJobGetFormat(job), requestFor(job, active), sink);
+    readDocument(papplJobGetFormat(job), requestFor(job, active, services), sink);
   } catch (const DocumentError& error) {
     active.fail(error.kind(), error.what());
   }
@@ -62,11 +63,11 @@ bool printDocument(pappl_job_t* job, pappl_device_t* device, void* services) {
   return guarded(job, [&] {
     const PrintOptions options(papplJobCreatePrintOptions(job, 1, false));
     if (options == nullptr) throw std::bad_alloc();
-    const auto active =
-        ActiveJob::start(job, *options, device, *static_cast<const JobServices*>(services));
+    const auto& shared = *static_cast<const JobServices*>(services);
+    const auto active = ActiveJob::start(job, *options, device, shared);
     if (active == nullptr) return false;
     try {
-      readInto(job, *active);
+      readInto(job, *active, shared);
     } catch (const std::bad_alloc&) {
       active->fail(DocumentError::Kind::kSystem, "out of memory");
     }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "app/page_target.h"
+#include "app/text_language.h"
 #include "common/cancel_check.h"
 
 namespace wren::app {
@@ -17,9 +18,7 @@ struct DocumentRequest {
   std::string path;  ///< a file that can be read from any position
   PageTarget target;
   unsigned charactersPerInch = 10;  ///< of text: 10 or 14
-  /// Of text, as in RFC 5646; chooses between Chinese and Japanese forms. Empty: that of the
-  /// process.
-  std::string language;
+  TextLanguage language = TextLanguage::kAny;  ///< of text
   /// Asked at least every 100 ms.
   CancelCheck cancel;
   /// Takes a line for the log of the job, without a line feed. Called from the thread that reads

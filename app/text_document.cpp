@@ -43,7 +43,7 @@ class TextPrinter {
   TextPrinter(const DocumentRequest& request, PageSink& sink)
       : request_(request),
         sink_(sink),
-        cells_(kDotsPerInch / request.charactersPerInch, request.language),
+        cells_(kDotsPerInch / request.charactersPerInch, tagOf(request.language)),
         columns_(request.target.headWidthPx / cells_.cellWidthPx()),
         band_(std::size_t{request.target.headWidthPx} * cells_.cellHeightPx()) {}
 

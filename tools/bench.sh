@@ -53,12 +53,13 @@ bench_levels() {
 
 # From lp to the software printer, through a private scheduler.
 bench_print() {
-  local bin=$WREN_ROOT/build/bench mode=user
+  local bin=$WREN_ROOT/build/bench mode=user application=()
   need build chain bench
   build bench wren-bench-print
   ((EUID != 0)) || mode=root
+  [[ ! -x $bin/app/wren-printer-app ]] || application=("$bin/app/wren-printer-app")
   "$WREN_ROOT/tests/queue/run_queue_test.sh" "$mode" "$bin/bench/wren-bench-print" \
-    "$bin/filter/rastertowren" "$bin/filter/commandtowren" "$bin/cli/wren" "$bin/ppd" "$WREN_ROOT" "$pairs" ||
+    "$bin/filter/rastertowren" "$bin/filter/commandtowren" "$bin/cli/wren" "$bin/ppd" "$WREN_ROOT" "$pairs" "${application[@]}" ||
     fail "$STATUS_FAILED" "the print time was not measured"
 }
 

@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -142,6 +144,79 @@ struct Finishing {
   std::vector<JobAttribute> attributes;
   std::string cut;  ///< empty: none
 };
+
+// The settings of the user give Japanese text a font of its own.
+TEST(AppJobs, SetTextInTheLanguageOfTheirClient) {
+  RunningApp app;
+  const auto folder = app.folder() / ".config/fontconfig";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "fonts.conf") << R"(<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig><match target="pattern">
+  <test name="lang" compare="contains"><string>ja</string></test>
+  <edit name="family" mode="prepend" binding="strong"><string>DejaVu Serif</string></edit>
+</match></fontconfig>
+)";
+  for (const char* language : {"ja-JP", "zh-CN", "en"}) {
+    app.speak(language);
+    ASSERT_EQ(app.print("Word\n", "text/plain").state, IPP_JSTATE_COMPLETED) << language;
+  }
+  const auto papers = app.waitForPapers(3);
+  ASSERT_EQ(papers.size(), 3U);
+  EXPECT_THAT(papers[2], SameBytes(papers[1]));
+  EXPECT_NE(papers[0], papers[1]);
+}
+
+// A phone that prints without a cut says so. A queue of CUPS sends the same "none" for a person who
+// chose nothing, with what no person chooses.
+TEST(AppJobs, CutWhenAQueueOfCupsSaysNone) {
+  RunningApp app;
+  std::size_t jobs = 0;
+  const JobAttribute none = JobAttribute::number("finishings", 3);
+  const JobAttribute handling =
+      JobAttribute::keyword("multiple-document-handling", "separate-documents-uncollated-copies");
+  const JobAttribute bin = JobAttribute::keyword("output-bin", "center");
+  const Finishing cases[] = {
+      {{none, handling, bin}, kPartialCut}, {{none, handling}, ""}, {{none, bin}, ""}};
+  for (const Finishing& row : cases) {
+    SCOPED_TRACE(jobs);
+    const JobOutcome job = app.print(pwg({block(576, 80, 0, 80)}), kPwg, row.attributes);
+    ASSERT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+    EXPECT_EQ(count(app.waitForPapers(++jobs).back(), kPartialCut), row.cut.empty() ? 0U : 1U);
+  }
+}
+
+struct Content {
+  std::vector<JobAttribute> attributes;
+  const char* halftone;
+};
+
+TEST(AppJobs, TakeTheHalftoneOfTheirContentUnlessTheyNameOne) {
+  RunningApp app;
+  const auto content = [](const char* value) {
+    return JobAttribute::keyword("print-content-optimize", value);
+  };
+  const Content cases[] = {
+      {{content("text")}, "threshold"},
+      {{content("graphic")}, "ordered"},
+      {{content("text-and-graphic")}, "ordered"},
+      {{content("photo")}, "stucki"},
+      {{content("auto")}, "threshold"},
+      {{content("photo"), JobAttribute::keyword("halftone-type", "bayer")}, "bayer"},
+  };
+  std::size_t jobs = 0;
+  for (const Content& row : cases) {
+    SCOPED_TRACE(jobs);
+    const std::string page = pwg({noisePage(576, 80, 3)});
+    ASSERT_EQ(app.print(page, kPwg, row.attributes).state, IPP_JSTATE_COMPLETED);
+    ASSERT_EQ(app.print(page, kPwg, {JobAttribute::keyword("halftone-type", row.halftone)}).state,
+              IPP_JSTATE_COMPLETED);
+    jobs += 2;
+    const auto papers = app.waitForPapers(jobs);
+    ASSERT_EQ(papers.size(), jobs);
+    EXPECT_THAT(papers.at(jobs - 2), SameBytes(papers.at(jobs - 1)));
+  }
+}
 
 TEST(AppJobs, CutAsTheirFinishingsSay) {
   RunningApp app;

@@ -189,6 +189,11 @@ JobOutcome RunningApp::submit(const std::string& document, const std::string& fo
                               const std::vector<JobAttribute>& attributes,
                               const std::string& printer) {
   Ipp request = newRequest(IPP_OP_PRINT_JOB, uriOf(printer));
+  if (!language_.empty()) {
+    ipp_attribute_t* language =
+        ippFindAttribute(request.get(), "attributes-natural-language", IPP_TAG_LANGUAGE);
+    ippSetString(request.get(), &language, 0, language_.c_str());
+  }
   addFormat(request.get(), format);
   for (const JobAttribute& attribute : attributes) add(request.get(), attribute);
   return outcomeOf(send(std::move(request), document, printer).get());

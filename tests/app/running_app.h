@@ -80,6 +80,9 @@ class RunningApp {
   /// Its peak resident set size so far.
   long peakKilobytes() const { return process_->peakKilobytesSoFar(); }
 
+  /// Sends further requests in this language, as in RFC 5646.
+  void speak(const std::string& language) { language_ = language; }
+
   /// Sends further requests to this address of the machine, not to "localhost".
   void reachBy(const std::string& address) { address_ = address; }
 
@@ -139,6 +142,7 @@ class RunningApp {
   std::unique_ptr<Process> process_;
   std::string printerUri_;
   std::string address_ = "localhost";
+  std::string language_;  // empty: that of the process
   int port_ = 0;
 };
 
