@@ -17,7 +17,7 @@ namespace wren::app {
 struct DocumentRequest {
   std::string path;  ///< a file that can be read from any position
   PageTarget target;
-  unsigned charactersPerInch = 10;  ///< of text: 10 or 14
+  unsigned charactersPerInch = 10;             ///< of text: 10 or 14
   TextLanguage language = TextLanguage::kAny;  ///< of text
   /// Asked at least every 100 ms.
   CancelCheck cancel;

@@ -92,13 +92,19 @@ void addId(pappl_printer_t* printer, void* ids) {
   static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
 }
 
+// Not in the callback of the printers: the system is locked there, and with it every new client.
+void forEachActiveJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
+  std::vector<int> ids;
+  papplSystemIteratePrinters(system, addId, &ids);
+  for (const int id : ids) {
+    pappl_printer_t* printer = papplSystemFindPrinter(system, nullptr, id, nullptr);
+    if (printer != nullptr) papplPrinterIterateActiveJobs(printer, act, data, 1, 0);
+  }
+}
+
 void addKey(pappl_job_t* job, void* keys) {
   static_cast<std::set<JobKey>*>(keys)->insert(
       {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)});
-}
-
-void addKeys(pappl_printer_t* printer, void* keys) {
-  papplPrinterIterateActiveJobs(printer, addKey, keys, 1, 0);
 }
 
 struct Search {
@@ -113,10 +119,6 @@ void findPrinting(pappl_job_t* job, void* search) {
   const bool isBegun = std::binary_search(printing.begun.begin(), printing.begun.end(), key);
   printing.isFound |= papplJobGetState(job) == IPP_JSTATE_PROCESSING &&
                       (isBegun || papplJobGetFilename(job) == nullptr);
-}
-
-void findPrintingAt(pappl_printer_t* printer, void* search) {
-  papplPrinterIterateActiveJobs(printer, findPrinting, search, 1, 0);
 }
 
 }  // namespace
@@ -204,7 +206,7 @@ bool StateKeeper::save() {
     if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) ended.push_back(key);
   }
   std::set<JobKey> named;
-  papplSystemIteratePrinters(system_, addKeys, &named);
+  forEachActiveJob(system_, addKey, &named);
   const std::string path = file_ + ".new";
   unsigned long number = 0;
   if (!write(path, number) || !sync(path, O_RDONLY)) return false;
@@ -227,7 +229,7 @@ bool StateKeeper::save() {
 void StateKeeper::endIfNothingPrints() {
   const std::vector<JobKey> begun = begun_.all();
   Search printing = {begun};
-  papplSystemIteratePrinters(system_, findPrintingAt, &printing);
+  forEachActiveJob(system_, findPrinting, &printing);
   if (!printing.isFound && save()) std::_Exit(EXIT_SUCCESS);
 }
 
@@ -244,14 +246,8 @@ void StateKeeper::resumeWaiting() {
 }
 
 std::string StateKeeper::activeJobs() const {
-  std::vector<int> ids;
-  papplSystemIteratePrinters(system_, addId, &ids);
   std::string text;
-  // Not in the callback: the system is locked there, and with it every new client.
-  for (const int id : ids) {
-    pappl_printer_t* printer = papplSystemFindPrinter(system_, nullptr, id, nullptr);
-    if (printer != nullptr) papplPrinterIterateActiveJobs(printer, addJob, &text, 1, 0);
-  }
+  forEachActiveJob(system_, addJob, &text);
   return text;
 }
 
