@@ -136,7 +136,7 @@ void RunningApp::start() {
                       "TMPDIR=" + folder().string(), "TZ=UTC",
                       // Without a thread sanitizer in the program this says nothing to it.
                       "TSAN_OPTIONS=suppressions=" WREN_TSAN_SUPPRESSIONS};
-  spec.timeoutSeconds = 100;
+  spec.timeoutSeconds = setup_.timeoutSeconds;
   process_ = std::make_unique<Process>(spec);
   const bool started = waitUntil(
       [&] {

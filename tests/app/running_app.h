@@ -53,6 +53,7 @@ struct AppSetup {
   std::string device = {};                ///< empty: a software printer
   std::vector<std::string> options = {};  ///< more arguments of "trial"
   std::string state = {};                 ///< what an earlier run has saved; empty: nothing
+  double timeoutSeconds = 100;            ///< ends it after this time
 };
 
 /// Runs `wren-printer-app` to its end.
