@@ -52,9 +52,16 @@ void refuseJob(pappl_job_t* job, pappl_jreason_t reason, const std::string& text
 }
 
 std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t& options,
-                                      const JobServices& services) {
+                                      const JobServices& services,
+                                      const JobRequest::Lookup& ofDocument) {
   try {
     JobRequest request = requestOf(job, options);
+    if (ofDocument) {
+      request.ofJob = [ofDocument, ofJob = request.ofJob](const char* attribute) {
+        const auto value = ofDocument(attribute);
+        return value ? value : ofJob(attribute);
+      };
+    }
     request.clientIsLocal = services.origins == nullptr || services.origins->isLocal(job);
     return makeJobSettings(request);
   } catch (const BadAttribute& bad) {
@@ -77,13 +84,14 @@ ActiveJob::ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices
     : job_(job), device_(device), services_(services) {}
 
 std::unique_ptr<ActiveJob> ActiveJob::start(pappl_job_t* job, const pappl_pr_options_t& options,
-                                            pappl_device_t* device, const JobServices& services) {
+                                            pappl_device_t* device, const JobServices& services,
+                                            const JobRequest::Lookup& ofDocument) {
   std::unique_ptr<ActiveJob> active(new ActiveJob(job, device, services));
-  return active->begin(options) ? std::move(active) : nullptr;
+  return active->begin(options, ofDocument) ? std::move(active) : nullptr;
 }
 
-bool ActiveJob::begin(const pappl_pr_options_t& options) {
-  const auto settings = settingsOf(job_, options, services_);
+bool ActiveJob::begin(const pappl_pr_options_t& options, const JobRequest::Lookup& ofDocument) {
+  const auto settings = settingsOf(job_, options, services_, ofDocument);
   if (!settings) return false;
   plan_.settings = *settings;
   plan_.target = targetOf(job_, options);

@@ -24,6 +24,7 @@
 namespace wren::app {
 
 class ReadyCommands;
+class ReadyDocuments;
 
 /// What the jobs of a process share; outlives them. Null members are left out.
 struct JobServices {
@@ -31,14 +32,17 @@ struct JobServices {
   StateKeeper* state = nullptr;
   const JobOrigins* origins = nullptr;  ///< null: every client is local
   const ReadyCommands* commands = nullptr;
+  const ReadyDocuments* documents = nullptr;
 };
 
 class ActiveJob {
  public:
+  /// @param ofDocument attributes that the document names itself; they beat those of the job.
   /// Tells the client why the job is refused and returns null if one of its attributes is bad or
   /// its device cannot be written.
   static std::unique_ptr<ActiveJob> start(pappl_job_t* job, const pappl_pr_options_t& options,
-                                          pappl_device_t* device, const JobServices& services);
+                                          pappl_device_t* device, const JobServices& services,
+                                          const JobRequest::Lookup& ofDocument = {});
 
   PrintJob& pages() { return *print_; }
   const PageTarget& target() const { return plan_.target; }
@@ -55,7 +59,7 @@ class ActiveJob {
  private:
   ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services);
 
-  bool begin(const pappl_pr_options_t& options);
+  bool begin(const pappl_pr_options_t& options, const JobRequest::Lookup& ofDocument);
 
   pappl_job_t* job_;
   pappl_device_t* device_;
@@ -66,10 +70,11 @@ class ActiveJob {
   bool failed_ = false;
 };
 
-/// What the job and its printer set. Tells the client what is wrong and returns nothing if an
-/// attribute of the job is bad.
+/// What the document, the job and its printer set. Tells the client what is wrong and returns
+/// nothing if an attribute of the job is bad.
 std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t& options,
-                                      const JobServices& services);
+                                      const JobServices& services,
+                                      const JobRequest::Lookup& ofDocument = {});
 
 /// Notes, on disk, that the job is about to send its first byte.
 void noteBegin(pappl_job_t* job, const JobServices& services);

@@ -85,10 +85,4 @@ void acceptDocuments(pappl_system_t* system, const char* printerFormat,
   }
 }
 
-bool refusePrinterBytes(pappl_job_t* job, pappl_pr_options_t* /*options*/,
-                        pappl_device_t* /*device*/) {
-  refuseJob(job, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, "printer bytes are not accepted");
-  return false;
-}
-
 }  // namespace wren::app

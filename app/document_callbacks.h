@@ -18,9 +18,4 @@ namespace wren::app {
 void acceptDocuments(pappl_system_t* system, const char* printerFormat,
                      const JobServices& services);
 
-/// Refuses a document that is in the printer's own format already, in words: bytes that nobody has
-/// checked would reach the printer, drawer pulses among them. A callback of type
-/// pappl_pr_printfile_cb_t; PAPPL needs one.
-bool refusePrinterBytes(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device);
-
 }  // namespace wren::app

@@ -66,6 +66,7 @@ JobRequest requestOf(pappl_job_t* job, const pappl_pr_options_t& options) {
   request.content = textOf(papplJobGetAttribute(job, "print-content-optimize")).value_or("");
   request.cutAtEnd = cutAtEndOf(job);
   request.darkness = options.print_darkness;
+  request.configuredDarkness = options.darkness_configured;
   request.highQuality = options.print_quality == IPP_QUALITY_HIGH;
   return request;
 }

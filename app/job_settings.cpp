@@ -27,7 +27,6 @@ constexpr std::array<ContentHalftone, 4> kContentHalftones = {{
 }};
 
 constexpr std::int32_t kPartialCut = 2;
-constexpr std::int32_t kDarknessPerBrightness = 4;
 constexpr std::uint32_t kTextPitches[] = {10, 14};
 
 std::optional<std::int32_t> valueOf(const VendorOption& option, const JobRequest::Lookup& lookup) {
@@ -81,10 +80,11 @@ std::int32_t directionOf(const JobRequest& request) {
   return request.highQuality ? 1 : printerValue(option, request);
 }
 
-// Nearest step, and half a step towards 0: as the division of integers has it.
-std::int32_t brightnessOf(std::int32_t darkness) {
-  return std::clamp(darkness / kDarknessPerBrightness, job::kBrightnessOption.lowest,
-                    job::kBrightnessOption.highest);
+std::int32_t brightnessOf(const JobRequest& request) {
+  const std::int32_t brightness =
+      request.darkness / kDarknessPerBrightness +
+      (request.configuredDarkness - kMiddleDarkness) / kConfiguredPerBrightness;
+  return std::clamp(brightness, job::kBrightnessOption.lowest, job::kBrightnessOption.highest);
 }
 
 bool mayOpenDrawer(const JobRequest& request) {
@@ -121,7 +121,7 @@ JobSettings makeJobSettings(const JobRequest& request) {
   settings.core.docCutType = documentCutOf(request);
   settings.core.bidiPrinting = directionOf(request);
   settings.core.halftoneType = halftoneOf(request);
-  settings.core.brightness = brightnessOf(request.darkness);
+  settings.core.brightness = brightnessOf(request);
   settings.core.debugImages = false;
   settings.mayOpenDrawer = mayOpenDrawer(request);
   if (!settings.mayOpenDrawer) settings.core.cashDrawerSetting = 0;

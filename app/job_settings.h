@@ -26,9 +26,17 @@ struct JobRequest {
   std::string content;           ///< print-content-optimize, if the job names one
   std::optional<bool> cutAtEnd;  ///< finishings, if the job names any: trim or none
   std::int32_t darkness = 0;     ///< print-darkness, -100 to 100
-  bool highQuality = false;      ///< print-quality is high: prints in one direction
-  bool clientIsLocal = true;     ///< else the printer may keep the drawer closed
+  /// printer-darkness-configured, 0 to 100: what PAPPL's page sets as "Print Darkness".
+  std::int32_t configuredDarkness = 50;
+  bool highQuality = false;   ///< print-quality is high: prints in one direction
+  bool clientIsLocal = true;  ///< else the printer may keep the drawer closed
 };
+
+/// Units of print-darkness in one of brightness.
+inline constexpr std::int32_t kDarknessPerBrightness = 4;
+/// Units of printer-darkness-configured in one of brightness, which is 0 in the middle.
+inline constexpr std::int32_t kConfiguredPerBrightness = 2;
+inline constexpr std::int32_t kMiddleDarkness = 50;
 
 struct JobSettings {
   Settings core;

@@ -10,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
-#include "app/document_callbacks.h"
 #include "app/network_device.h"
 #include "app/page_sink.h"
 #include "app/paper.h"
 #include "app/raster_callbacks.h"
 #include "app/ready_commands.h"
+#include "app/ready_documents.h"
 #include "app/vendor_option.h"
 
 namespace wren::app {
@@ -122,7 +122,7 @@ bool describeDriver(pappl_system_t* /*system*/, const char* driverName, const ch
   if (paper == nullptr) return false;
   copyText(data->make_and_model, paper->model);
   data->format = kPrinterFormat;
-  data->printfile_cb = refusePrinterBytes;
+  data->printfile_cb = printReadyDocument;
   data->kind = PAPPL_KIND_RECEIPT | PAPPL_KIND_ROLL;
   data->ppm = 30;
   describeQuality(*data);

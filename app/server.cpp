@@ -19,6 +19,7 @@
 #include "app/lock_order.h"
 #include "app/printer_driver.h"
 #include "app/status_page.h"
+#include "app/web/web_pages.h"
 #include "common/handles.h"
 
 namespace wren::app {
@@ -67,7 +68,8 @@ Server::Server(const ServerOptions& options)
       state_(makePrivateFolder(options.stateFolder)),
       origins_(isShared(options.host)),
       commands_(options.stateFolder),
-      services_{&keeper_, &state_, &origins_, &commands_} {
+      documents_(options.stateFolder),
+      services_{&keeper_, &state_, &origins_, &commands_, &documents_} {
   setClientTimeout(std::chrono::seconds(options.clientTimeoutSeconds));
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
@@ -85,6 +87,7 @@ Server::Server(const ServerOptions& options)
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");
+  web::addSharedFiles(system_);
   state_.start(system_);
   listen(options);
   if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {

@@ -13,6 +13,7 @@
 #include "app/client_origin.h"
 #include "app/page_keeper.h"
 #include "app/ready_commands.h"
+#include "app/ready_documents.h"
 #include "app/state_keeper.h"
 
 namespace wren::app {
@@ -49,6 +50,7 @@ class Server {
   StateKeeper state_;
   JobOrigins origins_;
   ReadyCommands commands_;
+  ReadyDocuments documents_;
   JobServices services_;
   pappl_system_t* system_ = nullptr;
 };

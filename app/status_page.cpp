@@ -10,6 +10,7 @@
 #include "app/job_attributes.h"
 #include "app/network_device.h"
 #include "app/vendor_option.h"
+#include "app/web/web_pages.h"
 
 namespace wren::app {
 namespace {
@@ -103,6 +104,7 @@ void addStatusPages(pappl_printer_t* printer, void* /*data*/) {
   papplSystemAddResourceCallback(system, (page + ".txt").c_str(), "text/plain", sendText, id);
   papplPrinterAddLink(printer, "Status", page.c_str(),
                       PAPPL_LOPTIONS_NAVIGATION | PAPPL_LOPTIONS_STATUS);
+  web::addPrinterPages(printer);
 }
 
 }  // namespace wren::app

@@ -36,6 +36,7 @@ inline constexpr const char* kDrawerClientsAttribute = "drawer-from";
 inline constexpr const char* kDrawerLevelAttribute = "drawer-level";
 inline constexpr const char* kDrawerAttribute = "cash-drawer-setting";
 inline constexpr const char* kCutAttribute = "doc-cut-type";
+inline constexpr const char* kKeptPapersAttribute = "kept-papers";
 inline constexpr const char* kDirectionAttribute = "bidi-printing";
 
 /// All of them, in the order in which a printer lists them.

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "common/handles.h"
+#include "common/memory_file.h"
 
 namespace wren::preview {
 namespace {
@@ -127,8 +128,9 @@ class GreyRows final : public RowSource {
 
 // An error in libpng jumps back to setjmp() and skips destructors, so this function has no local
 // variable that needs one.
-bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file, CancelCheck cancel) {
+bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file, const PngRules& rules) {
   if (setjmp(png_jmpbuf(writer.png())) != 0) return false;
+  if (rules.isFast) png_set_compression_level(writer.png(), 1);
   png_init_io(writer.png(), file);
   // The default limit of libpng is a million rows; a roll of paper can exceed it.
   png_set_user_limits(writer.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX);
@@ -137,19 +139,19 @@ bool writeAll(const PngWriter& writer, RowSource& source, std::FILE* file, Cance
   png_write_info(writer.png(), writer.info());
   png_set_packing(writer.png());
   for (std::uint64_t y = 0; y < source.height(); ++y) {
-    if (cancel.isCancelled()) png_error(writer.png(), "cancelled");
+    if (rules.cancel.isCancelled()) png_error(writer.png(), "cancelled");
     png_write_row(writer.png(), source.row(y));
   }
   png_write_end(writer.png(), nullptr);
   return true;
 }
 
-std::string writeTo(std::FILE* file, RowSource& source, CancelCheck cancel) {
+std::string writeTo(std::FILE* file, RowSource& source, const PngRules& rules) {
   if (source.height() > PNG_UINT_31_MAX) return "the picture is too long for a PNG";
   std::string error;
   const PngWriter writer(&error);
   if (!writer.usable()) return "libpng cannot be set up";
-  if (!writeAll(writer, source, file, cancel)) return error;
+  if (!writeAll(writer, source, file, rules)) return error;
   return {};
 }
 
@@ -157,7 +159,7 @@ std::string writeRows(RowSource& source, const std::string& path, const PngRules
   // x: fails if there is a file, a link or anything else of this name.
   FilePtr file(std::fopen(path.c_str(), rules.keepExisting ? "wbx" : "wb"));
   if (file == nullptr) return std::strerror(errno);
-  std::string error = writeTo(file.get(), source, rules.cancel);
+  std::string error = writeTo(file.get(), source, rules);
   if (std::fclose(file.release()) != 0 && error.empty()) error = std::strerror(errno);
   std::error_code ignored;
   if (!error.empty() && std::filesystem::is_regular_file(path, ignored)) std::remove(path.c_str());
@@ -187,6 +189,13 @@ std::string writePng(PaperPicture& picture, const std::string& path, const PngRu
 std::string writePng(const Picture& picture, const std::string& path) {
   GreyRows rows(picture);
   return writeRows(rows, path, {});
+}
+
+std::string pngBytes(PaperPicture& picture, const PngRules& rules) {
+  PaperRows rows(picture, rules.maxRows);
+  MemoryFile memory;
+  if (!writeTo(memory.stream(), rows, rules).empty()) return {};
+  return memory.take();
 }
 
 }  // namespace wren::preview

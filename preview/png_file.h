@@ -18,6 +18,7 @@ struct PngRules {
   CancelCheck cancel;                  ///< asked before each row
   bool keepExisting = false;           ///< an existing file is an error
   std::uint64_t maxRows = UINT64_MAX;  ///< the picture is cut off after these rows
+  bool isFast = false;                 ///< compresses less, in a quarter of the time
 };
 
 /// Writes `picture` with its resolution to `path`. One row is in memory at a time. After an error
@@ -28,6 +29,11 @@ std::string writePng(PaperPicture& picture, const std::string& path, const PngRu
 
 /// The same for a grey picture, which has no resolution.
 std::string writePng(const Picture& picture, const std::string& path);
+
+/// The bytes of such a file, in memory. Throws std::bad_alloc.
+/// @param picture must not be empty.
+/// @return nothing if it was cancelled or libpng failed.
+std::string pngBytes(PaperPicture& picture, const PngRules& rules = {});
 
 /// Whether a file is a PNG that `writePng` wrote: it names Wren as its software. Another file is
 /// not replaced unless its user names it.

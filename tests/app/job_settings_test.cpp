@@ -112,6 +112,22 @@ TEST(JobSettings, TurnDarknessIntoBrightness) {
   }
 }
 
+TEST(JobSettings, AddTheDarknessThatPapplsPageSets) {
+  struct Row {
+    std::int32_t configured;
+    std::int32_t darkness;
+    std::int32_t brightness;
+  };
+  for (const Row& row : {Row{50, 0, 0}, Row{60, 0, 5}, Row{0, 0, -25}, Row{100, 0, 25},
+                         Row{60, -20, 0}, Row{100, 100, 25}, Row{0, -100, -25}}) {
+    JobRequest request;
+    request.darkness = row.darkness;
+    request.configuredDarkness = row.configured;
+    EXPECT_EQ(makeJobSettings(request).core.brightness, row.brightness)
+        << row.configured << ", " << row.darkness;
+  }
+}
+
 TEST(JobSettings, PrintHighQualityInOneDirectionUnlessTheJobSaysOtherwise) {
   JobRequest request;
   request.highQuality = true;

@@ -29,16 +29,28 @@ struct GreyPicture {
   }
 };
 
-/// The picture in a PNG file; empty if the file cannot be read.
-inline GreyPicture readPng(const std::string& path) {
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
+/// Reads on where png_image_begin_read_from_... has ended; empty if that failed.
+inline GreyPicture finishPng(png_image& image, int begun) {
   GreyPicture picture;
-  if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return picture;
+  if (begun == 0) return picture;
   image.format = PNG_FORMAT_GRAY;
   picture.pixels.resize(PNG_IMAGE_SIZE(image));
   if (png_image_finish_read(&image, nullptr, picture.pixels.data(), 0, nullptr) == 0) return {};
   picture.width = image.width;
   picture.height = image.height;
   return picture;
+}
+
+/// The picture in a PNG file; empty if the file cannot be read.
+inline GreyPicture readPng(const std::string& path) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  return finishPng(image, png_image_begin_read_from_file(&image, path.c_str()));
+}
+
+/// The picture in the bytes of such a file.
+inline GreyPicture readPngBytes(const std::string& bytes) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  return finishPng(image, png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()));
 }
