@@ -39,6 +39,9 @@ void passId(pappl_printer_t* printer, void* next) {
   number = std::max(number, papplPrinterGetID(printer) + 1);
 }
 
+// The job whose document this thread receives into a file.
+thread_local pappl_job_t* receivedJob = nullptr;
+
 struct DeleteIpp {
   void operator()(ipp_t* attributes) const { ippDelete(attributes); }
 };
@@ -59,7 +62,7 @@ thread_local pappl_job_t* receivedJob = nullptr;
 
 // With each save of the state the attributes of each waiting job are written again, in place: who
 // is killed then loses them, and the job prints with the defaults of its printer. They never
-// change, so they are written once.
+// change, so they are written once. Also tells httpRead2 of the job.
 extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSize,
                                 const char* directory, const char* extension, const char* mode) {
   using Open = int (*)(pappl_job_t*, char*, std::size_t, const char*, const char*, const char*);
@@ -71,6 +74,7 @@ extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSi
     const wren::FileDescriptor written(kOriginal(job, name, nameSize, directory, extension, "r"));
     if (written && holdsAttributes(written.get())) return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   }
+  if (!areAttributes) receivedJob = job;
   return kOriginal(job, name, nameSize, directory, extension, mode);
 }
 

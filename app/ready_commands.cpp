@@ -42,15 +42,15 @@ const char* testPage(pappl_printer_t* printer, char* buffer, std::size_t size) {
 
 }  // namespace
 
-std::string ReadyCommands::write(job::CommandKind kind) const {
+std::string ReadyCommands::write(job::CommandKind kind, const std::string& argument) const {
   std::string path = folder_ + "/XXXXXX.command";
   constexpr int kSuffixLength = 8;
   FileDescriptor descriptor(::mkstemps(path.data(), kSuffixLength));
   const FilePtr file(descriptor ? ::fdopen(descriptor.get(), "w") : nullptr);
   if (file == nullptr) return {};
   descriptor.release();
-  std::fprintf(file.get(), "%s\n%s\n", std::string(job::kCommandFileHead).c_str(),
-               job::kCommandNames[static_cast<std::size_t>(kind)]);
+  std::fprintf(file.get(), "%s\n%s %s\n", std::string(job::kCommandFileHead).c_str(),
+               job::kCommandNames[static_cast<std::size_t>(kind)], argument.c_str());
   return path;
 }
 

@@ -22,8 +22,9 @@ class ReadyCommands {
   explicit ReadyCommands(std::string folder) : folder_(std::move(folder)) {}
 
   /// Writes a new command file of mode 0600; PAPPL removes it when its job has ended.
+  /// @param argument what follows the name of the command; empty: nothing.
   /// @return its path; empty if it cannot be written.
-  std::string write(job::CommandKind kind) const;
+  std::string write(job::CommandKind kind, const std::string& argument = {}) const;
 
  private:
   std::string folder_;

@@ -73,7 +73,7 @@ class CommandWriter {
   bool finish(const Settings& settings) {
     if (isCancelled()) job::writeCancelledJobEnd(out_, settings);
     std::fflush(out_);
-    const bool isTaken = endDeviceJob(device_) && std::ferror(out_) == 0;
+    const bool isTaken = endDeviceJob(device_, job_) && std::ferror(out_) == 0;
     const std::string fault = deviceFault(device_);
     if (!fault.empty()) refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "printer: " + fault);
     return isTaken && fault.empty();

@@ -346,11 +346,6 @@ JobSettings settingsOf(const Request& request, const Tone& tone, std::int32_t me
   return settings;
 }
 
-std::string jobUser(const Request& request) {
-  const char* const user = papplClientGetUsername(request.client());
-  return user == nullptr || *user == '\0' ? "web" : user;
-}
-
 const ReadyDocuments* documentsOf(pappl_printer_t* printer) {
   pappl_pr_driver_data_t data = {};
   papplPrinterGetDriverData(printer, &data);
@@ -369,7 +364,7 @@ int printPages(const Request& request, Document document, std::int32_t method) {
                               {kContrastAttribute, std::to_string(document.tone.contrast)}}});
   if (file.empty()) return 0;
   pappl_job_t* const job =
-      papplJobCreateWithFile(request.printer(), jobUser(request).c_str(), kPrinterFormat,
+      papplJobCreateWithFile(request.printer(), request.user().c_str(), kPrinterFormat,
                              request.say(kHalftoneTitle), 0, nullptr, file.c_str());
   return job == nullptr ? 0 : papplJobGetID(job);
 }

@@ -130,6 +130,11 @@ std::string Request::path(const char* page) const {
   return fieldText(papplPrinterGetPath(printer_, page, path.data(), path.size()));
 }
 
+std::string Request::user() const {
+  const std::string user = fieldText(papplClientGetUsername(client_));
+  return user.empty() ? "web" : user;
+}
+
 std::string Request::printerName() const {
   return fieldText(papplPrinterGetName(printer_));
 }
@@ -147,6 +152,7 @@ bool Request::sendPage(const char* page, const Text& title, std::string_view bod
   frame.printerName = printerName();
   frame.links.push_back({path(nullptr), frame.printerName, false});
   const std::pair<const char*, Text> pages[] = {{kHalftonePage, kHalftoneTitle},
+                                                {kPrinterPage, kPrinterTitle},
                                                 {"status", kStatus},
                                                 {"media", kMedia},
                                                 {"printing", kDefaults}};

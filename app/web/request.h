@@ -61,6 +61,9 @@ class Request {
   /// The path of a page of this printer.
   std::string path(const char* page) const;
 
+  /// The name for jobs: that of the person who logged in, else "web".
+  std::string user() const;
+
   /// What people call the printer.
   std::string printerName() const;
 

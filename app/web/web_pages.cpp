@@ -6,9 +6,11 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "app/web/halftone_page.h"
 #include "app/web/html.h"
+#include "app/web/printer_page.h"
 #include "app/web/request.h"
 #include "app/web/shared_files.h"
 
@@ -29,6 +31,8 @@ constexpr Route kRoutes[] = {
     {"halftone/preview", kJson, onRequest<answerHalftonePreview>},
     {"halftone/pdf", kJson, onRequest<answerPdfPages>},
     {"halftone/print", kJson, onRequest<answerHalftonePrint>},
+    {kPrinterPage, kHtml, onRequest<answerPrinterPage>},
+    {"printer/action", kHtml, onRequest<answerPrinterAction>},
 };
 
 std::string pathOf(pappl_printer_t* printer, const char* page) {
@@ -61,8 +65,11 @@ void addPrinterPages(pappl_printer_t* printer) {
                                    route.callback, id);
   }
   // PAPPL's frame has no language of ours.
-  papplPrinterAddLink(printer, kHalftoneTitle.english, pathOf(printer, kHalftonePage).c_str(),
-                      PAPPL_LOPTIONS_NAVIGATION | PAPPL_LOPTIONS_PRINTER);
+  for (const auto& [page, title] :
+       {std::pair(kHalftonePage, kHalftoneTitle), std::pair(kPrinterPage, kPrinterTitle)}) {
+    papplPrinterAddLink(printer, title.english, pathOf(printer, page).c_str(),
+                        PAPPL_LOPTIONS_NAVIGATION | PAPPL_LOPTIONS_PRINTER);
+  }
 }
 
 }  // namespace wren::app::web

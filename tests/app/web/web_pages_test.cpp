@@ -33,7 +33,7 @@ std::string asText(std::string html) {
   return html;
 }
 
-const std::vector<std::string> kPages = {"halftone"};
+const std::vector<std::string> kPages = {"halftone", "printer"};
 
 TEST(WebPages, HaveAHeadThatLoadsNothingFromElsewhere) {
   RunningApp app;
