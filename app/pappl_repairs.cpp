@@ -53,13 +53,6 @@ bool holdsAttributes(int file) {
 
 }  // namespace
 
-namespace {
-
-// The job whose document this thread receives into a file.
-thread_local pappl_job_t* receivedJob = nullptr;
-
-}  // namespace
-
 // With each save of the state the attributes of each waiting job are written again, in place: who
 // is killed then loses them, and the job prints with the defaults of its printer. They never
 // change, so they are written once. Also tells httpRead2 of the job.
@@ -74,7 +67,6 @@ extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSi
     const wren::FileDescriptor written(kOriginal(job, name, nameSize, directory, extension, "r"));
     if (written && holdsAttributes(written.get())) return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   }
-  if (!areAttributes) receivedJob = job;
   return kOriginal(job, name, nameSize, directory, extension, mode);
 }
 
