@@ -81,7 +81,7 @@ void noteBegin(pappl_job_t* job, const JobServices& services) {
 }
 
 ActiveJob::ActiveJob(pappl_job_t* job, pappl_device_t* device, const JobServices& services)
-    : job_(job), device_(device), services_(services) {}
+    : job_(job), device_(device), services_(services), record_(job, services.papers) {}
 
 std::unique_ptr<ActiveJob> ActiveJob::start(pappl_job_t* job, const pappl_pr_options_t& options,
                                             pappl_device_t* device, const JobServices& services,
@@ -97,7 +97,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options, const JobRequest::Looku
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
   plan_.job = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
-  stream_ = openDeviceStream(device_);
+  stream_ = openDeviceStream(device_, record_.bytes());
   if (stream_ == nullptr) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");
     return false;
@@ -135,6 +135,7 @@ bool ActiveJob::finish() {
   const bool isTaken = endDeviceJob(device_, job_);
   const std::string fault = deviceFault(device_);
   if (!fault.empty()) fail(DocumentError::Kind::kSystem, "printer: " + fault);
+  record_.finish(plan_.settings);
   return isWritten && isTaken && !failed_;
 }
 

@@ -14,6 +14,7 @@
 
 #include "app/client_origin.h"
 #include "app/document_error.h"
+#include "app/kept_papers.h"
 #include "app/page_keeper.h"
 #include "app/page_target.h"
 #include "app/print_job.h"
@@ -33,6 +34,7 @@ struct JobServices {
   const JobOrigins* origins = nullptr;  ///< null: every client is local
   const ReadyCommands* commands = nullptr;
   const ReadyDocuments* documents = nullptr;
+  KeptPapers* papers = nullptr;
 };
 
 class ActiveJob {
@@ -65,6 +67,7 @@ class ActiveJob {
   pappl_device_t* device_;
   JobServices services_;
   PrintJob::Plan plan_;
+  PaperRecord record_;
   FilePtr stream_;
   std::unique_ptr<PrintJob> print_;
   bool failed_ = false;

@@ -111,7 +111,8 @@ class CommandJob {
   }
 
   bool write() {
-    const FilePtr stream = openDeviceStream(device_);
+    PaperRecord record(job_, services_.papers);
+    const FilePtr stream = openDeviceStream(device_, record.bytes());
     if (stream == nullptr) throw std::bad_alloc();
     attachJob(device_, job_);
     const CancelCheck cancel = {isCancelled, job_};
@@ -125,6 +126,7 @@ class CommandJob {
       std::fflush(stream.get());
     }
     const bool isTaken = endDeviceJob(device_, job_) && std::ferror(stream.get()) == 0;
+    record.finish(settings_);
     if (const std::string fault = deviceFault(device_); !fault.empty()) {
       refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "printer: " + fault);
     } else if (!errors_.empty()) {

@@ -88,7 +88,6 @@ class CommandWriter {
       case escpos::CommandKind::kRealTimeRecovery:
       case escpos::CommandKind::kRealTimeStatus:
       case escpos::CommandKind::kTransmitStatus:
-      case escpos::CommandKind::kStatusRequest:
       case escpos::CommandKind::kTruncated:
         return false;
       default:
@@ -105,7 +104,8 @@ bool printBytes(pappl_job_t* job, const std::string& bytes, const pappl_pr_optio
                 pappl_device_t* device, const JobServices& services) {
   const auto settings = settingsOf(job, options, services);
   if (!settings) return false;
-  const FilePtr stream = openDeviceStream(device);
+  PaperRecord record(job, services.papers);
+  const FilePtr stream = openDeviceStream(device, record.bytes());
   if (stream == nullptr) throw std::bad_alloc();
   attachJob(device, job);
   if (!beginDeviceJob(device)) return false;
@@ -114,7 +114,9 @@ bool printBytes(pappl_job_t* job, const std::string& bytes, const pappl_pr_optio
   escpos::Decoder decoder([&](const escpos::Command& command) { writer.write(command, bytes); });
   decoder.feed({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
   decoder.finish();
-  return writer.finish(settings->core);
+  const bool isWritten = writer.finish(settings->core);
+  record.finish(*settings);
+  return isWritten;
 }
 
 }  // namespace

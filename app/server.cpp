@@ -69,7 +69,8 @@ Server::Server(const ServerOptions& options)
       origins_(isShared(options.host)),
       commands_(options.stateFolder),
       documents_(options.stateFolder),
-      services_{&keeper_, &state_, &origins_, &commands_, &documents_} {
+      papers_(options.stateFolder + "/papers"),
+      services_{&keeper_, &state_, &origins_, &commands_, &documents_, &papers_} {
   setClientTimeout(std::chrono::seconds(options.clientTimeoutSeconds));
   if (!options.pagesFolder.empty()) makePrivateFolder(options.pagesFolder);
   const std::string spool = makePrivateFolder(options.stateFolder + "/spool");
@@ -88,6 +89,7 @@ Server::Server(const ServerOptions& options)
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");
   web::addSharedFiles(system_);
+  watchKeptPapers(system_, papers_);
   state_.start(system_);
   listen(options);
   if (papplSystemGetDNSSDName(system_, nullptr, 0) == nullptr) {

@@ -11,6 +11,7 @@
 
 #include "app/active_job.h"
 #include "app/client_origin.h"
+#include "app/kept_papers.h"
 #include "app/page_keeper.h"
 #include "app/ready_commands.h"
 #include "app/ready_documents.h"
@@ -51,6 +52,7 @@ class Server {
   JobOrigins origins_;
   ReadyCommands commands_;
   ReadyDocuments documents_;
+  KeptPapers papers_;
   JobServices services_;
   pappl_system_t* system_ = nullptr;
 };

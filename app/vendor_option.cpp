@@ -28,6 +28,7 @@ constexpr const char* kTextPitchNames[] = {"cpi-10", "cpi-14"};
 
 constexpr std::int32_t kHighestContrast = 100;
 constexpr std::int32_t kLongestGapMm = 200;
+constexpr std::int32_t kMostKeptPapers = 50;
 
 struct SharedOption {
   const char* keyword;
@@ -64,7 +65,7 @@ constexpr VendorOption fromTable(const SharedOption& shared) {
   return {shared.attribute, shared.choices, row.lowest, row.highest, row.initial, row.field};
 }
 
-constexpr std::size_t kOwnOptions = 6;
+constexpr std::size_t kOwnOptions = 7;
 
 constexpr auto makeOptions() {
   std::array<VendorOption, kOwnOptions + kShared.size()> options{{
@@ -74,6 +75,7 @@ constexpr auto makeOptions() {
       {kTextPitchAttribute, kTextPitchNames, 0, 1, 1, nullptr},
       {kDrawerClientsAttribute, kDrawerClients, 0, 1, 0, nullptr, true},
       {kDrawerLevelAttribute, kDrawerLevels, 0, 2, 0, nullptr, true},
+      {kKeptPapersAttribute, {}, 0, kMostKeptPapers, 0, nullptr, true},
   }};
   for (std::size_t i = 0; i < kShared.size(); ++i) options[kOwnOptions + i] = fromTable(kShared[i]);
   return options;

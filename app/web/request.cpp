@@ -152,6 +152,7 @@ bool Request::sendPage(const char* page, const Text& title, std::string_view bod
   frame.printerName = printerName();
   frame.links.push_back({path(nullptr), frame.printerName, false});
   const std::pair<const char*, Text> pages[] = {{kHalftonePage, kHalftoneTitle},
+                                                {kPaperPage, kPaperTitle},
                                                 {kPrinterPage, kPrinterTitle},
                                                 {"status", kStatus},
                                                 {"media", kMedia},

@@ -21,6 +21,7 @@ constexpr double kPaperWidth = 62.0;
 constexpr double kWidth = 140.0;
 constexpr double kTop = 6.0;
 constexpr double kLabelStep = 7.0;
+constexpr const char* kFeedColour = "#4a515c";
 
 constexpr Text kFullCut = {"full cut", "Vollschnitt"};
 constexpr Text kPartialCut = {"partial cut", "Teilschnitt"};
@@ -88,6 +89,27 @@ bool isCut(const escpos::Mark& mark) {
   return mark.kind == escpos::MarkKind::kFullCut || mark.kind == escpos::MarkKind::kPartialCut;
 }
 
+// The paper that is fed before the cut at the end of a job.
+std::string feedArrow(double from, double to) {
+  const std::string x = number(kLeft + kPaperWidth / 2);
+  return "<path d=\"M" + x + " " + number(kTop + from) + "V" + number(kTop + to - 1) +
+         "m-2 -3l2 3l2 -3\" fill=\"none\" stroke=\"" + kFeedColour + "\" stroke-width=\"0.8\"/>\n";
+}
+
+std::string label(double y, const std::string& text, const char* colour) {
+  return "<text x=\"" + number(kLeft + kPaperWidth + 7) + "\" y=\"" + number(y) + "\" fill=\"" +
+         colour + "\" font-size=\"5\">" + escaped(text) + "</text>\n";
+}
+
+// The cut at the end of the job; null if it has none.
+const escpos::Mark* documentCut(const escpos::Paper& paper, const JobSettings& settings) {
+  const escpos::Mark* last = nullptr;
+  for (const escpos::Mark& mark : paper.marks) {
+    if (settings.core.docCutType != 0 && isCut(mark)) last = &mark;
+  }
+  return last;
+}
+
 std::string stripes(const escpos::Paper& paper) {
   std::string svg;
   for (const escpos::Stripe& stripe : paper.stripes) {
@@ -111,17 +133,24 @@ std::string settingsSketch(const JobSettings& settings, const PageTarget& target
   const double length = millimetres(paper.lengthUnits);
   std::string marks;
   std::string words;
+  const escpos::Mark* const lastCut = documentCut(paper, settings);
   double labelAt = 0.0;
   unsigned pages = 0;
   for (const escpos::Mark& mark : paper.marks) {
     const Event event = eventOf(mark, pages, language);
+    if (&mark == lastCut && settings.core.feedCutAfterJobEnd > 0) {
+      marks += feedArrow(event.at - settings.core.feedCutAfterJobEnd, event.at);
+      labelAt = std::max(labelAt + kLabelStep, kTop + event.at - 6.0);
+      marks += label(labelAt,
+                     std::string(kFeed.in(language)) + " " +
+                         std::to_string(settings.core.feedCutAfterJobEnd) + " mm",
+                     kFeedColour);
+    }
     if (isCut(mark)) {
       marks += line(kTop + event.at, event.colour, mark.kind == escpos::MarkKind::kPartialCut);
     }
     labelAt = std::max(labelAt + kLabelStep, kTop + event.at + 1.5);
-    marks += "<text x=\"" + number(kLeft + kPaperWidth + 7) + "\" y=\"" + number(labelAt) +
-             "\" fill=\"" + event.colour + "\" font-size=\"5\">" + escaped(event.text) +
-             "</text>\n";
+    marks += label(labelAt, event.text, event.colour);
     words += (words.empty() ? ": " : ", ") + event.text + " (" + decimalText(event.at, language) +
              " mm)";
   }

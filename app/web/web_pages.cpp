@@ -10,6 +10,7 @@
 
 #include "app/web/halftone_page.h"
 #include "app/web/html.h"
+#include "app/web/paper_page.h"
 #include "app/web/printer_page.h"
 #include "app/web/request.h"
 #include "app/web/shared_files.h"
@@ -31,6 +32,10 @@ constexpr Route kRoutes[] = {
     {"halftone/preview", kJson, onRequest<answerHalftonePreview>},
     {"halftone/pdf", kJson, onRequest<answerPdfPages>},
     {"halftone/print", kJson, onRequest<answerHalftonePrint>},
+    {kPaperPage, kHtml, onRequest<answerPaperPage>},
+    {"paper/picture", "image/png", onRequest<answerPaperPicture>},
+    {"paper/bytes", "application/octet-stream", onRequest<answerPaperBytes>},
+    {"paper/again", kHtml, onRequest<answerPrintAgain>},
     {kPrinterPage, kHtml, onRequest<answerPrinterPage>},
     {"printer/action", kHtml, onRequest<answerPrinterAction>},
 };
@@ -66,7 +71,8 @@ void addPrinterPages(pappl_printer_t* printer) {
   }
   // PAPPL's frame has no language of ours.
   for (const auto& [page, title] :
-       {std::pair(kHalftonePage, kHalftoneTitle), std::pair(kPrinterPage, kPrinterTitle)}) {
+       {std::pair(kHalftonePage, kHalftoneTitle), std::pair(kPaperPage, kPaperTitle),
+        std::pair(kPrinterPage, kPrinterTitle)}) {
     papplPrinterAddLink(printer, title.english, pathOf(printer, page).c_str(),
                         PAPPL_LOPTIONS_NAVIGATION | PAPPL_LOPTIONS_PRINTER);
   }

@@ -174,7 +174,8 @@ fs::path RunningApp::paperFolder(const std::string& printer) const {
 }
 
 // Sends a request with a document behind it.
-Ipp RunningApp::send(Ipp request, const std::string& document, const std::string& printer) const {
+Ipp RunningApp::exchange(Ipp request, const std::string& document,
+                         const std::string& printer) const {
   const std::string resource = "/ipp/print/" + printer;
   const Http http = connect(address_, port_);
   if (http == nullptr) return nullptr;
@@ -183,6 +184,10 @@ Ipp RunningApp::send(Ipp request, const std::string& document, const std::string
   if (sent != HTTP_STATUS_CONTINUE) return nullptr;
   if (!document.empty()) cupsWriteRequestData(http.get(), document.data(), document.size());
   return Ipp(cupsGetResponse(http.get(), resource.c_str()));
+}
+
+JobOutcome RunningApp::send(Ipp request, const std::string& document) {
+  return outcomeOf(exchange(std::move(request), document).get());
 }
 
 JobOutcome RunningApp::submit(const std::string& document, const std::string& format,
@@ -196,11 +201,11 @@ JobOutcome RunningApp::submit(const std::string& document, const std::string& fo
   }
   addFormat(request.get(), format);
   for (const JobAttribute& attribute : attributes) add(request.get(), attribute);
-  return outcomeOf(send(std::move(request), document, printer).get());
+  return outcomeOf(exchange(std::move(request), document, printer).get());
 }
 
 int RunningApp::createJob() {
-  return outcomeOf(send(newRequest(IPP_OP_CREATE_JOB, printerUri_), {}).get()).id;
+  return outcomeOf(exchange(newRequest(IPP_OP_CREATE_JOB, printerUri_), {}).get()).id;
 }
 
 ipp_status_t RunningApp::sendDocument(int jobId, const std::string& document,
@@ -209,7 +214,7 @@ ipp_status_t RunningApp::sendDocument(int jobId, const std::string& document,
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
   addFormat(request.get(), format);
   ippAddBoolean(request.get(), IPP_TAG_OPERATION, "last-document", isLast ? 1 : 0);
-  return outcomeOf(send(std::move(request), document).get()).status;
+  return outcomeOf(exchange(std::move(request), document).get()).status;
 }
 
 JobOutcome RunningApp::print(const std::string& document, const std::string& format,
@@ -222,7 +227,7 @@ JobOutcome RunningApp::print(const std::string& document, const std::string& for
 JobOutcome RunningApp::stateOf(int jobId, const std::string& printer) {
   Ipp request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, uriOf(printer));
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
-  return outcomeOf(send(std::move(request), {}, printer).get());
+  return outcomeOf(exchange(std::move(request), {}, printer).get());
 }
 
 JobOutcome RunningApp::waitFor(int jobId, double seconds, const std::string& printer) {
@@ -239,7 +244,7 @@ JobOutcome RunningApp::waitFor(int jobId, double seconds, const std::string& pri
 void RunningApp::cancel(int jobId) {
   Ipp request = newRequest(IPP_OP_CANCEL_JOB, printerUri_);
   ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", jobId);
-  send(std::move(request), {});
+  exchange(std::move(request), {});
 }
 
 std::string RunningApp::printerReasons() {

@@ -97,6 +97,9 @@ class RunningApp {
                     const std::vector<JobAttribute>& attributes = {},
                     const std::string& printer = kFirstPrinter);
 
+  /// Sends a request of the test's own with a document, to the first printer.
+  JobOutcome send(Ipp request, const std::string& document);
+
   /// The same in two requests: a job without a document, and its documents.
   int createJob();
   ipp_status_t sendDocument(int jobId, const std::string& document, const std::string& format,
@@ -135,8 +138,8 @@ class RunningApp {
   void start();
   std::string uriOf(const std::string& printer) const;
   std::filesystem::path paperFolder(const std::string& printer) const;
-  Ipp send(Ipp request, const std::string& document,
-           const std::string& printer = kFirstPrinter) const;
+  Ipp exchange(Ipp request, const std::string& document,
+               const std::string& printer = kFirstPrinter) const;
 
   AppSetup setup_;
   TemporaryFolder folder_;

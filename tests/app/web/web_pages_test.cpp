@@ -33,7 +33,7 @@ std::string asText(std::string html) {
   return html;
 }
 
-const std::vector<std::string> kPages = {"halftone", "printer"};
+const std::vector<std::string> kPages = {"halftone", "paper", "printer"};
 
 TEST(WebPages, HaveAHeadThatLoadsNothingFromElsewhere) {
   RunningApp app;
