@@ -107,11 +107,13 @@ This checkout:
         printer draws what comes in into STATE (build/app). DIR gets the pages that
         are handed to the core, as CUPS raster.
         Example: ./wren app --port 8000
-  test [--all | --preset NAME | --arm64]
+  test [--all | --preset NAME | --arm64 | --browser]
         Builds with warnings as errors, runs every test and lints. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
-        runs the tests under qemu: every byte has to be the same there.
+        runs the tests under qemu: every byte has to be the same there. --browser
+        tests the web pages in Chromium; with --pictures behind it, it takes their
+        pictures for docs/pictures.
         Example: ./wren test
   bench [--pairs N] [--levels] [--against PROGRAM]
   bench [--pairs N] --print

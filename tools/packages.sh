@@ -12,6 +12,7 @@ declare -rA DEBIAN_PACKAGES=(
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
           cups-ipp-utils zsh avahi-daemon avahi-utils dbus iproute2 zlib1g-dev"
+  [browser]="chromium chromium-driver python3-selenium"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
@@ -27,6 +28,7 @@ declare -rA BREW_PACKAGES=(
   [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json qrencode zint"
   [chain]="ghostscript poppler"
   [test]="googletest imagemagick zbar git"
+  [browser]=""
   [libcxx]=""
   [coverage]="gcovr"
   [bench]="google-benchmark"

@@ -8,6 +8,8 @@ test_command() {
   case $* in
     "") test_dev ;;
     --all) test_all ;;
+    --browser) test_browser ;;
+    "--browser --pictures") take_browser_pictures ;;
     --arm64 | "--preset arm64") test_arm64 ;;
     "--preset "?*) test_one_preset "$2" ;;
     --preset*) fail_usage "--preset wants a name" ;;
@@ -19,6 +21,26 @@ test_dev() {
   need build chain test lint
   test_preset dev
   "$WREN_ROOT/dev/lint"
+}
+
+# The web pages in Chromium.
+test_browser() {
+  need build chain browser
+  build release wren-printer-app wren-preview
+  in_browser || fail "$STATUS_FAILED" "the pages failed in the browser"
+}
+
+# Takes the pictures of the pages for docs/pictures.
+take_browser_pictures() {
+  need build chain browser
+  build release wren-printer-app wren-preview
+  in_browser --pictures "$WREN_ROOT/docs/pictures" || fail "$STATUS_FAILED" "no pictures were taken"
+}
+
+# in_browser [ARGUMENT...]: with Debian's Python, which has selenium.
+in_browser() {
+  /usr/bin/python3 "$WREN_ROOT/tests/browser/pages_test.py" "$WREN_ROOT/build/release/app/wren-printer-app" \
+    "$WREN_ROOT/build/release/preview/wren-preview" "$WREN_ROOT" "$@"
 }
 
 test_all() {

@@ -167,8 +167,15 @@ function startHalftones() {
   async function makeDefault(name) {
     const fields = new URLSearchParams({...tone(), "halftone-type": name, session: form.elements.session.value});
     try {
-      const answer = await fetch(form.getAttribute("action"), {method: "POST", body: fields});
-      if (!answer.ok || !answer.redirected) throw new Error(words.lost);
+      const answer = await fetch(form.getAttribute("action"), {
+        method: "POST",
+        // PAPPL reads no form whose type has a character set behind it.
+        headers: {"Content-Type": "application/x-www-form-urlencoded"},
+        body: fields.toString(),
+        redirect: "manual",
+      });
+      // The redirection is the server's way to say that it is done.
+      if (answer.type !== "opaqueredirect") throw new Error(words.lost);
       for (const card of cards) mark(card, card.dataset.method === name);
       complain("");
       say(words.saved);
