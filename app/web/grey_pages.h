@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -30,7 +31,8 @@ struct GreyPages {
     for (const unsigned heightPx : heightsPx) {
       if (heightPx == 0) return false;
     }
-    return levels.size() == std::size_t{widthPx} * rows();
+    const std::size_t wanted = static_cast<std::size_t>(widthPx) * rows();
+    return levels.size() == wanted;
   }
 };
 
