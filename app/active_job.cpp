@@ -109,7 +109,9 @@ bool ActiveJob::begin(const pappl_pr_options_t& options, const JobRequest::Looku
   surroundings.keeper = services_.keeper;
   surroundings.onBegin = [this] {
     // A job that still waits for its printer when the process ends has not begun.
-    if (beginDeviceJob(device_)) noteBegin(job_, services_);
+    if (!beginDeviceJob(device_, job_)) return false;
+    noteBegin(job_, services_);
+    return true;
   };
   surroundings.onPage = [this] { betweenPages(device_); };
   surroundings.onMessage = [this](std::string_view line) {

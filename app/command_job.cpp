@@ -117,7 +117,7 @@ class CommandJob {
     attachJob(device_, job_);
     const CancelCheck cancel = {isCancelled, job_};
     // A job that still waits for its printer when the process ends has not begun.
-    const bool hasBegun = beginDeviceJob(device_);
+    const bool hasBegun = beginDeviceJob(device_, job_);
     if (hasBegun) noteBegin(job_, services_);
     for (const PrinterCommand& command : commands_) {
       if (!hasBegun || cancel.isCancelled()) break;

@@ -44,8 +44,12 @@ void KnownPrinter::setCondition(const PrinterCondition& condition) {
 }
 
 std::shared_ptr<KnownPrinter> KnownPrinters::find(const NetworkAddress& address) {
+  return find(address.host + " " + address.port);
+}
+
+std::shared_ptr<KnownPrinter> KnownPrinters::find(const std::string& name) {
   const std::lock_guard lock(mutex_);
-  auto& printer = printers_[address.host + " " + address.port];
+  auto& printer = printers_[name];
   if (printer == nullptr) printer = std::make_shared<KnownPrinter>();
   return printer;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// What is remembered of a network printer between connections, and whose turn it is: two queues
+// What is remembered of a printer between connections, and whose turn it is: two queues
 // may lead to one printer, and their jobs must not mix.
 
 #pragma once
@@ -76,6 +76,8 @@ class KnownPrinter::Turn {
 class KnownPrinters {
  public:
   std::shared_ptr<KnownPrinter> find(const NetworkAddress& address);
+  /// @param name any text that tells it apart from the others.
+  std::shared_ptr<KnownPrinter> find(const std::string& name);
 
  private:
   std::mutex mutex_;

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "app/printer_session.h"
+#include "app/usb_questions.h"
 
 namespace wren::app {
 namespace {
@@ -101,9 +102,17 @@ void showReasons(pappl_printer_t* printer, pappl_preason_t reasons) {
   papplPrinterSetReasons(printer, reasons, kShownReasons & ~reasons);
 }
 
-// What PAPPL knows of a device that is not ours: a USB printer reports the state of its port.
+std::shared_ptr<KnownPrinter> usbPrinterOf(pappl_job_t* job) {
+  return findUsbPrinter(papplPrinterGetDeviceURI(papplJobGetPrinter(job)));
+}
+
+// What a device that is not ours answered last. PAPPL knows the state of its port, if it did not.
 void showDeviceStatus(pappl_device_t* device, pappl_job_t* job) {
-  showReasons(papplJobGetPrinter(job), papplDeviceGetStatus(device) & kShownReasons);
+  const auto usb = usbPrinterOf(job);
+  const PrinterCondition condition = usb == nullptr ? PrinterCondition() : usb->condition();
+  showReasons(papplJobGetPrinter(job), condition.status
+                                           ? reasonsOf(condition)
+                                           : papplDeviceGetStatus(device) & kShownReasons);
 }
 
 // What the job waits for; empty if it does not wait.
@@ -115,11 +124,11 @@ std::string waitingFor(const PrinterCondition& condition) {
 }
 
 // The message is taken away only if it is ours: a refused job has one too.
-void showCondition(NetworkDevice& device, pappl_job_t* job, const PrinterCondition& condition) {
+void showCondition(bool& saysWhy, pappl_job_t* job, const PrinterCondition& condition) {
   showReasons(papplJobGetPrinter(job), reasonsOf(condition));
   const std::string wait = waitingFor(condition);
-  if (wait.empty() && !device.saysWhy) return;
-  device.saysWhy = !wait.empty();
+  if (wait.empty() && !saysWhy) return;
+  saysWhy = !wait.empty();
   if (wait.empty()) {
     papplJobSetReasons(job, PAPPL_JREASON_NONE, PAPPL_JREASON_PRINTER_STOPPED);
     papplJobSetMessage(job, "%s", "");
@@ -146,6 +155,23 @@ Result guarded(pappl_device_t* device, Result failed, Work work) {
     papplDeviceError(device, "%s", error.what());
     return failed;
   }
+}
+
+// Does nothing for a device that is neither ours nor at a USB port.
+bool beginUsbJob(pappl_device_t* device, pappl_job_t* job) {
+  const auto usb = usbPrinterOf(job);
+  if (usb == nullptr) return true;
+  bool saysWhy = false;
+  return waitForUsbPrinter(device, usb, {isOver, job}, [&](const PrinterCondition& condition) {
+    if (condition.status || saysWhy) showCondition(saysWhy, job, condition);
+  });
+}
+
+// Only one that answered at the begin is asked: the first question of all belongs there.
+void endUsbJob(pappl_device_t* device, pappl_job_t* job) {
+  const auto usb = usbPrinterOf(job);
+  if (usb == nullptr || !usb->condition().status || isOver(job)) return;
+  askUsbPrinter(device, usb);
 }
 
 bool openDevice(pappl_device_t* device, const char* uri, const char* /*name*/) {
@@ -219,13 +245,14 @@ void attachJob(pappl_device_t* device, pappl_job_t* job) {
     return;
   }
   opened->session.attach({isOver, job}, [opened, job](const PrinterCondition& condition) {
-    showCondition(*opened, job, condition);
+    showCondition(opened->saysWhy, job, condition);
   });
 }
 
-bool beginDeviceJob(pappl_device_t* device) {
+bool beginDeviceJob(pappl_device_t* device, pappl_job_t* job) {
   NetworkDevice* opened = networkDevices().find(device);
-  return opened == nullptr || guarded(device, false, [&] { return opened->session.begin(); });
+  if (opened != nullptr) return guarded(device, false, [&] { return opened->session.begin(); });
+  return guarded(device, false, [&] { return beginUsbJob(device, job); });
 }
 
 void betweenPages(pappl_device_t* device) {
@@ -242,8 +269,11 @@ bool endDeviceJob(pappl_device_t* device, pappl_job_t* job) {
   papplDeviceFlush(device);
   NetworkDevice* opened = networkDevices().find(device);
   if (opened != nullptr) return guarded(device, false, [&] { return opened->session.end(); });
-  showDeviceStatus(device, job);
-  return true;
+  return guarded(device, true, [&] {
+    endUsbJob(device, job);
+    showDeviceStatus(device, job);
+    return true;
+  });
 }
 
 std::string deviceFault(pappl_device_t* device) {
@@ -268,6 +298,7 @@ bool showPrinterCondition(pappl_printer_t* printer) {
 }
 
 PrinterCondition printerConditionAt(const char* deviceUri) {
+  if (const auto usb = findUsbPrinter(deviceUri); usb != nullptr) return usb->condition();
   const auto address = addressOf(deviceUri);
   return address ? networkDevices().printers().find(*address)->condition() : PrinterCondition();
 }

@@ -21,16 +21,18 @@ namespace wren::app {
 /// @return false if this version of PAPPL does not let its USB printers be added.
 bool addDeviceSchemes(bool withFiles);
 
-// The functions for a job take any device of PAPPL. One that is not a network printer has no
-// waits of ours: they succeed, and only report what PAPPL knows of the device.
+// The functions for a job take any device of PAPPL. For one at a USB port the begin waits too and
+// the end asks how the printer is, if it answers. For all others that are not ours they succeed,
+// and only report what PAPPL knows of the device.
 
 /// Makes the device wait for its printer without a limit, until the job is cancelled or the system
 /// shuts down, and show what it waits for in the reasons of the printer and the message of the job.
 void attachJob(pappl_device_t* device, pappl_job_t* job);
 
-/// Waits until the printer is there and ready. Writing does that too if it was not done.
+/// Waits until the printer is there and ready. Writing to a network printer does that too if it was
+/// not done.
 /// @return false if the job was cancelled meanwhile.
-bool beginDeviceJob(pappl_device_t* device);
+bool beginDeviceJob(pappl_device_t* device, pappl_job_t* job);
 
 /// Sends what is buffered, which must end with a whole command, and asks the printer how it is.
 void betweenPages(pappl_device_t* device);

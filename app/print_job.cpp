@@ -106,7 +106,7 @@ bool PrintJob::print(const std::uint8_t* levels, unsigned heightPx) {
   if (out_.keeper != nullptr && !out_.keeper->keep(plan_.job, header, levels)) {
     return failBecause("the page cannot be kept on disk");
   }
-  begin();
+  if (!begin()) return false;
   MemoryPage page(header, levels);
   if (job_.printPage(page) != job::Job::PageOutcome::kPrinted) return false;
   ++pagesPrinted_;
@@ -122,11 +122,12 @@ bool PrintJob::failBecause(const char* reason) {
   return false;
 }
 
-void PrintJob::begin() {
-  if (begun_) return;
-  if (out_.onBegin) out_.onBegin();
+bool PrintJob::begin() {
+  if (begun_) return true;
+  if (out_.onBegin && !out_.onBegin()) return false;
   begun_ = true;
   job_.begin();
+  return true;
 }
 
 bool PrintJob::spool(const std::vector<std::uint8_t>& levels, unsigned heightPx) {

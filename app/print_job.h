@@ -42,7 +42,7 @@ class PrintJob : public PageSink {
     std::FILE* out = nullptr;                         ///< receives every printer byte; not owned
     CancelCheck cancel;                               ///< asked between bands
     PageKeeper* keeper = nullptr;                     ///< not owned
-    std::function<void()> onBegin;                    ///< called before the first byte
+    std::function<bool()> onBegin;                    ///< before the first byte; false: send none
     std::function<void()> onPage;                     ///< called after each printed page
     std::function<void(std::string_view)> onMessage;  ///< a line of the core's log
   };
@@ -73,7 +73,7 @@ class PrintJob : public PageSink {
   bool printComposed();
   bool print(const std::uint8_t* levels, unsigned heightPx);
   bool failBecause(const char* reason);
-  void begin();
+  bool begin();
   bool spool(const std::vector<std::uint8_t>& levels, unsigned heightPx);
   bool printCopies();
   bool canWrite() const;

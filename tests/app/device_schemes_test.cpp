@@ -18,7 +18,7 @@ TEST(DeviceSchemes, AreOursForSocketsAndThoseOfPapplForTheRest) {
   pappl_device_t* device = papplDeviceOpen("socket://127.0.0.1:1", "test", nullptr, nullptr);
   ASSERT_NE(device, nullptr);
   EXPECT_EQ(deviceFault(device), "");
-  EXPECT_FALSE(beginDeviceJob(device));
+  EXPECT_FALSE(beginDeviceJob(device, nullptr));
   EXPECT_EQ(deviceFault(device), "Connection refused");
   papplDeviceClose(device);
 }

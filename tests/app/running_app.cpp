@@ -124,7 +124,7 @@ RunningApp::RunningApp(const AppSetup& setup) : setup_(setup) {
 
 void RunningApp::start() {
   ProcessSpec spec;
-  spec.program = WREN_PRINTER_APP;
+  spec.program = setup_.program.empty() ? WREN_PRINTER_APP : setup_.program;
   spec.arguments = {"wren-printer-app", "trial",
                     "--directory",      folder().string(),
                     "--pages",          (folder() / "pages").string(),

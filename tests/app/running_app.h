@@ -54,6 +54,7 @@ struct AppSetup {
   std::vector<std::string> options = {};  ///< more arguments of "trial"
   std::string state = {};                 ///< what an earlier run has saved; empty: nothing
   double timeoutSeconds = 100;            ///< ends it after this time
+  std::string program = {};               ///< empty: wren-printer-app
 };
 
 /// Runs `wren-printer-app` to its end.
