@@ -13,7 +13,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <cstring>
 #include <deque>
 #include <fstream>
 #include <memory>
@@ -21,8 +20,6 @@
 #include <string>
 #include <string_view>
 #include <thread>
-
-#include "app/printer_status.h"
 
 namespace wren_test {
 namespace {
@@ -49,14 +46,10 @@ class FilePrinter {
   // A question is written alone; the same bytes inside a page are part of a picture.
   void write(std::string_view bytes) {
     std::ofstream(folder_ + "/received", std::ios::app | std::ios::binary) << bytes;
+    if (bytes.size() != 3 || bytes[0] != 0x10 || bytes[1] != 0x04) return;
     const std::string answers = bytesOf(this->answers());
-    for (std::uint8_t n = 1; n <= answers.size(); ++n) {
-      const auto question = wren::app::statusRequest(n);
-      if (bytes.size() == question.size() &&
-          std::memcmp(bytes.data(), question.data(), question.size()) == 0) {
-        packets_.emplace_back(1, answers[n - 1U]);
-      }
-    }
+    const auto n = static_cast<std::uint8_t>(bytes[2]);
+    if (n >= 1 && n <= answers.size()) packets_.emplace_back(1, answers[n - 1U]);
   }
 
   ssize_t read(char* buffer, std::size_t size) {
