@@ -65,12 +65,14 @@ void add(ipp_t* request, const JobAttribute& attribute) {
   const int count = static_cast<int>(values.size());
   if (attribute.type == IPP_TAG_INTEGER || attribute.type == IPP_TAG_ENUM) {
     std::vector<int> numbers;
+    numbers.reserve(values.size());
     for (const auto& value : values) numbers.push_back(std::stoi(value));
     ippAddIntegers(request, IPP_TAG_JOB, attribute.type, attribute.name.c_str(), count,
                    numbers.data());
     return;
   }
   std::vector<const char*> texts;
+  texts.reserve(values.size());
   for (const auto& value : values) texts.push_back(value.c_str());
   ippAddStrings(request, IPP_TAG_JOB, attribute.type, attribute.name.c_str(), count, nullptr,
                 texts.data());
@@ -135,7 +137,7 @@ void RunningApp::start() {
   spec.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder().string(),
                       "TMPDIR=" + folder().string(), "TZ=UTC",
                       // Without a thread sanitizer in the program this says nothing to it.
-                      "TSAN_OPTIONS=suppressions=" WREN_TSAN_SUPPRESSIONS};
+                       std::string("TSAN_OPTIONS=suppressions=") + WREN_TSAN_SUPPRESSIONS};
   spec.timeoutSeconds = setup_.timeoutSeconds;
   process_ = std::make_unique<Process>(spec);
   const bool started = waitUntil(
@@ -147,7 +149,9 @@ void RunningApp::start() {
   const std::string out = process_->outSoFar();
   printerUri_ = out.substr(0, out.find('\n'));
   const auto colon = printerUri_.rfind(':');
-  port_ = colon == std::string::npos ? 0 : std::atoi(printerUri_.c_str() + colon + 1);
+  port_ = colon == std::string::npos
+              ? 0
+              : static_cast<int>(std::strtol(printerUri_.c_str() + colon + 1, nullptr, 10));
   // The lines are printed just before the program listens to them.
   if (!started || !waitUntil([&] { return connect(address_, port_) != nullptr; }, 10)) {
     ADD_FAILURE() << "wren-printer-app did not start: " << process_->errSoFar();
