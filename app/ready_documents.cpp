@@ -108,7 +108,7 @@ bool printBytes(pappl_job_t* job, const std::string& bytes, const pappl_pr_optio
   const FilePtr stream = openDeviceStream(device, record.bytes());
   if (stream == nullptr) throw std::bad_alloc();
   attachJob(device, job);
-  if (!beginDeviceJob(device)) return false;
+  if (!beginDeviceJob(device, job)) return false;
   noteBegin(job, services);
   CommandWriter writer(job, device, stream.get());
   escpos::Decoder decoder([&](const escpos::Command& command) { writer.write(command, bytes); });
