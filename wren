@@ -36,6 +36,8 @@ source "$WREN_ROOT/tools/build.sh"
 source "$WREN_ROOT/tools/program.sh"
 # shellcheck source=tools/app.sh
 source "$WREN_ROOT/tools/app.sh"
+# shellcheck source=tools/street.sh
+source "$WREN_ROOT/tools/street.sh"
 # shellcheck source=tools/test.sh
 source "$WREN_ROOT/tools/test.sh"
 # shellcheck source=tools/arm64.sh
@@ -107,6 +109,13 @@ This checkout:
         printer draws what comes in into STATE (build/app). DIR gets the pages that
         are handed to the core, as CUPS raster.
         Example: ./wren app --port 8000
+  street [--shell cups|app] [--tills N] [--jobs M] [--minutes T] [--seed S]
+         [--break drop|double|flip]
+        Tills print documents with numbers through a private scheduler or the printer
+        application, while printers break and the shell is restarted and killed; then
+        reads all paper. Status 0 only if every job came out whole and once, or its
+        user was told why not. --break damages one job, which must be noticed.
+        Example: ./wren street --tills 20 --minutes 5
   test [--all | --preset NAME | --arm64 | --browser]
         Builds with warnings as errors, runs every test and lints. --all adds the
         sanitizers, clang with libc++, and coverage; --preset runs the tests of
@@ -163,7 +172,7 @@ main() {
       selftest | doctor | uninstall)
       hand_over "$command" "$@"
       ;;
-    app | test | bench | package | lint | fuzz | mutate)
+    app | street | test | bench | package | lint | fuzz | mutate)
       case ${1:-} in
         -h | --help) usage_of "$command" ;;
         *) "${command}_command" "$@" ;;

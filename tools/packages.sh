@@ -13,6 +13,7 @@ declare -rA DEBIAN_PACKAGES=(
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
           cups-ipp-utils zsh avahi-daemon avahi-utils dbus iproute2 zlib1g-dev"
   [browser]="chromium chromium-driver python3-selenium"
+  [street]="python3 python3-pil qrencode zbar-tools"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
   [coverage]="gcovr"
   [bench]="libbenchmark-dev"
@@ -29,6 +30,7 @@ declare -rA BREW_PACKAGES=(
   [chain]="ghostscript poppler"
   [test]="googletest imagemagick zbar git"
   [browser]=""
+  [street]="python pillow qrencode zbar"
   [libcxx]=""
   [coverage]="gcovr"
   [bench]="google-benchmark"

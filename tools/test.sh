@@ -44,13 +44,15 @@ in_browser() {
 }
 
 test_all() {
-  need build chain test lint libcxx coverage
+  need build chain test lint libcxx coverage street
   local preset
   for preset in dev asan tsan clang coverage; do
     say "== $preset"
     test_preset "$preset"
   done
   coverage_report
+  say "== street"
+  ctest --test-dir "$WREN_ROOT/build/dev" --build-config street --tests-regex '^street\.' --output-on-failure
   "$WREN_ROOT/dev/lint"
 }
 
