@@ -15,7 +15,7 @@ MANNERS = {
     "serial": (["baud 115200", "buffer 4"], None),
     "paper": ([], (6, "paper out", 3, "paper ok")),
     "vanishing": ([], (8, "vanish", 3, "return")),
-    "resetting": ([], (5, "reset after 2000 bytes", 0, None)),
+    "resetting": (["baud 230400"], (5, "reset", 0, None)),
     "slow-accept": (["accept-delay 700"], None),
 }
 _FINISH_SECONDS = 60
