@@ -6,8 +6,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -129,6 +131,47 @@ TEST(WebPages, EscapeTheNameOfThePrinter) {
                 HasSubstr("&quot;&gt;&lt;script&gt;alert(&#39;1&#39;)&lt;/script&gt;&amp;amp;"));
     EXPECT_THAT(body, Not(HasSubstr("<script>")));
   }
+}
+
+// The state of a server with a password that nobody knows.
+void setPassword(RunningServer& server) {
+  ASSERT_TRUE(server.waitUntilSaved("till"));
+  server.stop(SIGTERM);
+  const std::string state = readFile(server.stateFolder() / "state");
+  std::ofstream(server.stateFolder() / "state") << "Password 0123~0123\n" << state;
+  server.start();
+}
+
+TEST(WebPages, ShowAndChangeNothingWithoutThePassword) {
+  RunningServer server;
+  server.ask({"add", "-d", "till", "-m", "wren80", "-v", "socket://127.0.0.1:9"});
+  const WebClient client(server.port());
+  const std::string token = client.tokenOf("/till/printer");
+  ASSERT_NE(token, "");
+  setPassword(server);
+  for (const std::string& page : kPages) {
+    SCOPED_TRACE(page);
+    const std::string body = client.get("/till/" + page).body;
+    EXPECT_THAT(body, HasSubstr("type=\"password\""));
+    EXPECT_THAT(body, Not(HasSubstr("data-method")));
+    EXPECT_THAT(body, Not(HasSubstr("doc-cut-type")));
+    EXPECT_THAT(body, Not(HasSubstr("kept-papers")));
+  }
+  for (const std::string& session : {token, client.tokenOf("/till/printer")}) {
+    client.postForm("/till/printer", {{"session", session}, {"doc-cut-type", "full"}});
+    client.postForm("/till/printer/action", {{"session", session}, {"action", "drawer"}});
+    client.postForm("/till/paper", {{"session", session}, {"kept-papers", "5"}});
+    client.postForm("/till/halftone", {{"session", session},
+                                       {"halftone-type", "stucki"},
+                                       {"brightness", "0"},
+                                       {"contrast", "0"}});
+    client.post("/till/halftone/print",
+                encodedFields({{"session", session}, {"halftone-type", "stucki"}}) + "\n");
+  }
+  EXPECT_EQ(server.attributeOf("till", "doc-cut-type-default"), "partial");
+  EXPECT_EQ(server.attributeOf("till", "kept-papers-default"), "0");
+  EXPECT_EQ(server.attributeOf("till", "halftone-type-default"), "threshold");
+  EXPECT_EQ(server.jobAttribute("till", 1, "job-state"), "");
 }
 
 }  // namespace
