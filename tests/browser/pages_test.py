@@ -74,12 +74,14 @@ class RunningApp:
         self.folder.cleanup()
 
 
-def start_browser(size, language="en"):
+def start_browser(size, language="en", script=True):
     options = webdriver.ChromeOptions()
     for switch in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage",
                    f"--window-size={size[0]},{size[1]}"):
         options.add_argument(switch)
-    options.add_experimental_option("prefs", {"intl.accept_languages": language})
+    options.add_experimental_option("prefs", {
+        "intl.accept_languages": language,
+        "profile.managed_default_content_settings.javascript": 1 if script else 2})
     browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
     browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
         "width": size[0], "height": size[1], "deviceScaleFactor": 1, "mobile": size == PHONE})
@@ -90,11 +92,12 @@ def start_browser(size, language="en"):
 class PagesTest(unittest.TestCase):
     size = DESK
     language = "en"
+    script = True
 
     def setUp(self):
         self.app = RunningApp()
         self.addCleanup(self.app.stop)
-        self.browser = start_browser(self.size, self.language)
+        self.browser = start_browser(self.size, self.language, self.script)
         self.addCleanup(self.browser.quit)
 
     def find(self, selector):
@@ -259,8 +262,32 @@ class GermanPagesTest(PagesTest):
             self.assertEqual(self.find("html").get_attribute("lang"), "de")
 
 
-for inherited in [name for name in dir(PagesTest) if name.startswith("test_")]:
-    setattr(GermanPagesTest, inherited, None)
+class PagesWithoutScriptTest(PagesTest):
+    script = False
+
+    def save(self, page, control):
+        form = self.find(control).find_element(By.XPATH, "ancestor::form")
+        form.find_element(By.CSS_SELECTOR, "button[type=submit], button:not([type])").click()
+        self.wait(lambda _: "Saved" in self.find("main").text)
+        self.browser.get(self.app.page(page))
+
+    def test_saves_settings(self):
+        self.browser.get(self.app.page("printer"))
+        Select(self.find("select[name=doc-cut-type]")).select_by_value("full")
+        self.save("printer", "select[name=doc-cut-type]")
+        chosen = Select(self.find("select[name=doc-cut-type]")).first_selected_option
+        self.assertEqual(chosen.get_attribute("value"), "full")
+        self.browser.get(self.app.page("paper"))
+        kept = self.find("input[name=kept-papers]")
+        kept.clear()
+        kept.send_keys("3")
+        self.save("paper", "input[name=kept-papers]")
+        self.assertEqual(self.find("input[name=kept-papers]").get_attribute("value"), "3")
+
+
+for variant in (GermanPagesTest, PagesWithoutScriptTest):
+    for inherited in [name for name in dir(PagesTest) if name.startswith("test_")]:
+        setattr(variant, inherited, None)
 
 
 def take_pictures(folder):

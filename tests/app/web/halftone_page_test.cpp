@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -122,6 +123,24 @@ TEST_F(HalftonePage, PrintsWhatItHasShown) {
       }
     }
   }
+}
+
+TEST_F(HalftonePage, ShowsTwoPeopleTheirOwnPictures) {
+  const std::string path = std::string(kPage) + "/preview";
+  const std::string ramp = upload(fields("60"), rampLevels(60));
+  const std::string black = upload(fields("60"), std::string(60 * kWidthPx, '\0'));
+  const std::string ofRamp = client_.post(path, ramp).body;
+  const std::string ofBlack = client_.post(path, black).body;
+  ASSERT_NE(ofRamp, ofBlack);
+  auto other = std::async(std::launch::async, [&] {
+    const WebClient second(app_.port());
+    for (int i = 0; i < 20; ++i) {
+      if (second.post(path, black).body != ofBlack) return i;
+    }
+    return -1;
+  });
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(client_.post(path, ramp).body == ofRamp) << i;
+  EXPECT_EQ(other.get(), -1) << "the request that got another answer";
 }
 
 TEST_F(HalftonePage, PrintsNothingElseThanWhatWasShown) {
