@@ -157,6 +157,7 @@ std::string frontDoorFault(const SimpleCommand& command) {
   std::string text = projectFile("wren");
   if (!isInCaseTable(text, command[1])) return "has no command " + command[1];
   for (const auto& entry : fs::directory_iterator(fs::path(WREN_SOURCE_DIR) / "tools")) {
+    if (!entry.is_regular_file()) continue;
     text += readFile(entry.path());
   }
   return optionsFault(command, 2, text);

@@ -90,13 +90,13 @@ class Everywhere : public testing::Test {
  protected:
   void SetUp() override {
     // As for a till: nothing is chosen, and the receipt is cut.
-    ASSERT_EQ(run("lpadmin -p everywhere -E -v " + app_.printerUri() + " -m everywhere"), 0);
+    ASSERT_EQ(run("lpadmin -p " + queue_ + " -E -v " + app_.printerUri() + " -m everywhere"), 0);
   }
-  void TearDown() override { run("lpadmin -x everywhere"); }
+  void TearDown() override { run("lpadmin -x " + queue_); }
 
   std::string print(const std::string& file, const std::string& options = "") {
     app_.forgetPages();
-    const int job = bench->submit("everywhere", options, file);
+    const int job = bench->submit(queue_, options, file);
     EXPECT_EQ(bench->waitForEnd(job), IPP_JSTATE_COMPLETED) << bench->scheduler.logTail();
     const auto papers = app_.waitForPapers(++jobs_);
     return papers.size() == jobs_ ? papers.back() : std::string();
@@ -111,6 +111,14 @@ class Everywhere : public testing::Test {
     return wren_test::readFile(out);
   }
 
+  // A name of its own for each test: on a busy machine a scheduler finds no way to print on a
+  // queue that was deleted and added again within a second.
+  static std::string newQueue() {
+    static int count = 0;
+    return "everywhere" + std::to_string(++count);
+  }
+
+  std::string queue_ = newQueue();
   wren_test::RunningApp app_;
   std::size_t jobs_ = 0;
 };
