@@ -6,7 +6,7 @@
 #ifdef __SANITIZE_ADDRESS__
 // The main loop of PAPPL leaves what it asked a server for to the end of the process.
 extern "C" const char* __lsan_default_suppressions() {  // NOLINT(readability-identifier-naming)
-  return "leak:libpappl\nleak:libcups\nleak:papplMainloop\n";
+  return "leak:libpappl\nleak:libcups\nleak:papplMainloop\nleak:libfontconfig\n";
 }
 #endif
 

@@ -135,8 +135,9 @@ std::string ReadyDocuments::write(const char* suffix, std::string_view head,
   const FilePtr file(descriptor ? ::fdopen(descriptor.get(), "w") : nullptr);
   if (file == nullptr) return {};
   descriptor.release();
-  std::fwrite(head.data(), 1, head.size(), file.get());
-  std::fwrite(body.data(), 1, body.size(), file.get());
+  for (const std::string_view part : {head, body}) {
+    if (!part.empty()) std::fwrite(part.data(), 1, part.size(), file.get());
+  }
   if (std::fflush(file.get()) == 0 && std::ferror(file.get()) == 0) return path;
   std::error_code ignored;
   std::filesystem::remove(path, ignored);
