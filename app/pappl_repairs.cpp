@@ -14,7 +14,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -76,6 +79,43 @@ extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSi
     if (written && holdsAttributes(written.get())) return openNowhere();
   }
   return kOriginal(job, name, nameSize, directory, extension, mode);
+}
+
+namespace {
+
+// Finding and writing leave a mark in the attributes of where they are. PAPPL lets threads that
+// only read the attributes of a job or a printer do so at once: one then moves the mark of
+// another, which finds nothing where there is an option, or saves a part of the attributes.
+class MarkLock {
+ public:
+  explicit MarkLock(const ipp_t* attributes) : lock_(mutexOf(attributes)) {}
+
+ private:
+  static std::mutex& mutexOf(const ipp_t* attributes) {
+    static std::array<std::mutex, 64> mutexes;
+    return mutexes[std::hash<const ipp_t*>()(attributes) / alignof(std::max_align_t) %
+                   mutexes.size()];
+  }
+
+  std::lock_guard<std::mutex> lock_;
+};
+
+}  // namespace
+
+extern "C" ipp_attribute_t* ippFindAttribute(ipp_t* attributes, const char* name, ipp_tag_t type) {
+  using Find = ipp_attribute_t* (*)(ipp_t*, const char*, ipp_tag_t);
+  static const auto kOriginal = reinterpret_cast<Find>(dlsym(RTLD_NEXT, __func__));
+  if (kOriginal == nullptr) return nullptr;
+  const MarkLock lock(attributes);
+  return kOriginal(attributes, name, type);
+}
+
+extern "C" ipp_state_t ippWriteFile(int file, ipp_t* attributes) {
+  using Write = ipp_state_t (*)(int, ipp_t*);
+  static const auto kOriginal = reinterpret_cast<Write>(dlsym(RTLD_NEXT, __func__));
+  if (kOriginal == nullptr) return IPP_STATE_ERROR;
+  const MarkLock lock(attributes);
+  return kOriginal(file, attributes);
 }
 
 // A printer that is to choose its number tells clients 0 until the next start, so that `default`
