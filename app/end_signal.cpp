@@ -9,14 +9,14 @@
 namespace wren::app {
 namespace {
 
-std::atomic<bool> isEnding = false;
+std::atomic<bool> hasEndSignal = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 std::atomic<void (*)(int)> handlerOfPappl = nullptr;
 static_assert(std::atomic<void (*)(int)>::is_always_lock_free);
 
 void noteEnd(int signal) {
-  isEnding = true;
+  hasEndSignal = true;
   handlerOfPappl.load()(signal);
 }
 
@@ -36,8 +36,9 @@ void watchForEndSignals() {
   }
 }
 
-bool hasEndSignal() {
-  return isEnding;
+bool isEnding(pappl_system_t* system) {
+  // A system that does not run yet is shut down as well, to PAPPL.
+  return hasEndSignal || (papplSystemIsRunning(system) && papplSystemIsShutdown(system));
 }
 
 }  // namespace wren::app

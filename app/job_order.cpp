@@ -77,7 +77,7 @@ void findOlder(pappl_job_t* job, void* search) {
 
 // A printer that is paused is stopped as well.
 bool isFirst(const WaitingJob& job) {
-  if (hasEndSignal()) return false;
+  if (isEnding(job.system)) return false;
   pappl_printer_t* const printer = job.printer();
   if (printer == nullptr || papplPrinterGetState(printer) == IPP_PSTATE_STOPPED) return false;
   OlderJob older = {job.key.jobId};
@@ -151,7 +151,7 @@ extern "C" void* _papplJobProcess(pappl_job_t* job) {
   static const auto kProcess = wren::app::originalOf<Process>("_papplJobProcess");
   const wren::app::WaitingJob waiting(job);
   if (kProcess == nullptr || papplJobGetFilename(job) == nullptr) return nullptr;
-  if (wren::app::hasEndSignal() || !wren::app::turns().take(waiting.key)) return nullptr;
+  if (wren::app::isEnding(waiting.system) || !wren::app::turns().take(waiting.key)) return nullptr;
   if (papplJobGetState(job) == IPP_JSTATE_PENDING) kProcess(job);
   wren::app::give(waiting);
   return nullptr;

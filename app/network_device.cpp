@@ -139,11 +139,12 @@ void showCondition(bool& saysWhy, pappl_job_t* job, const PrinterCondition& cond
   papplLogJob(job, PAPPL_LOGLEVEL_WARN, "Waiting: %s.", wait.c_str());
 }
 
+// A system that ends lets its jobs print; when it does not wait any longer, it does not run.
 bool isOver(const void* context) {
   auto* job = static_cast<pappl_job_t*>(const_cast<void*>(context));
   pappl_printer_t* printer = papplJobGetPrinter(job);
   return papplJobIsCanceled(job) || papplPrinterIsDeleted(printer) ||
-         papplSystemIsShutdown(papplPrinterGetSystem(printer));
+         !papplSystemIsRunning(papplPrinterGetSystem(printer));
 }
 
 // Nothing that is thrown may reach PAPPL, which is not compiled to pass it on.

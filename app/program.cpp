@@ -144,7 +144,7 @@ Sub-commands:
   resume           Prints again.
   selftest         Prints a page that shows what the printer can.
   server           Serves until it is told to end.
-  shutdown         Ends the server when its jobs have ended.
+  shutdown         Ends the server after the jobs that print.
   status           Shows whether the server or a printer is idle, and how printers are.
   submit           Prints a file.
   trial            Serves one printer with a software printer behind it (trial --help).

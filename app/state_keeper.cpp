@@ -262,7 +262,7 @@ void StateKeeper::watch() {
     resumeWaiting();
     papplSystemCleanJobs(system_);
     std::string jobs = activeJobs();
-    if (hasEndSignal() && !jobs.empty()) endIfNothingPrints();
+    if (isEnding(system_) && !jobs.empty()) endIfNothingPrints();
     const bool isKept = (isSaved && jobs == known) || save();
     const bool isIdle = isKept && waiting_.empty() && jobs.empty();
     known = std::move(jobs);

@@ -83,6 +83,39 @@ TEST_P(Restart, KeepsPrintersDefaultsAndTheHistory) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, Restart, testing::Values(SIGTERM, SIGKILL));
 
+TEST(ShutDownServer, EndsAndKeepsTheJobsThatWait) {
+  SlowPrinter printer;
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const int first = server.submit("till", kReceipt);
+  const int second = server.submit("till", kReceipt);
+  ASSERT_TRUE(server.waitForState("till", first, "processing"));
+  const auto start = std::chrono::steady_clock::now();
+  server.ask({"shutdown"});
+  EXPECT_EQ(server.waitForEnd().exitStatus, 0);
+  // PAPPL alone waits a minute for the jobs that wait for the printer.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  printer.comeBack();
+  server.start();
+  EXPECT_TRUE(server.waitForState("till", second, "completed")) << server.log();
+  EXPECT_EQ(jobsAt(printer), 2U);
+}
+
+TEST(ShutDownServer, EndsAfterTheJobThatPrints) {
+  SlowPrinter printer;
+  printer.comeBack(5000);
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const int job = server.submit("till", kReceipt, kManyCopies);
+  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  server.ask({"shutdown"});
+  printer.readOn();
+  EXPECT_EQ(server.waitForEnd().exitStatus, 0);
+  EXPECT_EQ(jobsAt(printer), 1U);
+  server.start();
+  EXPECT_EQ(server.stateOf("till", job), "completed");
+}
+
 TEST(KilledServer, PrintsAJobThatHadNotBegunOnce) {
   SlowPrinter printer;
   RunningServer server;

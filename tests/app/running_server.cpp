@@ -93,6 +93,10 @@ void RunningServer::start() {
 
 ProcessResult RunningServer::stop(int signal) {
   process_->signal(signal);
+  return waitForEnd();
+}
+
+ProcessResult RunningServer::waitForEnd() {
   return process_->finish();
 }
 

@@ -26,6 +26,8 @@ class RunningServer {
   void start();
   /// Ends it with a signal and waits for its end.
   ProcessResult stop(int signal);
+  /// Waits for its end, which something else has asked for.
+  ProcessResult waitForEnd();
 
   /// Runs a sub-command to its end.
   ProcessResult run(const std::vector<std::string>& arguments) const;
