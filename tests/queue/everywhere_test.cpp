@@ -91,6 +91,10 @@ class Everywhere : public testing::Test {
   void SetUp() override {
     // As for a till: nothing is chosen, and the receipt is cut.
     ASSERT_EQ(run("lpadmin -p " + queue_ + " -E -v " + app_.printerUri() + " -m everywhere"), 0);
+    // The scheduler asks the printer in the background; a job before that is aborted, or sent
+    // without the attributes that say who chose its finishings.
+    ASSERT_TRUE(bench->scheduler.waitForLog("Printer \"" + queue_ + "\" is now available."))
+        << bench->scheduler.logTail();
   }
   void TearDown() override { run("lpadmin -x " + queue_); }
 

@@ -13,6 +13,8 @@
 #include <fstream>
 #include <utility>
 
+#include "tests/support/temporary_folder.h"
+
 namespace {
 
 constexpr const char* kPolicy = R"(
@@ -120,6 +122,15 @@ bool Scheduler::addQueues(int port) const {
   return addQueue("wren58", 58, port, defaults) && addQueue("wren80", 80, port, defaults) &&
          addQueue("wren112", 112, port, defaults) && addQueue("plain80", 80, port, "") &&
          addQueue("dark80", 80, port, defaults + " -o Brightness=10");
+}
+
+bool Scheduler::waitForLog(const std::string& text) const {
+  constexpr int kTries = 1500;
+  for (int i = 0; i < kTries; ++i) {
+    if (wren_test::readFile(work_ + "/log/error").find(text) != std::string::npos) return true;
+    usleep(20'000);
+  }
+  return false;
 }
 
 std::string Scheduler::logTail() const {

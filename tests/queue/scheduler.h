@@ -31,6 +31,9 @@ class Scheduler {
   /// The last lines of its error log.
   std::string logTail() const;
 
+  /// Waits at most 30 seconds until its error log has a text.
+  bool waitForLog(const std::string& text) const;
+
  private:
   void writeConfiguration() const;
   bool addQueue(const std::string& name, int paper, int port, const std::string& settings) const;
