@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <string>
 
+#include "tests/support/temporary_folder.h"
+
 namespace wren::app {
 namespace {
 
@@ -26,6 +28,15 @@ TEST(VendorOptions, HaveAsManyNamesAsValues) {
     if (!option.hasNames()) continue;
     EXPECT_EQ(static_cast<int>(option.choices.size()), option.highest - option.lowest + 1)
         << option.attribute;
+  }
+}
+
+TEST(VendorOptions, StandInTheDocument) {
+  const std::string page = wren_test::readFile(WREN_APPLICATION_PAGE);
+  for (const VendorOption& option : vendorOptions()) {
+    EXPECT_THAT(page, testing::HasSubstr("\n| `" + std::string(option.attribute) + "` | " +
+                                         acceptedValues(option) + " | " +
+                                         vendorValueText(option, option.initial) + " | "));
   }
 }
 
