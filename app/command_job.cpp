@@ -3,11 +3,9 @@
 
 #include "app/command_job.h"
 
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -152,19 +150,12 @@ bool printCommands(pappl_job_t* job, pappl_device_t* device, void* services) {
   });
 }
 
-const char* typeOf(const unsigned char* header, std::size_t size, void* /*data*/) {
-  const std::string_view head = job::kCommandFileHead;
-  const bool isCommand = size >= head.size() && std::memcmp(header, head.data(), head.size()) == 0;
-  return isCommand ? kCommandFormat : nullptr;
-}
-
 }  // namespace
 
 void acceptCommands(pappl_system_t* system, const char* printerFormat,
                     const JobServices& services) {
   papplSystemAddMIMEFilter(system, kCommandFormat, printerFormat, printCommands,
                            const_cast<JobServices*>(&services));
-  papplSystemSetMIMECallback(system, typeOf, nullptr);
 }
 
 }  // namespace wren::app

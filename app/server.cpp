@@ -16,6 +16,7 @@
 #include "app/client_timeout.h"
 #include "app/command_job.h"
 #include "app/document_callbacks.h"
+#include "app/document_types.h"
 #include "app/lock_order.h"
 #include "app/printer_driver.h"
 #include "app/status_page.h"
@@ -85,6 +86,7 @@ Server::Server(const ServerOptions& options)
   papplSystemSetEventCallback(system_, onEvent, this);
   acceptDocuments(system_, kPrinterFormat, services_);
   acceptCommands(system_, kPrinterFormat, services_);
+  knowDocumentTypes(system_);
   pappl_version_t version = firmwareVersion();
   papplSystemSetVersions(system_, 1, &version);
   papplSystemSetFooterHTML(system_, "");

@@ -5,6 +5,7 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace wren::app {
@@ -12,6 +13,7 @@ namespace {
 
 constexpr gunichar kReplacement = 0xFFFD;
 constexpr unsigned kTabColumns = 8;
+constexpr std::string_view kTextControls = "\t\n\r\f";
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
 // Marks on one character. Text can hold any number.
 constexpr std::size_t kMaxCellBytes = 64;
@@ -64,6 +66,18 @@ void addMark(std::string& cell, gunichar codePoint) {
 }
 
 }  // namespace
+
+bool isTextHead(std::string_view head) {
+  constexpr auto kIncomplete = static_cast<gunichar>(-2);
+  const char* end = nullptr;
+  if (g_utf8_validate(head.data(), static_cast<gssize>(head.size()), &end) == FALSE) {
+    const auto left = static_cast<gssize>(head.data() + head.size() - end);
+    if (g_utf8_get_char_validated(end, left) != kIncomplete) return false;
+  }
+  return !head.empty() && std::none_of(head.begin(), head.end(), [](char byte) {
+    return g_ascii_iscntrl(byte) != 0 && kTextControls.find(byte) == kTextControls.npos;
+  });
+}
 
 TextPages::TextPages(std::string text, unsigned columns, std::size_t maxLines)
     : text_(std::move(text)), columns_(columns), maxLines_(maxLines) {

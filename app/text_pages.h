@@ -8,9 +8,14 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wren::app {
+
+/// Whether the first bytes of a document are plain text: at least one byte, UTF-8, of which the
+/// last character may be cut off, without control characters but tabs and ends of lines and pages.
+bool isTextHead(std::string_view head);
 
 /// What is drawn as one: a character with its combining marks.
 struct TextCell {

@@ -146,6 +146,29 @@ struct Finishing {
 };
 
 // The settings of the user give Japanese text a font of its own.
+// Of text the first bytes end inside a character in one of four documents.
+TEST(AppJobs, OfNoFormatAreKnownByTheirFirstBytes) {
+  RunningApp app;
+  auto documents = sampleDocuments();
+  std::erase_if(documents, [](const auto& document) { return document.format == kPwg; });
+  for (const char* start : {"", "a", "aa", "aaa"}) {
+    std::string text = start;
+    for (int i = 0; i < 1000; ++i) text += i % 20 == 19 ? "\n" : "\xF0\x9F\xA7\xBE";
+    documents.push_back({"text/plain", text, 1});
+  }
+  std::size_t papers = 0;
+  for (const SampleDocument& document : documents) {
+    SCOPED_TRACE(document.format);
+    const JobOutcome named = app.print(document.bytes, document.format);
+    const JobOutcome unnamed = app.print(document.bytes, "application/octet-stream");
+    EXPECT_EQ(named.state, IPP_JSTATE_COMPLETED) << named.message;
+    EXPECT_EQ(unnamed.state, IPP_JSTATE_COMPLETED) << unnamed.message;
+    const auto printed = app.waitForPapers(papers += 2);
+    ASSERT_EQ(printed.size(), papers);
+    EXPECT_THAT(printed[papers - 1], SameBytes(printed[papers - 2]));
+  }
+}
+
 TEST(AppJobs, SetTextInTheLanguageOfTheirClient) {
   RunningApp app;
   const auto folder = app.folder() / ".config/fontconfig";

@@ -99,6 +99,25 @@ TEST(TextPages, PutsTabsEveryEightColumns) {
                                                         "23:7 32:c"}}));
 }
 
+struct Head {
+  std::string bytes;
+  bool isText;
+};
+
+TEST(TextHead, IsUtf8WithoutControls) {
+  const Head heads[] = {{"Tisch 4\r\n\tKaffee 3,50 \xE2\x82\xAC\f", true},
+                        {"\xEF\xBB\xBFmarked", true},
+                        {"cut off \xE2\x82", true},
+                        {"cut off \xF0", true},
+                        {"", false},
+                        {"Latin-1: caf\xE9 au lait", false},
+                        {"\x1B@ printer bytes", false},
+                        {std::string("zero\0byte", 9), false},
+                        {"\x7F", false},
+                        {"\xFF\xFEU\x01", false}};
+  for (const Head& head : heads) EXPECT_EQ(isTextHead(head.bytes), head.isText) << head.bytes;
+}
+
 TEST(TextPages, LimitsTheMarksOfACharacter) {
   std::string text = "e";
   for (int i = 0; i < 1000; ++i) text += "\xCC\x81";
