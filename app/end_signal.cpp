@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <initializer_list>
 
 namespace wren::app {
 namespace {
