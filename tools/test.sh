@@ -18,7 +18,7 @@ test_command() {
 }
 
 test_dev() {
-  need build chain test lint
+  need build chain test street lint
   test_preset dev
   "$WREN_ROOT/dev/lint"
 }
@@ -52,12 +52,13 @@ test_all() {
   done
   coverage_report
   say "== street"
-  ctest --test-dir "$WREN_ROOT/build/dev" --build-config street --tests-regex '^street\.' --output-on-failure
+  ctest --test-dir "$WREN_ROOT/build/dev" --build-config street-long --tests-regex '^street_long\.' --output-on-failure
   "$WREN_ROOT/dev/lint"
 }
 
 test_one_preset() {
   case $1 in
+    dev) need build chain test street ;;
     clang) need build chain test libcxx ;;
     coverage) need build chain test coverage ;;
     *) need build chain test ;;

@@ -28,7 +28,7 @@ def _arguments():
     parser = argparse.ArgumentParser(prog="./wren street", description="Tills print on one machine while things break.")
     parser.add_argument("--tills", type=_positive, default=4)
     parser.add_argument("--jobs", type=_positive, help="documents in all (default: one per till every 4 s)")
-    parser.add_argument("--minutes", type=float, default=0.33)
+    parser.add_argument("--minutes", type=_minutes, default=0.33)
     parser.add_argument("--shell", choices=sorted(_SHELLS), default="app")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--break", dest="sabotage", choices=("drop", "double", "flip"), help="must be noticed")
@@ -41,6 +41,13 @@ def _positive(text):
     number = int(text)
     if number < 1:
         raise argparse.ArgumentTypeError("at least 1")
+    return number
+
+
+def _minutes(text):
+    number = float(text)
+    if not 0.01 <= number <= 24 * 60:
+        raise argparse.ArgumentTypeError("0.01 to 1440")
     return number
 
 
@@ -69,27 +76,55 @@ def _free_port():
 def _sabotage(kind, printed, wanted, sent, seed):
     calm = {wanted[job.plan.number] for job in sent
             if not job.breaks and job.state and job.state.state == ipp.COMPLETED}
-    whole = [index for index, (_, data) in enumerate(printed) if data in calm]
+    whole = [index for index, one in enumerate(printed) if one.data in calm]
     index = random.Random(seed).choice(whole)
-    till, data = printed[index]
+    one = printed[index]
     if kind == "drop":
         del printed[index]
     elif kind == "double":
-        printed.insert(index, (till, data))
+        printed.insert(index, one)
     else:
-        middle = len(data) // 2
-        printed[index] = (till, data[:middle] + bytes((data[middle] ^ 0x10,)) + data[middle + 1:])
+        middle = len(one.data) // 2
+        flipped = one.data[:middle] + bytes((one.data[middle] ^ 0x10,)) + one.data[middle + 1:]
+        printed[index] = paper.Printed(one.till, flipped)
+
+
+# A connection that the printer broke was broken in its last piece.
+def _pieces(till, stream, is_broken):
+    pieces = [paper.Printed(till, data) for data in paper.pieces_of(stream)]
+    if is_broken and pieces:
+        pieces[-1] = paper.Printed(till, pieces[-1].data, True)
+    return pieces
+
+
+def _end_by_signal(number, _):
+    sys.exit(128 + number)
 
 
 def main():
     arguments = _arguments()
+    # Whoever ends the street ends its shell and its printers too.
+    signal.signal(signal.SIGTERM, _end_by_signal)
+    # Not below the checkout: the filters of a scheduler that root starts are another user's.
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="wren-street."))
+    folder.chmod(0o755)
+    try:
+        faults = _run(arguments, folder)
+    except BaseException:
+        print(f"street: stopped; the bytes, the logs and the state: {folder}", file=sys.stderr)
+        raise
+    if faults or arguments.keep:
+        print(f"the bytes, the logs and the state: {folder}")
+    else:
+        shutil.rmtree(folder)
+    return 1 if faults else 0
+
+
+def _run(arguments, folder):
     module, shell_class = _SHELLS[arguments.shell]
     seconds = arguments.minutes * 60
     jobs = arguments.jobs or max(1, round(arguments.tills * seconds * _JOBS_PER_TILL_AND_SECOND))
     preview = str(arguments.build / "preview" / "wren-preview")
-    # Not below the checkout: the filters of a scheduler that root starts are another user's.
-    folder = pathlib.Path(tempfile.mkdtemp(prefix="wren-street."))
-    folder.chmod(0o755)
     progress = Progress()
     planned = plan.make_plan(arguments.seed, arguments.tills, jobs, seconds, module.FORMATS)
 
@@ -111,34 +146,34 @@ def main():
         shell.kill()
         for printer in printers:
             printer.kill()
-    printed = [(till, piece) for till, printer in enumerate(printers)
-               for stream in printer.streams() for piece in paper.pieces_of(stream)]
+    printed = [one for till, printer in enumerate(printers) for stream in printer.streams()
+               for one in _pieces(till, *stream)]
     if arguments.sabotage:
         _sabotage(arguments.sabotage, printed, wanted, sent, arguments.seed)
     progress("reading the paper")
     pieces = paper.Judge(preview, folder / "pieces", wanted).judge(printed)
-    report = verdict.judge(sent, pieces, module.MAY_PRINT_AGAIN)
-    _say(arguments, planned, report, took, folder)
-    if report.faults or arguments.keep:
-        print(f"the bytes, the logs and the state: {folder}")
-    else:
-        shutil.rmtree(folder)
-    return 1 if report.faults else 0
+    report = verdict.judge(sent, pieces, module.MAY_PRINT_AGAIN, module.MAY_LOSE)
+    _say(arguments, planned, sent, report, took, folder)
+    return report.faults
 
 
-def _say(arguments, planned, report, took, folder):
+def _say(arguments, planned, sent, report, took, folder):
     if sys.stderr.isatty():
         print("\r\033[K", end="", file=sys.stderr)
     print(f"{arguments.shell}, seed {arguments.seed}: {arguments.tills} tills, {len(planned.jobs)} jobs, {took:.0f} s")
-    for word, count in sorted(report.counts.items()):
+    for word, count in sorted((+report.counts).items()):
         print(f"  {count:6} {word}")
+    for reason, count in report.reasons.items():
+        print(f"         {count} told: {reason}")
     for fault in report.faults[:_MOST_FAULTS_SHOWN]:
         print(f"FAULT: {fault}")
     if len(report.faults) > _MOST_FAULTS_SHOWN:
         print(f"FAULT: and {len(report.faults) - _MOST_FAULTS_SHOWN} more")
+    (folder / "jobs.json").write_text(json.dumps(sent, default=vars, indent=1) + "\n")
     (folder / "report.json").write_text(json.dumps(
         {"schema": 1, "shell": arguments.shell, "seed": arguments.seed, "tills": arguments.tills,
-         "jobs": len(planned.jobs), "seconds": round(took, 1), "counts": report.counts, "faults": report.faults},
+         "jobs": len(planned.jobs), "seconds": round(took, 1), "counts": report.counts,
+         "reasons": report.reasons, "faults": report.faults},
         indent=1) + "\n")
 
 

@@ -12,8 +12,9 @@ from . import documents
 from .ipp import Client
 
 FORMATS = (documents.PDF, documents.PNG, documents.JPEG, documents.TEXT, documents.PWG, documents.URF)
-# A job that has begun is never printed again.
-MAY_PRINT_AGAIN = False
+# A job that has begun is never printed again, and none that is called completed is lost.
+MAY_PRINT_AGAIN = frozenset()
+MAY_LOSE = frozenset()
 
 _START_SECONDS = 30
 
@@ -43,8 +44,10 @@ class AppShell:
         for _ in range(_START_SECONDS * 20):
             if self._answers():
                 return
+            if self._process.poll() is not None:
+                break
             time.sleep(0.05)
-        raise RuntimeError("the application does not start")
+        raise RuntimeError(f"the application does not start: see {self._folder}/log")
 
     def stop(self, signal):
         self._process.send_signal(signal)
@@ -69,6 +72,8 @@ class AppShell:
         with socket.socket(socket.AF_UNIX) as client:
             return client.connect_ex(str(self._socket())) == 0
 
-    def _run(self, *command, check=True):
-        return subprocess.run([self._program, *command], env=self._environment(), check=check,
-                              capture_output=True, timeout=60)
+    def _run(self, *command):
+        done = subprocess.run([self._program, *command], env=self._environment(), check=False,
+                              capture_output=True, text=True, timeout=60)
+        if done.returncode != 0:
+            raise RuntimeError(f"wren-printer-app {command[0]} fails: {done.stderr.strip()}")

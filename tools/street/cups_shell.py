@@ -6,6 +6,7 @@ import os
 import pathlib
 import pwd
 import shutil
+import socket
 import subprocess
 import time
 
@@ -13,15 +14,20 @@ from . import documents
 from .ipp import Client
 
 FORMATS = (documents.PDF, documents.PNG, documents.JPEG, documents.TEXT, documents.PWG)
-# What a scheduler or a raw port may do with a job that was printing when something broke.
-MAY_PRINT_AGAIN = True
+# What may cost the job in progress: a scheduler that was killed prints it again, and a raw port
+# confirms nothing.
+MAY_PRINT_AGAIN = frozenset(("SIGKILL", "reset", "vanish"))
+MAY_LOSE = frozenset(("reset", "vanish"))
 
 _PLACES = {"ServerRoot": "root", "ServerBin": "bin", "CacheDir": "cache", "StateDir": "state",
            "RequestRoot": "requests", "TempDir": "temp", "ServerKeychain": "keys",
            "AccessLog": "log/access", "ErrorLog": "log/error", "PageLog": "log/page",
            "Printcap": "printcap", "DocumentRoot": "root"}
+# DirtyCleanInterval: with the default of 30 s a scheduler that is killed forgets the jobs that it
+# accepted since, and gives their numbers to others.
 _POLICY = """
 LogLevel info
+DirtyCleanInterval 0
 MaxLogSize 0
 Browsing No
 WebInterface No
@@ -48,6 +54,12 @@ ErrorPolicy retry-job
 _START_SECONDS = 30
 
 
+def is_served(place):
+    """Whether somebody listens on this socket. (`lpstat -r` ends with 0 either way.)"""
+    with socket.socket(socket.AF_UNIX) as client:
+        return client.connect_ex(str(place)) == 0
+
+
 class CupsShell:
     name = "cups"
 
@@ -71,10 +83,13 @@ class CupsShell:
             ["cupsd", "-f", "-c", self._folder / "root/cupsd.conf", "-s", self._folder / "root/cups-files.conf"],
             stdin=subprocess.DEVNULL, env=self._environment())
         for _ in range(_START_SECONDS * 20):
-            if self._run("lpstat", "-r", check=False).returncode == 0:
+            if is_served(self._folder / "state/socket"):
                 return
+            if self._process.poll() is not None:
+                break
             time.sleep(0.05)
-        raise RuntimeError("the scheduler does not start")
+        raise RuntimeError(f"the scheduler does not start: see {self._folder}/log/error")
+
 
     def stop(self, signal):
         """The scheduler alone gets the signal; its filters live on, as after a crash."""
@@ -122,5 +137,7 @@ class CupsShell:
         return {**os.environ, "CUPS_SERVER": str(self._folder / "state/socket"), "LC_ALL": "C",
                 "PATH": os.environ["PATH"] + ":/usr/sbin", "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nowhere"}
 
-    def _run(self, *command, check=True):
-        return subprocess.run(command, env=self._environment(), check=check, capture_output=True)
+    def _run(self, *command):
+        done = subprocess.run(command, env=self._environment(), check=False, capture_output=True, text=True)
+        if done.returncode != 0:
+            raise RuntimeError(f"{command[0]} fails: {done.stderr.strip()}")

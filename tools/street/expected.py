@@ -42,7 +42,7 @@ def expected_bytes(shell, preview, folder, jobs, seed, progress):
             printer.kill()
     found = {}
     for share, printer in zip(shares, printers):
-        pieces = [piece for stream in printer.streams() for piece in paper.pieces_of(stream)]
+        pieces = [piece for stream, _ in printer.streams() for piece in paper.pieces_of(stream)]
         if len(pieces) != len(share):
             raise RuntimeError(f"{len(pieces)} pieces of paper for {len(share)} documents on a calm day")
         found.update({job.number: piece for job, piece in zip(share, pieces)})
@@ -52,9 +52,10 @@ def expected_bytes(shell, preview, folder, jobs, seed, progress):
 def _print_all(client, jobs, seed):
     for job in jobs:
         data = documents.document(job.number, job.kind, job.format, seed)
-        number = client.print_job(f"receipt {job.number}", job.format, data)
+        name = f"receipt {job.number}"
+        number = client.print_job(name, job.format, data)
         until = time.monotonic() + _SECONDS
-        while not (state := client.state(number)).has_ended:
+        while not (state := client.state(number, name)).has_ended:
             if time.monotonic() > until:
                 raise RuntimeError(f"document {job.number} does not print on a calm day: {state.message}")
             time.sleep(0.02)

@@ -7,15 +7,16 @@ import dataclasses
 
 _cups = ctypes.CDLL("libcups.so.2")
 for _name in ("httpConnect2", "ippNewRequest", "ippAddString", "ippAddInteger", "cupsGetResponse",
-              "ippFindAttribute"):
+              "ippFindAttribute", "ippFirstAttribute", "ippNextAttribute"):
     getattr(_cups, _name).restype = ctypes.c_void_p
 _cups.ippGetString.restype = ctypes.c_char_p
+_cups.ippGetName.restype = ctypes.c_char_p
 
 _OPERATION, _INTEGER, _KEYWORD, _URI, _NAME, _MIME = 0x01, 0x21, 0x44, 0x45, 0x42, 0x49
 _CONNECT_MS = 5000
 _NOT_FOUND = 0x0406
 _HTTP_CONTINUE = 100
-PRINT_JOB, CANCEL_JOB, GET_JOB_ATTRIBUTES = 0x0002, 0x0008, 0x0009
+PRINT_JOB, CANCEL_JOB, GET_JOB_ATTRIBUTES, GET_JOBS = 0x0002, 0x0008, 0x0009, 0x000A
 BUSY = 0x0507  # server-error-busy
 _SECONDS = 60.0
 
@@ -61,16 +62,42 @@ class Client:
     def cancel(self, job):
         self._ask(CANCEL_JOB, [(_INTEGER, "job-id", job)])
 
-    def state(self, job):
-        """@return None if the server does not know the job."""
+    def state(self, job, name):
+        """@return None if the server does not know the job, or gave its number to one of another name."""
         try:
-            return self._ask(GET_JOB_ATTRIBUTES, [(_INTEGER, "job-id", job)], b"", self._read_state)
+            return self._ask(GET_JOB_ATTRIBUTES, [(_INTEGER, "job-id", job)], b"",
+                             lambda answer: self.state_in(answer, name))
         except Refused as refusal:
             if refusal.status == _NOT_FOUND:
                 return None
             raise
 
-    def _read_state(self, answer):
+    def find(self, name):
+        """@return the job-id of the job of this name, ended ones included; 0 if there is none"""
+        wanted = [(_KEYWORD, "which-jobs", "all"), (_KEYWORD, "requested-attributes", "all")]
+        return self._ask(GET_JOBS, wanted, b"", lambda answer: self.names_in(answer).get(name, 0))
+
+    @staticmethod
+    def names_in(answer):
+        """@return job-name -> job-id"""
+        names, job = {}, {}
+        found = ctypes.c_void_p(_cups.ippFirstAttribute(answer))
+        while found:
+            key = _cups.ippGetName(found)
+            if key is None:
+                job = {}  # between two jobs
+            elif key == b"job-id":
+                job["id"] = _cups.ippGetInteger(found, 0)
+            elif key == b"job-name":
+                job["name"] = (_cups.ippGetString(found, 0, None) or b"").decode()
+            if len(job) == 2:
+                names[job["name"]] = job["id"]
+            found = ctypes.c_void_p(_cups.ippNextAttribute(answer))
+        return names
+
+    def state_in(self, answer, name):
+        if name not in self._texts(answer, "job-name"):
+            return None
         words = [*self._texts(answer, "job-state-message"), *self._texts(answer, "job-state-reasons")]
         return JobState(self._number(answer, "job-state"), "; ".join(w for w in words if w and w != "none"))
 

@@ -30,6 +30,16 @@ class Piece:
     file: pathlib.Path  # its bytes, kept for whoever looks into a failed run
     number: int         # of the document; 0 if nothing on it says so
     kind: str
+    is_broken: bool = False  # the printer itself broke its connection
+
+
+@dataclasses.dataclass(frozen=True)
+class Printed:
+    """The bytes of a piece of paper, before anybody has looked at it."""
+
+    till: int
+    data: bytes
+    is_broken: bool = False
 
 
 def pieces_of(stream):
@@ -52,24 +62,33 @@ class Judge:
         self._by_bytes = {data: number for number, data in expected.items()}
 
     def judge(self, printed):
-        """@param printed a list of (till, bytes). @return the pieces, in that order."""
+        """@param printed a list of `Printed`. @return the pieces, in that order."""
         files = []
-        for index, (_, data) in enumerate(printed):
+        for index, one in enumerate(printed):
             files.append(self._folder / f"piece-{index + 1:06}.prn")
-            files[-1].write_bytes(data)
+            files[-1].write_bytes(one.data)
         seen = self._read_codes(files)
-        return [self._piece(till, file, data, seen[file])
-                for (till, data), file in zip(printed, files)]
+        return [Piece(one.till, file, *self._name(one.data, seen[file]), one.is_broken)
+                for one, file in zip(printed, files)]
 
-    def _piece(self, till, file, data, seen):
+    # @return the number of the document and the kind of the piece
+    def _name(self, data, seen):
         numbers = {number for number, _ in seen}
         number = self._by_bytes.get(data, 0)
         if len(numbers) > 1 or (number and numbers and numbers != {number}):
-            return Piece(till, file, min(numbers), WRONG)
+            return min(numbers), WRONG
         if number:
-            return Piece(till, file, number, WHOLE if self._codes_hold(number, seen) else WRONG)
+            return number, WHOLE if self._codes_hold(number, seen) else WRONG
         number = next(iter(numbers), 0) or self._number_by_prefix(data)
-        return Piece(till, file, number, PARTIAL if self._is_part(data, number) else WRONG)
+        if self._is_part(data, number):
+            return number, PARTIAL
+        return number or self._nearest_number(data), WRONG
+
+    def _nearest_number(self, data):
+        """The document that begins like this for longer than all others: that of text that is damaged."""
+        lengths = sorted((len(os.path.commonprefix((data, whole))), number)
+                         for number, whole in self._expected.items())
+        return lengths[-1][1] if len(lengths) == 1 or lengths[-2][0] < lengths[-1][0] else 0
 
     # Text carries no codes.
     @staticmethod

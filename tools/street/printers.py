@@ -5,7 +5,9 @@
 import json
 import pathlib
 import socket
+import re
 import subprocess
+import threading
 import time
 
 # What a printer is told at its start, and what happens to it later: (seconds between two
@@ -18,7 +20,9 @@ MANNERS = {
     "resetting": (["baud 230400"], (5, "reset", 0, None)),
     "slow-accept": (["accept-delay 700"], None),
 }
-_FINISH_SECONDS = 60
+_FINISH_SECONDS = 900
+# What a printer says about a job whose connection it broke itself.
+_BROKEN = re.compile(r"(job-\d+\.prn): .*cut short: the printer (?:reset the connection|vanished)")
 
 
 class Printer:
@@ -35,6 +39,16 @@ class Printer:
         self.port = self._port_in("listening on ")
         self._control = socket.create_connection(("127.0.0.1", self._port_in("control on ")))
         self._answers = self._control.makefile("r")
+        self._broken = set()
+        self._listener = threading.Thread(target=self._listen, daemon=True)
+        self._listener.start()
+
+    # A printer that nobody listens to stands still once the pipe is full.
+    def _listen(self):
+        for line in self._process.stdout:
+            found = _BROKEN.search(line)
+            if found:
+                self._broken.add(found[1])
 
     def _port_in(self, words):
         line = self._process.stdout.readline()
@@ -50,19 +64,36 @@ class Printer:
         return answer
 
     def finish(self):
-        """Waits until everything that the printer has received is on paper, and ends it."""
+        """Waits until everything that was sent to the printer is on paper, and ends it."""
         until = time.monotonic() + _FINISH_SECONDS
-        while json.loads(self.tell("status"))["unfinishedJobs"]:
+        self._wait_for_earlier_connections()
+        while not self._has_printed_all():
             if time.monotonic() > until:
                 raise RuntimeError(f"the printer in {self.folder} does not come to an end")
             time.sleep(0.02)
         self._process.terminate()
         self._process.wait()
+        self._listener.join()
+
+    # Connections that wait for the printer to accept them are taken in their order, so it closes
+    # this one after them.
+    def _wait_for_earlier_connections(self):
+        with socket.create_connection(("127.0.0.1", self.port), _FINISH_SECONDS) as last:
+            last.shutdown(socket.SHUT_WR)
+            last.recv(1)
+
+    def _has_printed_all(self):
+        status = json.loads(self.tell("status"))
+        return not status["unfinishedJobs"] and status["storedJobs"] >= len(self._files())
 
     def kill(self):
         self._process.kill()
         self._process.wait()
 
     def streams(self):
-        """What was printed, as bytes, one stream for each connection, in their order."""
-        return [path.read_bytes() for path in sorted(self.folder.glob("job-*.prn"))]
+        """What was printed: for each connection, in their order, the bytes and whether the printer
+        broke it."""
+        return [(path.read_bytes(), path.name in self._broken) for path in self._files()]
+
+    def _files(self):
+        return sorted(self.folder.glob("job-*.prn"), key=lambda path: int(path.stem.partition("-")[2]))

@@ -2,6 +2,7 @@
 # Copyright (c) 2026 the Wren developers
 """One run: the tills print what is planned, while printers and the shell break as planned."""
 
+import collections
 import dataclasses
 import signal
 import threading
@@ -23,13 +24,24 @@ class Sent:
 
     plan: object
     job: int = 0           # at the shell; 0: not accepted
-    unknown: bool = False  # the answer to the request was lost
+    lost_answers: int = 0
+    unknown: bool = False  # the run was over before anybody knew whether it was accepted
     refused: str = ""
     asked_at: float = 0.0
     cancelled_at: float = 0.0
     state: object = None   # ipp.JobState
+    is_forgotten: bool = False  # the shell does not know it any more
     ended_at: float = 0.0
-    breaks: int = 0        # how often the shell was killed or the printer broke while it was printed
+    # What broke while it was printed, and how often: a signal to the shell, a fault of the printer.
+    breaks: collections.Counter = dataclasses.field(default_factory=collections.Counter)
+
+    @property
+    def name(self):
+        return f"receipt {self.plan.number}"
+
+    @property
+    def has_ended(self):
+        return self.is_forgotten or (self.state is not None and self.state.has_ended)
 
 
 class Till(threading.Thread):
@@ -54,18 +66,30 @@ class Till(threading.Thread):
         sent.asked_at = time.monotonic()
         while not self._over.is_set():
             try:
-                sent.job = self._client.print_job(f"receipt {plan.number}", plan.format, data)
+                sent.job = self._client.print_job(sent.name, plan.format, data)
                 return
             except ipp.Refused as refusal:
                 if refusal.status != ipp.BUSY:
                     sent.refused = str(refusal)
                     return
             except ipp.Unknown:
-                sent.unknown = True
-                return
+                sent.lost_answers += 1
+                if self._find(sent):
+                    return
             except OSError:
                 pass  # the shell is being restarted
             self._over.wait(_RETRY_SECONDS)
+        sent.unknown = sent.lost_answers > 0
+
+    # A job of which nobody knows whether it was accepted is looked for before it is sent again.
+    def _find(self, sent):
+        while not self._over.is_set():
+            try:
+                sent.job = self._client.find(sent.name)
+                return sent.job != 0
+            except (OSError, ipp.Unknown, ipp.Refused):
+                self._over.wait(_RETRY_SECONDS)
+        return False
 
     def follow(self, everything=False):
         """Cancels what is planned and asks for the states of jobs that had not ended.
@@ -73,7 +97,8 @@ class Till(threading.Thread):
         @param everything asks for all of them, not only the oldest.
         @return whether every job has ended.
         """
-        open_jobs = [s for s in self.sent if s.job and not (s.state and s.state.has_ended)]
+        is_sending = self.is_alive()  # before its jobs are listed: it may end meanwhile
+        open_jobs = [s for s in self.sent if s.job and not s.has_ended]
         now = time.monotonic()
         for sent in open_jobs:
             wanted = sent.plan.cancel_after
@@ -81,21 +106,22 @@ class Till(threading.Thread):
                 self._cancel(sent, now)
         for sent in open_jobs if everything else open_jobs[:2]:
             try:
-                sent.state = self._client.state(sent.job)
+                sent.state = self._client.state(sent.job, sent.name)
             except (OSError, ipp.Refused, ipp.Unknown):
                 return False
-            if sent.state and sent.state.has_ended:
+            sent.is_forgotten = sent.state is None
+            if sent.has_ended:
                 sent.ended_at = time.monotonic()
-        return not self.is_alive() and all(s.state and s.state.has_ended for s in open_jobs)
+        return not is_sending and all(s.has_ended for s in open_jobs)
 
-    def note_break(self):
+    def note_break(self, what):
         """Something broke that may cost the job in progress, or one of which a buffer still has a part."""
         now = time.monotonic()
-        accepted = [s for s in self.sent if s.job or s.unknown]
-        ended = [s for s in accepted if s.state and s.state.has_ended]
-        opened = [s for s in accepted if not (s.state and s.state.has_ended)]
+        accepted = [s for s in self.sent if s.job or s.lost_answers]
+        ended = [s for s in accepted if s.has_ended]
+        opened = [s for s in accepted if not s.has_ended]
         for sent in opened[:2] + [s for s in ended[-1:] if now < s.ended_at + _BUFFERED_SECONDS]:
-            sent.breaks += 1
+            sent.breaks[what] += 1
 
     def _cancel(self, sent, now):
         try:
@@ -133,7 +159,7 @@ class Incidents(threading.Thread):
                 self._printers[till].tell(mends)
                 due.append((at + every, till, False))
                 continue
-            self._tills[till].note_break()
+            self._tills[till].note_break(breaks)
             self._printers[till].tell(breaks)
             due.append((at + (seconds if mends else every), till, bool(mends)))
 
@@ -150,14 +176,15 @@ def run(shell, plan, printers, progress):
     while True:
         now = time.monotonic() - begin
         if restarts and now > restarts[0].at:
-            progress(f"restarting with {signal.Signals(restarts[0].signal).name}")
+            kind = signal.Signals(restarts.pop(0).signal)
+            progress(f"restarting with {kind.name}")
             for till in tills:
-                till.note_break()
-            shell.stop(restarts.pop(0).signal)
+                till.note_break(kind.name)
+            shell.stop(kind)
             shell.start()
             continue
         ended = [till.follow() for till in tills]
-        done = sum(bool(s.refused or s.unknown or (s.state and s.state.has_ended)) for t in tills for s in t.sent)
+        done = sum(bool(s.refused or s.unknown or s.has_ended) for t in tills for s in t.sent)
         progress(f"{done} of {len(plan.jobs)} jobs have ended")
         if all(ended) and not restarts:
             break
