@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "app/end_signal.h"
+#include "app/job_messages.h"
 #include "app/job_order.h"
 #include "app/saved_state.h"
 #include "common/handles.h"
@@ -41,6 +42,11 @@ std::atomic<StateKeeper*> running = nullptr;
 std::string readWhole(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void writeWhole(const std::string& file, const std::string& text) {
+  const FilePtr out(::fdopen(openPrivateFile(file.c_str()).release(), "w"));
+  if (out != nullptr) std::fwrite(text.data(), 1, text.size(), out.get());
 }
 
 bool sync(const std::string& path, int flags) {
@@ -124,7 +130,10 @@ void findPrinting(pappl_job_t* job, void* search) {
 }  // namespace
 
 StateKeeper::StateKeeper(const std::string& folder)
-    : file_(folder + "/state"), now_(file_ + ".now"), begun_(folder + "/begun") {}
+    : file_(folder + "/state"),
+      now_(file_ + ".now"),
+      messages_(folder + "/messages"),
+      begun_(folder + "/begun") {}
 
 StateKeeper::~StateKeeper() {
   stop();
@@ -155,12 +164,10 @@ void StateKeeper::load() {
   removeOtherDocuments(fs::path(file_).parent_path() / "spool", settled.waiting);
   if (text.empty()) return;
   const std::string path = file_ + ".settled";
-  {
-    const FilePtr out(::fdopen(openPrivateFile(path.c_str()).release(), "w"));
-    if (out != nullptr) std::fwrite(settled.text.data(), 1, settled.text.size(), out.get());
-  }
+  writeWhole(path, settled.text);
   papplSystemLoadState(system_, path.c_str());
   ::unlink(path.c_str());
+  restoreMessages(system_, readWhole(messages_));
   for (const EndedJob& ended : settled.ended) {
     pappl_job_t* job = findJob(system_, ended.job);
     if (job != nullptr) papplJobSetMessage(job, "%s", ended.message.c_str());
@@ -210,6 +217,9 @@ bool StateKeeper::save() {
   const std::string path = file_ + ".new";
   unsigned long number = 0;
   if (!write(path, number) || !sync(path, O_RDONLY)) return false;
+  // Before the state that calls their jobs ended. Losing them costs words, not paper.
+  writeWhole(messages_ + ".new", endedMessages(system_));
+  std::rename((messages_ + ".new").c_str(), messages_.c_str());
   {
     const std::lock_guard replacing(replacing_);
     if (std::rename(path.c_str(), file_.c_str()) != 0) return false;

@@ -22,7 +22,7 @@ namespace wren::app {
 class StateKeeper {
  public:
   /// @param folder exists and belongs to this process alone. Its files: `state`,
-  ///        `state.now` and `begun/`.
+  ///        `state.now`, `messages` and `begun/`.
   explicit StateKeeper(const std::string& folder);
   StateKeeper(const StateKeeper&) = delete;
   StateKeeper& operator=(const StateKeeper&) = delete;
@@ -59,6 +59,7 @@ class StateKeeper {
 
   std::string file_;
   std::string now_;  // newer than file_, if it is there and whole
+  std::string messages_;
   BegunJobs begun_;
   std::vector<JobKey> waiting_;
   pappl_system_t* system_ = nullptr;

@@ -81,6 +81,42 @@ TEST_P(Restart, KeepsPrintersDefaultsAndTheHistory) {
   EXPECT_TRUE(server.waitForState("bar", next, "completed")) << server.log();
 }
 
+// After a second restart as well.
+TEST_P(Restart, KeepsTheReasonsOfFailedJobs) {
+  SlowPrinter printer;
+  printer.comeBack();
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const auto file = server.folder() / "broken.png";
+  std::ofstream(file, std::ios::binary) << "\x89PNG\r\n";
+  const int job = server.submit("till", file.string(), {"-o", "document-format=image/png"});
+  ASSERT_TRUE(server.waitForState("till", job, "aborted")) << server.log();
+  ASSERT_EQ(server.jobAttribute("till", job, "job-state-message"), "this is not a PNG");
+  ASSERT_TRUE(server.waitUntilSaved("state=\"8\""));
+  for (int restart = 0; restart < 2; ++restart) {
+    server.stop(GetParam());
+    server.start();
+    EXPECT_EQ(server.jobAttribute("till", job, "job-state-message"), "this is not a PNG");
+  }
+}
+
+// Killed between the end of the job and the save that would have kept its reason.
+TEST(KilledServer, SaysThatAReasonWasNotKept) {
+  SlowPrinter printer;
+  printer.comeBack();
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  const auto file = server.folder() / "broken.png";
+  std::ofstream(file, std::ios::binary) << "\x89PNG\r\n";
+  const int job = server.submit("till", file.string(), {"-o", "document-format=image/png"});
+  ASSERT_TRUE(server.waitUntilSaved("state=\"8\"")) << server.log();
+  server.stop(SIGKILL);
+  std::filesystem::remove(server.stateFolder() / "messages");
+  server.start();
+  EXPECT_EQ(server.jobAttribute("till", job, "job-state-message"),
+            "failed before the restart; the reason was not kept");
+}
+
 INSTANTIATE_TEST_SUITE_P(Signals, Restart, testing::Values(SIGTERM, SIGKILL));
 
 TEST(ShutDownServer, EndsAndKeepsTheJobsThatWait) {

@@ -8,6 +8,7 @@ street_units_test.py ROOT
 
 import collections
 import ctypes
+import dataclasses
 import pathlib
 import socket
 import sys
@@ -80,6 +81,9 @@ class Verdict(unittest.TestCase):
         for job, pieces, fault in (
                 (_sent(ipp.JobState(ipp.ABORTED, "the printer is off")), (), None),
                 (_sent(ipp.JobState(ipp.ABORTED, "")), (), "without a reason"),
+                (_sent(ipp.JobState(ipp.ABORTED, "Job aborted.", "aborted-by-system")), (), "without a reason"),
+                (_sent(ipp.JobState(ipp.CANCELLED, "Job canceled.")), (), "without a reason"),
+                (_sent(ipp.JobState(ipp.CANCELLED, "Job canceled."), cancelled_at=1.0), (), None),
                 (_sent(ipp.JobState(ipp.PROCESSING, "printing")), (), "did not end: printing"),
                 (_sent(None, is_forgotten=True), (paper.WHOLE,), None),
                 (_sent(None, is_forgotten=True), (), "is lost"),
@@ -90,6 +94,24 @@ class Verdict(unittest.TestCase):
                     self.assertEqual(bool(faults), fault is not None, faults)
                     if fault:
                         self.assertIn(fault, faults[0])
+
+    def test_what_the_printer_itself_broke(self):
+        for shell, kinds, fault in ((cups_shell, (paper.PARTIAL,), None),
+                                    (cups_shell, (paper.PARTIAL, paper.WHOLE), None),
+                                    (cups_shell, (paper.WRONG,), "is garbled"),
+                                    (app_shell, (paper.PARTIAL,), "came out in part")):
+            with self.subTest(shell=shell.__name__, kinds=kinds):
+                pieces = [dataclasses.replace(p, is_broken=p.kind != paper.WHOLE) for p in _pieces(*kinds)]
+                faults = _judge(shell, _sent(), pieces).faults
+                self.assertEqual(bool(faults), fault is not None, faults)
+                if fault:
+                    self.assertIn(fault, faults[0])
+
+    def test_damaged_text_is_named_by_what_it_shares(self):
+        with tempfile.TemporaryDirectory() as folder:
+            judge = paper.Judge("/bin/false", f"{folder}/pieces", {1: b"receipt 1 ....", 2: b"receipt 2 ...."})
+            pieces = judge.judge([paper.Printed(0, b"receipt 2 .x..")])
+        self.assertEqual([(piece.number, piece.kind) for piece in pieces], [(2, paper.WRONG)])
 
     def test_paper_of_another_till(self):
         faults = _judge(cups_shell, _sent(), _pieces(paper.WHOLE, till=1)).faults

@@ -4,6 +4,7 @@
 
 import ctypes
 import dataclasses
+import re
 
 _cups = ctypes.CDLL("libcups.so.2")
 for _name in ("httpConnect2", "ippNewRequest", "ippAddString", "ippAddInteger", "cupsGetResponse",
@@ -23,6 +24,7 @@ _SECONDS = 60.0
 # job-state, RFC 8011
 PENDING, HELD, PROCESSING, STOPPED, CANCELLED, ABORTED, COMPLETED = range(3, 10)
 ENDED = (CANCELLED, ABORTED, COMPLETED)
+_SAYS_NOTHING = re.compile(r"job (aborted|cancell?ed|stopped)\.?$", re.I)
 
 
 class Refused(Exception):
@@ -40,11 +42,17 @@ class Unknown(Exception):
 @dataclasses.dataclass(frozen=True)
 class JobState:
     state: int
-    message: str  # job-state-message and job-state-reasons, for people
+    message: str       # job-state-message, for people
+    reasons: str = ""  # job-state-reasons, for programs
 
     @property
     def has_ended(self):
         return self.state in ENDED
+
+    @property
+    def says_why(self):
+        """Whether a person learns more than that the job has ended."""
+        return bool(self.message) and not _SAYS_NOTHING.match(self.message)
 
 
 class Client:
@@ -98,8 +106,8 @@ class Client:
     def state_in(self, answer, name):
         if name not in self._texts(answer, "job-name"):
             return None
-        words = [*self._texts(answer, "job-state-message"), *self._texts(answer, "job-state-reasons")]
-        return JobState(self._number(answer, "job-state"), "; ".join(w for w in words if w and w != "none"))
+        return JobState(self._number(answer, "job-state"), " ".join(self._texts(answer, "job-state-message")),
+                        " ".join(self._texts(answer, "job-state-reasons")))
 
     def _ask(self, operation, attributes, data=b"", read=lambda answer: None):
         http = ctypes.c_void_p(_cups.httpConnect2(self._host.encode(), self._port, None, 0, 0, 1, _CONNECT_MS, None))

@@ -40,7 +40,8 @@ def _breaks(job, kinds):
 # The first dots of a job that was stopped, before any code.
 def _judge_unnamed(report, sent, piece, may_print_again):
     stopped = [job for job in sent if job.plan.till == piece.till and
-               (_breaks(job, may_print_again) or (piece.is_broken and may_print_again) or not (job.state and job.state.state == ipp.COMPLETED))]
+               (_breaks(job, may_print_again) or (piece.is_broken and may_print_again)
+                or not (job.state and job.state.state == ipp.COMPLETED))]
     if piece.kind == paper.PARTIAL and stopped:
         report.counts["partial copies without a code"] += 1
     else:
@@ -63,7 +64,8 @@ def _judge_job(report, job, pieces, may_print_again, may_lose):
     outcome = _outcome(job)
     if outcome == "completed":
         if not whole:
-            lost.append(("lost behind a raw port", f"{name} is lost: completed, nothing whole came out"))
+            word = "came out in part only" if partial else "lost behind a raw port"
+            lost.append((word, f"{name} is lost: completed, nothing whole came out"))
         copies += [("partial copies", f"{name} completed and came out in part: {p.file}") for p in partial]
     elif outcome == "not known any more" and len(whole) != 1:
         report.faults.append(f"{name} is lost: the shell does not know it, {len(whole)} whole copies")
@@ -71,8 +73,8 @@ def _judge_job(report, job, pieces, may_print_again, may_lose):
         report.faults.append(f"{name} was refused ({job.refused}) and printed: {pieces[0].file}")
     elif outcome == "not ended":
         report.faults.append(f"{name} did not end: {job.state.message if job.state else 'never accepted'}")
-    elif outcome in ("cancelled by its user", "ended with a reason") and not job.state.message:
-        report.faults.append(f"{name} ended without a reason")
+    elif outcome == "ended with a reason" and not job.state.says_why:
+        report.faults.append(f"{name} ended without a reason: '{job.state.message}' ({job.state.reasons})")
     _allow(report, copies, 2 * (_breaks(job, may_print_again) + broken))
     _allow(report, lost, _breaks(job, may_lose) + broken)
     if outcome == "ended with a reason":
