@@ -16,7 +16,7 @@ import sys
 import tempfile
 import time
 
-from . import app_shell, cups_shell, expected, ipp, paper, plan, run, verdict
+from . import app_shell, cups_shell, expected, figures, ipp, paper, plan, run, verdict
 from .printers import Printer
 
 _SHELLS = {"cups": (cups_shell, cups_shell.CupsShell), "app": (app_shell, app_shell.AppShell)}
@@ -32,6 +32,8 @@ def _arguments():
     parser.add_argument("--shell", choices=sorted(_SHELLS), default="app")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--break", dest="sabotage", choices=("drop", "double", "flip"), help="must be noticed")
+    parser.add_argument("--figures", action="store_true",
+                        help="break nothing, and measure: receipts per second, first byte, processor time, memory (as root)")
     parser.add_argument("--build", required=True, type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("--keep", action="store_true", help="keep the folder of a run without faults as well")
     return parser.parse_args()
@@ -126,22 +128,32 @@ def _run(arguments, folder):
     jobs = arguments.jobs or max(1, round(arguments.tills * seconds * _JOBS_PER_TILL_AND_SECOND))
     preview = str(arguments.build / "preview" / "wren-preview")
     progress = Progress()
-    planned = plan.make_plan(arguments.seed, arguments.tills, jobs, seconds, module.FORMATS)
+    planned = plan.make_plan(arguments.seed, arguments.tills, jobs, seconds, module.FORMATS,
+                             arguments.figures)
 
     wanted = expected.expected_bytes(shell_class(arguments.build, folder / "calm-shell", _free_port()), preview,
                                      folder / "calm", planned.jobs, arguments.seed, progress)
     printers, shell = [], shell_class(arguments.build, folder / "shell", _free_port())
     try:
         shell.start()
+        measurement = figures.Measurement(shell, arguments.shell == "app") if arguments.figures else None
         for till, manner in enumerate(planned.manners):
             printers.append(Printer(preview, folder / f"till{till}", manner))
-            shell.add_till(till, printers[-1].port)
+        ports = measurement.attach(printers) if measurement else [printer.port for printer in printers]
+        for till, port in enumerate(ports):
+            shell.add_till(till, port)
+        if measurement:
+            measurement.begin()
         begin = time.monotonic()
         sent = run.run(shell, planned, printers, progress)
         took = time.monotonic() - begin
+        if measurement:
+            measurement.end()
         shell.stop(signal.SIGTERM)
         for printer in printers:
             printer.finish()
+        if measurement:
+            measurement.close()
     finally:
         shell.kill()
         for printer in printers:
@@ -154,6 +166,8 @@ def _run(arguments, folder):
     pieces = paper.Judge(preview, folder / "pieces", wanted).judge(printed)
     report = verdict.judge(sent, pieces, module.MAY_PRINT_AGAIN, module.MAY_LOSE)
     _say(arguments, planned, sent, report, took, folder)
+    if measurement and not report.faults:
+        print(json.dumps(measurement.figures(sent, pieces, took, arguments.tills), indent=1))
     return report.faults
 
 

@@ -49,6 +49,10 @@ class AppShell:
             time.sleep(0.05)
         raise RuntimeError(f"the application does not start: see {self._folder}/log")
 
+    @property
+    def pid(self):
+        return self._process.pid
+
     def stop(self, signal):
         self._process.send_signal(signal)
         self._process.wait()

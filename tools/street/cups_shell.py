@@ -91,6 +91,10 @@ class CupsShell:
         raise RuntimeError(f"the scheduler does not start: see {self._folder}/log/error")
 
 
+    @property
+    def pid(self):
+        return self._process.pid
+
     def stop(self, signal):
         """The scheduler alone gets the signal; its filters live on, as after a crash."""
         self._process.send_signal(signal)

@@ -13,7 +13,7 @@ from concurrent.futures import ThreadPoolExecutor
 from . import documents
 
 # Every job begins with these bytes (docs/OUTPUT.md). A host may keep its connection for several.
-_BEGIN = b"\0" * 64 + b"\x1b@"
+BEGIN = b"\0" * 64 + b"\x1b@"
 # The question whether everything so far is on paper: after a job, and before the first.
 _QUESTION = b"\x1dr\x01"
 # The end of a cancelled job: feeds, cut, buzzers off, paper sensor.
@@ -44,7 +44,7 @@ class Printed:
 
 def pieces_of(stream):
     """The jobs in the bytes of one connection."""
-    starts = [m.start() for m in re.finditer(re.escape(_BEGIN), stream)]
+    starts = [m.start() for m in re.finditer(re.escape(BEGIN), stream)]
     parts = [stream[a:b] for a, b in zip([0, *starts], [*starts, len(stream)])]
     pieces = [part.removesuffix(_QUESTION) for part in parts]
     return [piece for piece in pieces if piece.removeprefix(_QUESTION).strip(b"\0")]
