@@ -5,9 +5,11 @@
 // default, and the sizes by their names.
 
 #include <cups/ppd.h>
+#include <cups/raster.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -217,11 +219,58 @@ TEST_P(Ppd, DescribesEachNumberByWhatItDoes) {
   EXPECT_EQ(textOf("FeedCutAfterJobEnd", "0"), "No feed");
 }
 
+TEST_P(Ppd, NamesEachOptionByWhatItConcerns) {
+  const std::map<std::string, const char*> kWords = {
+      {"PageType", "Blank edges"},
+      {"HalftoneType", "Halftone"},
+      {"Brightness", "Darkness"},
+      {"BidiPrinting", "Print direction"},
+      {"PageCutType", "Cut after each page"},
+      {"DocCutType", "Cut after the document"},
+      {"FeedCutAfterJobEnd", "Feed before the document cut"},
+      {"CashDrawerSetting", "Cash drawer"},
+      {"CashDrawerPulseWidth", "Drawer pulse"},
+      {"Buzzer1Setting", "Buzzer for each page"},
+      {"Buzzer1OnTime", "Length of a page beep"},
+      {"Buzzer1Repeat", "Beeps for each page"},
+      {"Buzzer2Setting", "Buzzer for the document"},
+      {"Buzzer2OnTime", "Length of a document beep"},
+      {"Buzzer2Repeat", "Beeps for the document"},
+      {"DebugImages", "Debug images of each page"}};
+  for (const auto& [keyword, words] : kWords) {
+    const ppd_option_t* option = ppdFindOption(ppd_, keyword.c_str());
+    EXPECT_STREQ(option == nullptr ? "no such option" : option->text, words) << keyword;
+  }
+}
+
 TEST_P(Ppd, CutsPagesAtTheWidthOfTheHead) {
-  const ppd_attr_t* attribute = ppdFindAttr(ppd_, kMaxMediaWidthAttribute, nullptr);
-  ASSERT_NE(attribute, nullptr);
-  EXPECT_EQ(static_cast<int>(std::atof(attribute->value) / 72.0 * 203), GetParam().headDots);
-  EXPECT_EQ(ppdFindNextAttr(ppd_, kMaxMediaWidthAttribute, nullptr), nullptr);
+  const double widthPt = std::atof(attribute(kMaxMediaWidthAttribute).c_str());
+  EXPECT_EQ(static_cast<int>(widthPt / 72.0 * 203), GetParam().headDots)
+      << attribute(kMaxMediaWidthAttribute);
+}
+
+// Of each paper, the lengths in millimetres, and the size that is as wide as the print.
+const std::map<int, std::vector<std::string>> kSizes = {
+    {58,
+     {"X58MMY30MM", "X58MMY40MM", "X58MMY60MM", "X58MMY100MM", "X58MMY200MM", "X58MMY297MM",
+      "X58MMY600MM", "X58MMY1200MM", "X48MMY200MM"}},
+    {80,
+     {"X80MMY30MM", "X80MMY50MM", "X80MMY80MM", "X80MMY120MM", "X80MMY200MM", "X80MMY297MM",
+      "X80MMY600MM", "X80MMY1200MM", "X72MMY200MM"}},
+    {112,
+     {"X112MMY50MM", "X112MMY80MM", "X112MMY150MM", "X112MMY200MM", "X112MMY297MM", "X112MMY600MM",
+      "X112MMY1200MM", "X104MMY200MM"}}};
+
+TEST_P(Ppd, OffersLabelsReceiptsAndJournalsOfItsPaper) {
+  const auto& expected = kSizes.at(GetParam().paperMm);
+  auto withCustom = expected;
+  withCustom.emplace_back("Custom");
+  EXPECT_THAT(choicesOf("PageSize"), testing::UnorderedElementsAreArray(withCustom));
+  EXPECT_THAT(choicesOf("PageRegion"), testing::IsSupersetOf(expected));
+  const std::string receipt = "X" + std::to_string(GetParam().paperMm) + "MMY200MM";
+  EXPECT_EQ(marked("PageSize"), receipt);
+  EXPECT_EQ(attribute("DefaultPageSize"), receipt);
+  EXPECT_EQ(attribute("DefaultPageRegion"), receipt);
 }
 
 TEST_P(Ppd, NamesEverySizeByItsMillimetres) {
@@ -234,6 +283,10 @@ TEST_P(Ppd, NamesEverySizeByItsMillimetres) {
     EXPECT_GT(millimetres.width, 0.0F) << size.name;
     EXPECT_NEAR(size.width, millimetres.width * 72 / 25.4F, 0.05) << size.name;
     EXPECT_NEAR(size.length, millimetres.height * 72 / 25.4F, 0.05) << size.name;
+    char numbers[32];
+    std::snprintf(numbers, sizeof numbers, "%g x %g mm", double{millimetres.width},
+                  double{millimetres.height});
+    EXPECT_THAT(textOf("PageSize", size.name), testing::StartsWith(numbers));
   }
   EXPECT_GE(sizes, 8);
   EXPECT_NE(ppd_->variable_sizes, 0);
@@ -271,6 +324,28 @@ TEST_P(Ppd, TakesCustomSizesUpToThreeMetres) {
   EXPECT_NEAR(ppd_->custom_min[0], kLeastWidthMm.at(GetParam().paperMm) * 72 / 25.4, 0.1);
   EXPECT_NEAR(ppd_->custom_min[1], 10 * 72 / 25.4, 0.1);
   EXPECT_NEAR(ppd_->custom_max[1], 3000 * 72 / 25.4, 0.1);
+}
+
+TEST_P(Ppd, NamesItsPrinter) {
+  const std::string model = std::to_string(GetParam().paperMm) + " mm receipt printer";
+  EXPECT_EQ(attribute("Manufacturer"), "Wren");
+  EXPECT_EQ(attribute("ModelName"), "Wren " + model);
+  EXPECT_THAT(attribute("NickName"), testing::StartsWith("Wren " + model));
+  EXPECT_EQ(attribute("Product"), "(" + model + ")");
+}
+
+// One grey page at the resolution of the head, 8 bits a pixel.
+TEST_P(Ppd, AsksForGreyPagesAtTheResolutionOfTheHead) {
+  EXPECT_EQ(choicesOf("ColorModel"), std::vector<std::string>{"Gray"});
+  EXPECT_EQ(choicesOf("Resolution"), std::vector<std::string>{"203dpi"});
+  cups_page_header2_t header = {};
+  ASSERT_EQ(cupsRasterInterpretPPD(&header, ppd_, 0, nullptr, nullptr), 0);
+  EXPECT_EQ(header.cupsColorSpace, CUPS_CSPACE_K);
+  EXPECT_EQ(header.cupsBitsPerColor, 8U);
+  EXPECT_EQ(header.cupsBitsPerPixel, 8U);
+  EXPECT_EQ(header.cupsColorOrder, CUPS_ORDER_CHUNKED);
+  EXPECT_EQ(header.cupsCompression, 0U);
+  EXPECT_THAT(header.HWResolution, testing::ElementsAre(203U, 203U));
 }
 
 TEST_P(Ppd, TellsCupsWhatTheFilterNeeds) {
