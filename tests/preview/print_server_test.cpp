@@ -8,10 +8,12 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <thread>
 
 #include "tests/escpos/printer_streams.h"
+#include "tests/preview/failing_accept.h"
 #include "tests/preview/loopback_client.h"
 #include "tests/preview/png_reading.h"
 #include "tests/preview/scratch_folder.h"
@@ -227,6 +229,29 @@ TEST(AcceptErrors, EndTheServerOnlyIfTheyAreOfItsSocket) {
   for (const int code : {EBADF, EINVAL, ENOTSOCK}) {
     EXPECT_EQ(acceptErrorOf(code), AcceptError::kOfListener) << code;
   }
+}
+
+// A connection that went away, or too many files for a while, cost no job.
+TEST_F(PrintServerTest, OutlivesErrorsThatAreNotOfItsSocket) {
+  failNextAccepts({ECONNABORTED, EINTR, EPROTO, EMFILE});
+  start();
+  print(kJob);
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")), kJob);
+  EXPECT_EQ(acceptErrorsLeft(), 0U);
+  const std::string name = server_->name();
+  stop();
+  EXPECT_EQ(err_, "wren-preview: " + name + ": " + std::strerror(EMFILE) + "\n");
+}
+
+TEST_F(PrintServerTest, EndsWithAnErrorOfItsSocket) {
+  failNextAccepts({EINVAL});
+  start();
+  const LoopbackClient client(server_->name());
+  thread_.join();
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: " + server_->name() + ": " + std::strerror(EINVAL) + "\n");
+  EXPECT_FALSE(endedWell_);
 }
 
 TEST_F(PrintServerTest, WritesNoFilesForAConnectionWithoutBytes) {
