@@ -118,7 +118,8 @@ This checkout:
         Example: ./wren street --tills 20 --minutes 5
   test [--all | --preset NAME | --arm64 | --browser]
         Builds with warnings as errors, runs every test and lints. --all adds the
-        sanitizers, clang with libc++, and coverage; --preset runs the tests of
+        sanitizers, clang with libc++, coverage, a street of tills and a sample of the
+        mutation test; --preset runs the tests of
         one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
         runs the tests under qemu: every byte has to be the same there. --browser
         tests the web pages in Chromium; with --pictures behind it, it takes their
@@ -146,10 +147,11 @@ This checkout:
   fuzz [TARGET] [SECONDS]
         Runs one fuzz target of fuzz/, or each of them, for so many seconds.
         Example: ./wren fuzz filter_job 60
-  mutate [--list] [--count N] [FOLDER...]
-        Mutation test: makes small changes in the product code, one at a time, and
-        lists those that no test detects. Takes most of an hour.
-        Example: ./wren mutate --count 3 job
+  mutate [--list] [--own] [--seed SEED] [--count N] [FOLDER...]
+        Mutation test: makes small changes in what is shipped, one at a time, lists
+        those that no test detects, and scores each folder (docs/TESTING.md). Takes
+        hours; with --own, which runs the tests of the changed folder alone, less.
+        Example: ./wren mutate --own --count 3 job
   help
         This list.
 

@@ -53,6 +53,8 @@ test_all() {
   coverage_report
   say "== street"
   ctest --test-dir "$WREN_ROOT/build/dev" --build-config street-long --tests-regex '^street_long\.' --output-on-failure
+  say "== mutate"
+  "$WREN_ROOT/dev/mutate" --own --count 2
   "$WREN_ROOT/dev/lint"
 }
 
