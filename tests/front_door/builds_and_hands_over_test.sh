@@ -117,7 +117,7 @@ exec "$@"
 SCRIPT
 "$tree/wren" devices >said 2>noted
 grep -qx 'wren: installing Debian packages: cmake ghostscript' noted || die "said: $(cat noted)"
-grep -q 'apt-get .*install cmake ghostscript$' log || die "asked for: $(cat log)"
+grep -qx 'apt-get -q -y --no-install-recommends -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300 install cmake ghostscript' log || die "asked for: $(cat log)"
 stand_in apt-get <<'SCRIPT'
 #!/usr/bin/env bash
 echo "E: no such package"
@@ -139,6 +139,24 @@ if ((EUID != 0)); then
   ((status == 4)) || die "status $status without sudo"
   grep -qF 'call as root: apt-get install --no-install-recommends cmake ghostscript' noted || die "said: $(cat noted)"
 fi
+
+# On a terminal the counter of ninja is shown where there is something to build.
+has_work_in() {
+  WREN_ROOT=$tree
+  # shellcheck source=tools/build.sh
+  source "$source_dir/tools/build.sh"
+  cd "$tree"
+  has_work release wren
+}
+stand_in ninja <<SCRIPT
+#!/bin/sh
+[ "\$*" = "-C build/release -n wren" ] || exit 1
+cat "$work/work"
+SCRIPT
+echo "[0/1] Linking" >work
+(has_work_in) || die "no counter is shown"
+echo "ninja: no work to do." >work
+! (has_work_in) || die "a counter is shown for nothing"
 
 # The test command says which test it is at, and keeps the whole output.
 counts_tests() {

@@ -28,9 +28,10 @@ stand_in() {
 }
 
 # All packages are installed.
-stand_in dpkg-query <<'SCRIPT'
+stand_in dpkg-query <<SCRIPT
 #!/usr/bin/env bash
-for package; do [[ $package == -* ]] || echo "installed $package"; done
+for package; do [[ \$package == -* ]] || echo "installed \$package"; done
+printf '%s\n' "\$@" >>"$work/asked"
 SCRIPT
 # All but "stray" belongs to the tree.
 stand_in git <<'SCRIPT'
@@ -69,6 +70,7 @@ package 0 0 0
 [[ $(cat built) == "-b -us -uc in $folder/wren" ]] || die "it builds with: $(cat built)"
 diff <(cd "$tree" && find . -path ./build -prune -o -type f ! -name stray -print | LC_ALL=C sort) copied
 [[ $(cat checked) == "--allow-root --fail-on error $folder/wren_1.changes" ]] || die "lintian was asked: $(cat checked)"
+for package in cmake debhelper lintian; do grep -qx "$package" asked || die "it does not ask for $package"; done
 diff <(printf '%s\n' "words of lintian" "$folder/one.deb" "$folder/two.deb") said
 [[ ! -s noted ]] || die "it says: $(cat noted)"
 

@@ -34,6 +34,16 @@ status=0
 ((status == 4)) || die "status $status without Homebrew"
 grep -q 'needs 4.4 or newer; on a Mac install Homebrew first' said || die "said: $(cat said)"
 
+# A Homebrew that cannot install it.
+mkdir -p broken
+# shellcheck disable=SC2016 # of the script
+printf '#!/bin/sh\n[ "$1" = --prefix ] && echo %s/broken\n' "$work" >broken/brew
+chmod +x broken/brew
+status=0
+(PATH=$work/broken:$PATH restart_in_newer_bash wren help) 2>said || status=$?
+((status == 4)) || die "status $status with a Homebrew that fails"
+diff <(printf '%s\n' 'wren: installing with Homebrew: bash (that of the system is too old)' 'wren: Homebrew could not install bash') said
+
 # With Homebrew: bash is installed once and continues with the same arguments.
 mkdir -p bin brewed/bin
 cat >bin/brew <<SCRIPT
