@@ -24,6 +24,12 @@ JobTurns& turns() {
   return line;
 }
 
+// Shared by the documents that come in.
+std::shared_mutex& arrivals() {
+  static std::shared_mutex mutex;
+  return mutex;
+}
+
 template <typename Function>
 Function originalOf(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -121,6 +127,9 @@ Refusal refusalOf(const WaitingJob& job, pappl_client_t* client) {
   if (!isConnected(client)) {
     return {IPP_STATUS_ERROR_INTERNAL, "Its client went away; nothing was printed."};
   }
+  if (isEnding(job.system)) {
+    return {IPP_STATUS_ERROR_BUSY, "The server is being shut down; nothing was printed."};
+  }
   return {IPP_STATUS_ERROR_BUSY, "Too many jobs wait; nothing was printed."};
 }
 
@@ -139,6 +148,10 @@ void refuse(const WaitingJob& job, pappl_client_t* client) {
 
 void endJobOrder() {
   turns().close();
+}
+
+std::unique_lock<std::shared_mutex> holdArrivals() {
+  return std::unique_lock(arrivals(), std::try_to_lock);
 }
 
 }  // namespace wren::app
@@ -163,8 +176,12 @@ extern "C" void _papplJobCopyDocumentData(pappl_client_t* client, pappl_job_t* j
   using Copy = void (*)(pappl_client_t*, pappl_job_t*);
   static const auto kCopy = wren::app::originalOf<Copy>("_papplJobCopyDocumentData");
   if (kCopy == nullptr) return;
-  if (!wren::app::isStreamed(job)) return kCopy(client, job);
   const wren::app::WaitingJob waiting(job);
+  if (!wren::app::isStreamed(job)) {
+    const std::shared_lock arriving(wren::app::arrivals());
+    if (wren::app::isEnding(waiting.system)) return wren::app::refuse(waiting, client);
+    return kCopy(client, job);
+  }
   if (!wren::app::takeTurn(waiting, client)) {
     // After the end of the system, only the end of the process is left.
     if (!wren::app::turns().isClosed()) wren::app::refuse(waiting, client);
@@ -178,6 +195,10 @@ extern "C" void _papplJobCopyDocumentData(pappl_client_t* client, pappl_job_t* j
 namespace wren::app {
 
 void endJobOrder() {}
+
+std::unique_lock<std::shared_mutex> holdArrivals() {
+  return {};
+}
 
 }  // namespace wren::app
 #endif

@@ -36,6 +36,9 @@ namespace fs = std::filesystem;
 // PAPPL tells of a job before it has received the document, and not afterwards.
 constexpr std::chrono::milliseconds kLookAgain(100);
 
+// How often a server that is asked to end looks whether the documents that come in are whole.
+constexpr int kMostLooksAtArrivals = 30;
+
 // The one that runs, for papplSystemDelete.
 std::atomic<StateKeeper*> running = nullptr;
 
@@ -188,16 +191,25 @@ bool StateKeeper::write(const std::string& path, unsigned long& number) {
          isWholeState(path);
 }
 
+bool StateKeeper::isNamed(const JobKey& job) {
+  const std::lock_guard lock(mutex_);
+  return named_.contains(job);
+}
+
 // Beside the saved state, without waiting for the disk: first bytes wait for this. `save` waits,
-// and then removes it.
+// and then removes it. The jobs of many printers begin at the same time, and PAPPL writes slowly:
+// whoever writes names those that wait for it too.
 bool StateKeeper::nameNow(const JobKey& job) {
-  {
-    const std::lock_guard lock(mutex_);
-    if (named_.contains(job)) return true;
-  }
+  if (isNamed(job)) return true;
   const std::string path = now_ + ".new";
   const std::lock_guard replacing(replacing_);
-  return write(path, nowNumber_) && std::rename(path.c_str(), now_.c_str()) == 0;
+  if (isNamed(job)) return true;
+  std::set<JobKey> named;
+  forEachActiveJob(system_, addKey, &named);
+  if (!write(path, nowNumber_) || std::rename(path.c_str(), now_.c_str()) != 0) return false;
+  const std::lock_guard lock(mutex_);
+  named_.merge(named);
+  return true;
 }
 
 bool StateKeeper::save() {
@@ -240,7 +252,11 @@ void StateKeeper::endIfNothingPrints() {
   const std::vector<JobKey> begun = begun_.all();
   Search printing = {begun};
   forEachActiveJob(system_, findPrinting, &printing);
-  if (!printing.isFound && save()) std::_Exit(EXIT_SUCCESS);
+  if (printing.isFound) return;
+  // A document that comes in slowly is not waited for: its client has no answer yet.
+  const auto quiet = holdArrivals();
+  if (!quiet.owns_lock() && ++looksAtArrivals_ < kMostLooksAtArrivals) return;
+  if (save()) std::_Exit(EXIT_SUCCESS);
 }
 
 // PAPPL starts no job that it has loaded before another one comes.

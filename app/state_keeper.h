@@ -50,6 +50,7 @@ class StateKeeper {
  private:
   void load();
   bool write(const std::string& path, unsigned long& number);
+  bool isNamed(const JobKey& job);
   bool nameNow(const JobKey& job);
   void watch();
   void resumeWaiting();
@@ -62,6 +63,7 @@ class StateKeeper {
   std::string messages_;
   BegunJobs begun_;
   std::vector<JobKey> waiting_;
+  int looksAtArrivals_ = 0;
   pappl_system_t* system_ = nullptr;
   std::mutex saving_;
   std::mutex writing_;  // guards the files of attributes, which PAPPL writes, and:

@@ -152,6 +152,36 @@ TEST(ShutDownServer, EndsAfterTheJobThatPrints) {
   EXPECT_EQ(server.stateOf("till", job), "completed");
 }
 
+// What a client is told when the end has begun is true: what was accepted prints, what was refused
+// does not.
+TEST(EndingServer, RefusesWhatItWouldLose) {
+  SlowPrinter printer;
+  printer.comeBack(5000);
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  server.submit("till", kReceipt, kManyCopies);
+  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  std::thread ending([&] { server.stop(SIGTERM); });
+  std::vector<int> accepted;
+  std::string refusal;
+  for (int i = 0; i < 300 && refusal.empty(); ++i) {
+    const ProcessResult answer = server.run({"submit", "-d", "till", kReceipt});
+    if (answer.exited(0)) {
+      accepted.push_back(std::atoi(answer.out.c_str() + answer.out.rfind('-') + 1));
+    } else {
+      refusal = answer.err;
+    }
+  }
+  printer.readOn();
+  ending.join();
+  EXPECT_THAT(refusal, HasSubstr("The server is being shut down; nothing was printed."));
+  server.start();
+  for (const int job : accepted) {
+    EXPECT_TRUE(server.waitForState("till", job, "completed")) << server.log();
+  }
+  EXPECT_EQ(jobsAt(printer), accepted.size() + 1);
+}
+
 TEST(KilledServer, PrintsAJobThatHadNotBegunOnce) {
   SlowPrinter printer;
   RunningServer server;

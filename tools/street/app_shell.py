@@ -24,11 +24,11 @@ class AppShell:
 
     def __init__(self, build, folder, port):
         self._program = str(pathlib.Path(build) / "app" / "wren-printer-app")
-        self._folder, self._port = pathlib.Path(folder), port
+        self._folder, self.port = pathlib.Path(folder), port
         self._process = None
 
     def client(self, till, user):
-        return Client("127.0.0.1", self._port, f"/ipp/print/till{till}", user)
+        return Client("127.0.0.1", self.port, f"/ipp/print/till{till}", user)
 
     def add_till(self, till, printer_port):
         self._run("add", "-d", f"till{till}", "-m", "wren80", "-v", f"socket://127.0.0.1:{printer_port}",
@@ -38,7 +38,7 @@ class AppShell:
         self._folder.mkdir(parents=True, exist_ok=True)
         with open(self._folder / "log", "a", encoding="utf-8") as log:
             self._process = subprocess.Popen(
-                [self._program, "server", "-o", f"server-port={self._port}",
+                [self._program, "server", "-o", f"server-port={self.port}",
                  "-o", f"state-directory={self._folder / 'state'}", "-o", "log-file=-"],
                 stdin=subprocess.DEVNULL, stdout=log, stderr=log, env=self._environment())
         for _ in range(_START_SECONDS * 20):

@@ -64,19 +64,22 @@ class CupsShell:
     name = "cups"
 
     def __init__(self, build, folder, port):
-        self._build, self._folder, self._port = pathlib.Path(build), pathlib.Path(folder), port
+        self._build, self._folder, self.port = pathlib.Path(build), pathlib.Path(folder), port
         self._process = None
         self._prepare()
 
     def client(self, till, user):
-        return Client("127.0.0.1", self._port, f"/printers/till{till}", user)
+        return self.client_at(f"/printers/till{till}", user)
+
+    def client_at(self, path, user):
+        return Client("127.0.0.1", self.port, path, user)
 
     def add_till(self, till, printer_port):
         ppd = self._build / "ppd" / "wren80.ppd"
-        self._run("lpadmin", "-p", f"till{till}", "-E", "-v",
-                  f"socket://127.0.0.1:{printer_port}/?waiteof=false&snmp=false", "-P", str(ppd),
-                  "-o", "position-default=top", "-o", "pdfAutoRotate-default=no",
-                  "-o", "orientation-requested-default=3", "-o", "HalftoneType=None")
+        self.run("lpadmin", "-p", f"till{till}", "-E", "-v",
+                 f"socket://127.0.0.1:{printer_port}/?waiteof=false&snmp=false", "-P", str(ppd),
+                 "-o", "position-default=top", "-o", "pdfAutoRotate-default=no",
+                 "-o", "orientation-requested-default=3", "-o", "HalftoneType=None")
 
     def start(self):
         self._process = subprocess.Popen(
@@ -115,7 +118,7 @@ class CupsShell:
         for kind in ("backend", "cgi-bin", "daemon", "filter", "notifier", "monitor"):
             (self._folder / "bin" / kind).mkdir(parents=True)
             for program in (server_bin / kind).iterdir():
-                if kind != "backend" or program.name == "socket":
+                if kind != "backend" or program.name in ("socket", "ipp"):
                     (self._folder / "bin" / kind / program.name).symlink_to(program)
         for name in ("rastertowren", "commandtowren"):
             link = self._folder / "bin/filter" / name
@@ -124,7 +127,7 @@ class CupsShell:
             link.chmod(0o755)
         (self._folder / "printcap").touch()
         (self._folder / "root/cupsd.conf").write_text(
-            f"Listen 127.0.0.1:{self._port}\nListen {self._folder}/state/socket\n{_POLICY}")
+            f"Listen 127.0.0.1:{self.port}\nListen {self._folder}/state/socket\n{_POLICY}")
         files = [f"{directive} {self._folder}/{place}" for directive, place in _PLACES.items()]
         if os.geteuid() == 0:
             files += ["User lp", "Group lp"]
@@ -141,7 +144,8 @@ class CupsShell:
         return {**os.environ, "CUPS_SERVER": str(self._folder / "state/socket"), "LC_ALL": "C",
                 "PATH": os.environ["PATH"] + ":/usr/sbin", "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nowhere"}
 
-    def _run(self, *command):
+    def run(self, *command):
+        """A program of the print system, at this scheduler."""
         done = subprocess.run(command, env=self._environment(), check=False, capture_output=True, text=True)
         if done.returncode != 0:
             raise RuntimeError(f"{command[0]} fails: {done.stderr.strip()}")

@@ -67,7 +67,7 @@ class Judge:
         for index, one in enumerate(printed):
             files.append(self._folder / f"piece-{index + 1:06}.prn")
             files[-1].write_bytes(one.data)
-        seen = self._read_codes(files)
+        seen = self.read_codes(files)
         return [Piece(one.till, file, *self._name(one.data, seen[file]), one.is_broken)
                 for one, file in zip(printed, files)]
 
@@ -106,7 +106,7 @@ class Judge:
         body = _common_part(data)
         return any(whole.startswith(body) for whole in candidates)
 
-    def _read_codes(self, files):
+    def read_codes(self, files):
         batches = [files[i:i + _BATCH] for i in range(0, len(files), _BATCH)]
         with ThreadPoolExecutor(os.cpu_count()) as pool:
             return {file: codes for part in pool.map(self._read_batch, batches)

@@ -20,9 +20,13 @@ _CHUNK_BYTES = 1 << 16
 class Relay:
     def __init__(self, port):
         self._port = port
+        self._connections = set()  # the loop keeps no reference
         self.times = []
 
     async def connect(self, reader, writer):
+        task = asyncio.current_task()
+        self._connections.add(task)
+        task.add_done_callback(self._connections.discard)
         to_reader, to_writer = await asyncio.open_connection("127.0.0.1", self._port)
         await asyncio.gather(self._pump(reader, to_writer, self._note), self._pump(to_reader, writer))
         writer.close()
