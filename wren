@@ -110,11 +110,13 @@ This checkout:
         are handed to the core, as CUPS raster.
         Example: ./wren app --port 8000
   street [--shell cups|app] [--tills N] [--jobs M] [--minutes T] [--seed S]
-         [--break drop|double|flip]
+         [--break drop|double|flip] [--figures] [--keep]
         Tills print documents with numbers through a private scheduler or the printer
         application, while printers break and the shell is restarted and killed; then
         reads all paper. Status 0 only if every job came out whole and once, or its
         user was told why not. --break damages one job, which must be noticed.
+        --figures breaks nothing and measures: receipts per second, first bytes,
+        processor time, memory (as root). --keep keeps the folder of a clean run.
         Example: ./wren street --tills 20 --minutes 5
   test [--all | --preset NAME | --arm64 | --browser]
         Builds with warnings as errors, runs every test and lints. --all adds the

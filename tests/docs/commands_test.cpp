@@ -28,8 +28,11 @@ const std::string kBuild = WREN_BUILD_DIR;
 
 // Programs of the system. Their options are their own business, except print options.
 const std::set<std::string> kSystemPrograms = {"apt",
+                                               "apt-mark",
                                                "cat",
                                                "cmake",
+                                               "cupsaccept",
+                                               "cupsenable",
                                                "ctest",
                                                "cupsctl",
                                                "docker",
@@ -53,6 +56,7 @@ const std::set<std::string> kCupsOptions = {"raw",
                                             "landscape",
                                             "cpi",
                                             "print-scaling",
+                                            "printer-is-shared",
                                             "position-default",
                                             "pdfAutoRotate-default",
                                             "orientation-requested-default"};
