@@ -167,6 +167,38 @@ class Answers(unittest.TestCase):
         self._add(5, b"receipt 2")
         self.assertEqual(_client().names_in(self._answer), {"receipt 1": 4, "receipt 2": 5})
 
+    def test_the_last_of_two_jobs_of_one_name(self):
+        self._add(9, b"receipt 1")
+        self._cups.ippAddSeparator(self._answer)
+        self._add(4, b"receipt 1")
+        self.assertEqual(_client().names_in(self._answer), {"receipt 1": 9})
+
+
+class LostAnswers(unittest.TestCase):
+    """Whether a till sends a job again whose answer was lost."""
+
+    def test_by_what_became_of_it(self):
+        for known, state, job in ((0, None, 0), (5, ipp.ABORTED, 0), (5, ipp.PROCESSING, 5), (5, ipp.CANCELLED, 5)):
+            class Client:
+                @staticmethod
+                def find(name):
+                    return known
+
+                @staticmethod
+                def state(job, name):
+                    return ipp.JobState(state, "")
+
+            class Shell:
+                @staticmethod
+                def client(till, user):
+                    return Client
+
+            with self.subTest(known=known, state=state):
+                till = run.Till(0, Shell, [], 1, time.monotonic(), threading.Event())
+                sent = _sent(None)
+                self.assertEqual(till._find(sent), job != 0)
+                self.assertEqual(sent.job, job)
+
 
 def _client():
     return ipp.Client("127.0.0.1", 1, "/", "nobody")

@@ -81,7 +81,7 @@ class Client:
             raise
 
     def find(self, name):
-        """@return the job-id of the job of this name, ended ones included; 0 if there is none"""
+        """@return the job-id of the last job of this name, ended ones included; 0 if there is none"""
         wanted = [(_KEYWORD, "which-jobs", "all"), (_KEYWORD, "requested-attributes", "all")]
         return self._ask(GET_JOBS, wanted, b"", lambda answer: self.names_in(answer).get(name, 0))
 
@@ -99,7 +99,7 @@ class Client:
             elif key == b"job-name":
                 job["name"] = (_cups.ippGetString(found, 0, None) or b"").decode()
             if len(job) == 2:
-                names[job["name"]] = job["id"]
+                names[job["name"]] = max(job["id"], names.get(job["name"], 0))
             found = ctypes.c_void_p(_cups.ippNextAttribute(answer))
         return names
 

@@ -81,11 +81,14 @@ class Till(threading.Thread):
             self._over.wait(_RETRY_SECONDS)
         sent.unknown = sent.lost_answers > 0
 
-    # A job of which nobody knows whether it was accepted is looked for before it is sent again.
+    # A job of which nobody knows whether it was accepted is looked for before it is sent again: an
+    # aborted one was cut off before its document was whole.
     def _find(self, sent):
         while not self._over.is_set():
             try:
-                sent.job = self._client.find(sent.name)
+                job = self._client.find(sent.name)
+                state = self._client.state(job, sent.name) if job else None
+                sent.job = job if state and state.state != ipp.ABORTED else 0
                 return sent.job != 0
             except (OSError, ipp.Unknown, ipp.Refused):
                 self._over.wait(_RETRY_SECONDS)
