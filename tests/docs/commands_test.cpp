@@ -27,28 +27,17 @@ namespace fs = std::filesystem;
 const std::string kBuild = WREN_BUILD_DIR;
 
 // Programs of the system. Their options are their own business, except print options.
-const std::set<std::string> kSystemPrograms = {"apt",
-                                               "apt-mark",
-                                               "cat",
-                                               "cmake",
-                                               "cupsaccept",
-                                               "cupsenable",
-                                               "ctest",
-                                               "cupsctl",
-                                               "docker",
-                                               "echo",
-                                               "git",
-                                               "grep",
-                                               "jq",
-                                               "lp",
-                                               "lpadmin",
-                                               "lpoptions",
-                                               "mkdir",
-                                               "nc",
-                                               "printf",
-                                               "systemctl",
-                                               "tee",
-                                               "/usr/sbin/cupsfilter"};
+const std::set<std::string> kSystemPrograms = {"apt",        "apt-mark",
+                                               "cat",        "cmake",
+                                               "cupsaccept", "cupsenable",
+                                               "ctest",      "cupsctl",
+                                               "docker",     "echo",
+                                               "git",        "grep",
+                                               "jq",         "lp",
+                                               "lpadmin",    "lpoptions",
+                                               "mkdir",      "nc",
+                                               "printf",     "systemctl",
+                                               "tee",        "/usr/sbin/cupsfilter"};
 
 // Options of a job that belong to CUPS and not to the PPD.
 const std::set<std::string> kCupsOptions = {"raw",
