@@ -8,26 +8,12 @@
 # sudo: what it installs and says, when it builds, and what it calls the program with.
 set -euo pipefail
 
-source_dir=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-work=$(cd "$work" && pwd -P)
-tree=$work/tree
-mkdir -p "$tree" "$work/bin" "$work/elsewhere"
-cp -r "$source_dir/wren" "$source_dir/tools" "$tree"
+# shellcheck source=tests/support/stand_ins.sh
+source "$1/tests/support/stand_ins.sh"
+copy_checkout
+mkdir elsewhere
 ln -s "$tree/wren" "$work/elsewhere/wren"
 ln -s ../elsewhere/wren "$work/bin/shop"
-cd "$work"
-
-die() {
-  echo "$*" >&2
-  exit 1
-}
-
-stand_in() {
-  cat >"$work/bin/$1"
-  chmod +x "$work/bin/$1"
-}
 
 # A build leaves a program that prints its arguments, one a line.
 stand_in cmake <<SCRIPT

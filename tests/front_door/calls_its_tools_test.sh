@@ -9,25 +9,15 @@
 # one of these fails.
 set -euo pipefail
 
-source_dir=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-work=$(cd "$work" && pwd -P)
-tree=$work/tree
-mkdir -p "$tree" "$work/bin"
-cp -r "$source_dir/wren" "$source_dir/tools" "$tree"
-cd "$work"
+# shellcheck source=tests/support/stand_ins.sh
+source "$1/tests/support/stand_ins.sh"
+copy_checkout
 # shellcheck source=tools/packages.sh
 source "$source_dir/tools/packages.sh"
 
-die() {
-  echo "$*" >&2
-  exit 1
-}
-
-# stand_in PATH [LINE...]: a program that notes how it was called and fails if the file "failing"
+# note_calls PATH [LINE...]: a program that notes how it was called and fails if the file "failing"
 # has its name.
-stand_in() {
+note_calls() {
   local path=$1
   shift
   mkdir -p "$(dirname "$path")"
@@ -41,26 +31,26 @@ stand_in() {
   chmod +x "$path"
 }
 
-for program in cmake ctest apt-get; do stand_in "bin/$program"; done
-stand_in bin/gcovr
+for program in cmake ctest apt-get; do note_calls "bin/$program"; done
+note_calls bin/gcovr
 # All packages are installed; those that are asked for are noted in one line.
 # shellcheck disable=SC2016
-stand_in bin/dpkg-query 'args=(); for arg; do [[ $arg == -* ]] || { args+=("$arg"); echo "installed $arg"; }; done' \
+note_calls bin/dpkg-query 'args=(); for arg; do [[ $arg == -* ]] || { args+=("$arg"); echo "installed $arg"; }; done' \
   'echo installed' '((${#args[@]} == 1)) || note "${args[@]}"'
-stand_in bin/dpkg 'echo amd64'
+note_calls bin/dpkg 'echo amd64'
 # The first call only asks whether it may.
 # shellcheck disable=SC2016
-stand_in bin/setarch 'shift 2; [[ $1 == true ]] || { note "$@"; "$@" || exit; }'
+note_calls bin/setarch 'shift 2; [[ $1 == true ]] || { note "$@"; "$@" || exit; }'
 # shellcheck disable=SC2016
-stand_in bin/ppdc 'note "$@"; touch "$2/epson9.ppd" "$2/escpx.ppd"'
+note_calls bin/ppdc 'note "$@"; touch "$2/epson9.ppd" "$2/escpx.ppd"'
 # shellcheck disable=SC2016
-stand_in bin/cups-config 'echo "'"$work"'/cups"'
-stand_in cups/filter/rastertoepson
-stand_in tree/dev/lint
-stand_in tree/dev/mutate
-stand_in tree/tests/queue/run_queue_test.sh
-for program in rasters compare kernels print; do stand_in "tree/build/bench/bench/wren-bench-$program"; done
-for program in one two; do stand_in "tree/build/fuzz/fuzz/fuzz_$program" 'note "$@"' 'echo "stat::number_of_executed_units: 7" >&2' 'echo "stat::peak_rss_mb: 8" >&2'; done
+note_calls bin/cups-config 'echo "'"$work"'/cups"'
+note_calls cups/filter/rastertoepson
+note_calls tree/dev/lint
+note_calls tree/dev/mutate
+note_calls tree/tests/queue/run_queue_test.sh
+for program in rasters compare kernels print; do note_calls "tree/build/bench/bench/wren-bench-$program"; done
+for program in one two; do note_calls "tree/build/fuzz/fuzz/fuzz_$program" 'note "$@"' 'echo "stat::number_of_executed_units: 7" >&2' 'echo "stat::peak_rss_mb: 8" >&2'; done
 folders=(common dither bitmap stencil printer job filter app cli escpos preview)
 mkdir -p tree/fuzz tree/tests/browser "${folders[@]/#/tree/}"
 printf 'wren_fuzz_target(one LINKS x)\nwren_fuzz_target(two)\n' >tree/fuzz/CMakeLists.txt
@@ -231,7 +221,7 @@ need build chain bench
 cmake --build --preset bench --target wren-bench-print
 run_queue_test.sh $mode $printed 2
 TABLE
-stand_in tree/build/bench/app/wren-printer-app
+note_calls tree/build/bench/app/wren-printer-app
 calls bench --print <<TABLE
 need build chain bench
 cmake --build --preset bench --target wren-bench-print

@@ -8,24 +8,9 @@
 # builds what git knows, ends with the verdict of lintian and names the packages.
 set -euo pipefail
 
-source_dir=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-work=$(cd "$work" && pwd -P)
-tree=$work/tree
-mkdir -p "$tree" "$work/bin"
-cp -r "$source_dir/wren" "$source_dir/tools" "$tree"
-cd "$work"
-
-die() {
-  echo "$*" >&2
-  exit 1
-}
-
-stand_in() {
-  cat >"$work/bin/$1"
-  chmod +x "$work/bin/$1"
-}
+# shellcheck source=tests/support/stand_ins.sh
+source "$1/tests/support/stand_ins.sh"
+copy_checkout
 
 # All packages are installed.
 stand_in dpkg-query <<SCRIPT

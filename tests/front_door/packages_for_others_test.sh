@@ -9,24 +9,15 @@
 # the package, and how each of them ends the command when it fails.
 set -euo pipefail
 
-source_dir=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-work=$(cd "$work" && pwd -P)
-tree=$work/tree
-mkdir -p "$tree/tests/print/rasters" "$work/bin"
-cp -r "$source_dir/wren" "$source_dir/tools" "$tree"
-echo raster | gzip >"$tree/tests/print/rasters/receipt-80mm.ras.gz"
-cd "$work"
+# shellcheck source=tests/support/stand_ins.sh
+source "$1/tests/support/stand_ins.sh"
+copy_checkout
+mkdir -p tree/tests/print/rasters
+echo raster | gzip >tree/tests/print/rasters/receipt-80mm.ras.gz
 
-die() {
-  echo "$*" >&2
-  exit 1
-}
-
-# stand_in PATH: its lines, on standard input, can note a call; it fails if the file "failing" holds
+# noting PATH: a program. Its lines, on standard input, can note a call; it fails if the file "failing" holds
 # a part of the call.
-stand_in() {
+noting() {
   mkdir -p "$(dirname "$1")"
   {
     cat <<SCRIPT
@@ -46,17 +37,17 @@ SCRIPT
 # The scripts below are expanded by the stand-ins.
 # shellcheck disable=SC2016
 {
-  stand_in bin/sudo <<<'exec "$@"'
-  stand_in bin/dpkg-query <<<'for package; do [[ $package == -* ]] || echo "installed $package"; done'
-  stand_in bin/dpkg <<<'echo amd64'
-  stand_in bin/git <<<'find wren -print0'
-  stand_in bin/apt-get <<<'printf "Debian http://mirror/debian/\nOther http://other/\n"'
-  stand_in bin/apt-config <<<$'printf \'Acquire::http::Proxy "http://proxy";\nAcquire::Other "x";\n\''
-  stand_in bin/cmake <<<'note "$name $*"'
-  stand_in bin/lintian <<<'note "$name $*"'
-  stand_in bin/dpkg-architecture <<<'echo "some-$2"'
-  stand_in bin/readelf <<<'note "$name $*"; cat "'"$work"'/attributes"'
-  stand_in bin/unshare <<'SCRIPT'
+  noting bin/sudo <<<'exec "$@"'
+  noting bin/dpkg-query <<<'for package; do [[ $package == -* ]] || echo "installed $package" | tee -a asked; done'
+  noting bin/dpkg <<<'echo amd64'
+  noting bin/git <<<'find wren -print0'
+  noting bin/apt-get <<<'printf "Debian http://mirror/debian/\nOther http://other/\n"'
+  noting bin/apt-config <<<$'printf \'Acquire::http::Proxy "http://proxy";\nAcquire::Other "x";\n\''
+  noting bin/cmake <<<'note "$name $*"'
+  noting bin/lintian <<<'note "$name $*"'
+  noting bin/dpkg-architecture <<<'echo "some-$2"'
+  noting bin/readelf <<<'note "$name $*"; cat "'"$work"'/attributes"'
+  noting bin/unshare <<'SCRIPT'
 note "$name $*"
 root=$tree/build/roots/trixie-package
 case $* in
@@ -66,7 +57,7 @@ case $* in
     touch "$root"/build/{printer-driver-wren_1,wren-printer-app_1}.deb "$root"/build/wren.{changes,buildinfo} ;;
 esac
 SCRIPT
-  stand_in bin/dpkg-deb <<'SCRIPT'
+  noting bin/dpkg-deb <<'SCRIPT'
 note "$name $*"
 mkdir -p "$3"/usr/bin "$3"/usr/lib/cups/filter
 for program in bin/wren-preview lib/cups/filter/rastertowren lib/cups/filter/commandtowren; do
@@ -75,7 +66,7 @@ done
 SCRIPT
   # As the emulator and as a loader: prints what the program would.
   for emulator in aarch64 arm; do
-    stand_in "bin/qemu-$emulator-static" <<'SCRIPT'
+    noting "bin/qemu-$emulator-static" <<'SCRIPT'
 note "$name $*"
 case $4 in
   */commandtowren) printf '\033p\00022' ;;
@@ -84,7 +75,7 @@ case $4 in
 esac
 SCRIPT
   done
-  stand_in tree/build/dev/tests/golden/golden_test <<'SCRIPT'
+  noting tree/build/dev/tests/golden/golden_test <<'SCRIPT'
 note "$name with $WREN_TEST_FILTER"
 echo "[  PASSED  ] 163 tests."
 SCRIPT
@@ -139,6 +130,9 @@ calls --release trixie --arch arm64 < <(
 diff <(printf '%s\n' "words" "golden jobs with the package under qemu-aarch64-static: 163 tests." \
   "$tree/build/packages/trixie/arm64/"{printer-driver-wren_1,wren-printer-app_1}.deb | tail -n +2) said
 root=$tree/build/roots/trixie-package
+for package in cmake debhelper debootstrap lintian libgtest-dev qemu-user-static; do
+  grep -qx "installed $package" asked || die "it does not ask for $package"
+done
 diff <(cat /etc/resolv.conf) "$root/etc/resolv.conf"
 [[ $(cat "$root/etc/apt/apt.conf.d/00wren") == 'Acquire::http::Proxy "http://proxy";' ]] || die "the way to the mirror: $(cat "$root/etc/apt/apt.conf.d/00wren")"
 [[ $(cat "$root/etc/dpkg/dpkg.cfg.d/wren") == force-unsafe-io ]] || die "dpkg waits for the disk"

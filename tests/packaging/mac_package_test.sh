@@ -7,24 +7,12 @@
 # and each PPD names filters that the package holds.
 set -euo pipefail
 
-source_dir=$1 build=$2 cmake=$3
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-work=$(cd "$work" && pwd -P)
-tree=$work/tree
-mkdir -p "$work/bin" "$tree/packaging/macos"
+# shellcheck source=tests/support/stand_ins.sh
+source "$1/tests/support/stand_ins.sh"
+build=$2 cmake=$3
+mkdir -p "$tree/packaging/macos"
 cp "$source_dir/packaging/macos/build_package.sh" "$tree/packaging/macos"
 cp "$source_dir/CMakeLists.txt" "$tree"
-
-die() {
-  echo "$*" >&2
-  exit 1
-}
-
-stand_in() {
-  cat >"$work/bin/$1"
-  chmod +x "$work/bin/$1"
-}
 
 stand_in uname <<'SCRIPT'
 #!/bin/sh
