@@ -113,15 +113,18 @@ status=0
 "$tree/wren" devices >said 2>noted || status=$?
 ((status == 4)) || die "status $status"
 grep -q 'E: ' noted || die "the reason is missing: $(cat noted)"
-if ((EUID != 0)); then
-  # A PATH without sudo: of everything but it.
+# A PATH without sudo: of everything but it.
+user=()
+((EUID != 0)) || user=(setpriv --reuid 65534 --regid 65534 --clear-groups)
+if [[ -z ${user[*]} ]] || command -v setpriv >/dev/null; then
   mkdir tools
   for program in bash env dirname readlink sed awk sort comm grep cat mktemp; do
     ln -s "$(command -v "$program")" tools/
   done
   rm bin/sudo
+  chmod 0755 "$work"
   status=0
-  PATH=$work/bin:$work/tools "$tree/wren" devices >said 2>noted || status=$?
+  "${user[@]}" env "PATH=$work/bin:$work/tools" "$tree/wren" devices >said 2>noted || status=$?
   ((status == 4)) || die "status $status without sudo"
   grep -qF 'call as root: apt-get install --no-install-recommends cmake ghostscript' noted || die "said: $(cat noted)"
 fi

@@ -38,6 +38,8 @@ note_calls bin/gcovr
 note_calls bin/dpkg-query 'args=(); for arg; do [[ $arg == -* ]] || { args+=("$arg"); echo "installed $arg"; }; done' \
   'echo installed' '((${#args[@]} == 1)) || note "${args[@]}"'
 note_calls bin/dpkg 'echo amd64'
+# shellcheck disable=SC2016
+note_calls bin/sudo 'exec "$@"'
 # The first call only asks whether it may.
 # shellcheck disable=SC2016
 note_calls bin/setarch 'shift 2; [[ $1 == true ]] || { note "$@"; "$@" || exit; }'
@@ -236,3 +238,36 @@ fails 1 wren-bench-compare "wren: the comparison failed" bench
 fails 1 wren-bench-rasters "wren: the rasters cannot be written" bench
 fails 1 run_queue_test.sh "wren: the print time was not measured" bench --print
 fails 9 wren-bench-kernels "words of wren-bench-kernels" bench --kernels
+
+# add-queue installs Wren where it is missing, and leaves the list of its files.
+note_calls tree/build/release/cli/wren
+echo "CMAKE_INSTALL_PREFIX:PATH=/usr/local" >>tree/build/release/CMakeCache.txt
+(umask 077 && echo "/usr/local/bin/wren" >tree/build/release/install_manifest.txt)
+export DESTDIR=$work/system
+program="need build chain
+cmake --build --preset release --target wren rastertowren commandtowren wren_ppds wren-preview"
+calls add-queue till usb://x 80 <<TABLE
+$program
+cmake --build --preset release
+cmake --install TREE/build/release
+wren add-queue --root $DESTDIR till usb://x 80
+TABLE
+manifest=$DESTDIR/usr/local/share/wren/install_manifest.txt
+diff <(echo "/usr/local/bin/wren") "$manifest"
+[[ $(find "$manifest" -perm 644) == "$manifest" ]] || die "not everybody can read the list: $(ls -l "$manifest")"
+for argument in --dry-run --help; do
+  calls add-queue till usb://x $argument <<TABLE
+$program
+wren add-queue --root $DESTDIR till usb://x $argument
+TABLE
+done
+mkdir -p "$DESTDIR$work/cups/filter" "$DESTDIR/usr/share/ppd/wren"
+for filter in rastertowren commandtowren; do note_calls "$DESTDIR$work/cups/filter/$filter"; done
+touch "$DESTDIR/usr/share/ppd/wren/wren80.ppd"
+calls add-queue till usb://x 80 <<TABLE
+$program
+wren add-queue --root $DESTDIR till usb://x 80
+TABLE
+chmod -x "$DESTDIR$work/cups/filter/commandtowren"
+echo cmake >failing
+wren 4 add-queue till usb://x 80
