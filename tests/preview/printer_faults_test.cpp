@@ -4,6 +4,7 @@
 // Jobs into the software printer over its socket, with each fault: what comes out on
 // paper is what was sent, nothing lost and nothing doubled but where a loss is the fault.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -45,6 +46,13 @@ class QuietTest : public testing::Test {
     const std::string text =
         testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
     if (HasFailure()) std::fputs(text.c_str(), stdout);
+  }
+
+  // The messages since the start of the test or the last call.
+  static std::string saidSoFar() {
+    std::string text = testing::internal::GetCapturedStderr();
+    testing::internal::CaptureStderr();
+    return text;
   }
 };
 
@@ -173,6 +181,7 @@ TEST_F(PrinterFaults, APrinterVanishesAndReturnsOnItsPort) {
   EXPECT_EQ(printer.tell("return"), "ok");
   LoopbackClient again(printer.address());
   EXPECT_TRUE(again.connected());
+  EXPECT_THAT(saidSoFar(), testing::Not(testing::HasSubstr(printer.address())));
   again.send(linesOf(3, 3));
   again.endAndWait();
   ASSERT_TRUE(printer.waitForJobs(2));
@@ -206,6 +215,8 @@ TEST_F(PrinterFaults, AConnectionIsAcceptedLate) {
   const auto start = std::chrono::steady_clock::now();
   LoopbackClient client(printer.address());
   client.send(hex("100401"));
+  // A command wakes the printer up, but does not end the delay.
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(printer.tell("cover closed"), "ok");
   EXPECT_EQ(client.read(1), hex("12"));
   EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(290));
 }
