@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
 #include "cli/output_file.h"
@@ -26,6 +27,31 @@ TEST(SavedOptions, AreThoseOfTheQueueWithAllItsInstances) {
               testing::UnorderedElementsAre(Pair("HalftoneType", "Stuki"), Pair("cpi", "14"),
                                             Pair("Brightness", "5")));
   EXPECT_THAT(parseSavedOptions(text, "bar"), ElementsAre());
+}
+
+TEST(SavedOptions, AreThoseOfTheMachineAndOfTheUser) {
+  const wren_test::TemporaryFolder folder;
+  const std::string machine = folder.path() / "lpoptions";
+  const std::string user = folder.path() / ".cups" / "lpoptions";
+  std::ofstream(machine) << "Dest till cpi=14\n";
+  const char* home = std::getenv("HOME");
+  const std::string oldHome = home == nullptr ? "" : home;
+  ::setenv("HOME", folder.path().c_str(), 1);
+  const auto withoutOwn = readSavedOptions(folder.path().string(), "till");
+  std::filesystem::create_directory(folder.path() / ".cups");
+  std::ofstream(user) << "Dest till lpi=8\n";
+  const auto both = readSavedOptions(folder.path().string(), "till");
+  ::setenv("HOME", "", 1);
+  EXPECT_EQ(readSavedOptions(folder.path().string(), "till").size(), 1U);
+  ::setenv("HOME", oldHome.c_str(), 1);
+  ASSERT_EQ(withoutOwn.size(), 1U);
+  ASSERT_EQ(both.size(), 2U);
+  EXPECT_EQ(both[0].file, machine);
+  EXPECT_TRUE(both[0].isOfMachine);
+  EXPECT_THAT(both[0].options, ElementsAre(Pair("cpi", "14")));
+  EXPECT_EQ(both[1].file, user);
+  EXPECT_FALSE(both[1].isOfMachine);
+  EXPECT_THAT(both[1].options, ElementsAre(Pair("lpi", "8")));
 }
 
 TEST(SavedOptions, AreRemovedByLpoptionsFromTheFileThatItWrites) {

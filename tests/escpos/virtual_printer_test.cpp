@@ -95,6 +95,7 @@ TEST(VirtualPrinter, StoresManyLinesAtOnePlaceInLittleMemory) {
 
 TEST(VirtualPrinter, ShowsTheDotsBelowATooShortFeed) {
   EXPECT_EQ(drawn(readAll(bitImage(1, hex("90")) + feed(2)).paper), "#\n.\n.\n#\n");
+  EXPECT_EQ(drawn(readAll(bitImage(1, hex("01")) + feed(2)).paper), ".\n.\n.\n.\n.\n.\n.\n#\n");
 }
 
 TEST(VirtualPrinter, CountsAHalfRowAtTheEndAsARow) {

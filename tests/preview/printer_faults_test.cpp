@@ -272,6 +272,7 @@ TEST_F(PrinterFaults, TheStatusIsAJsonDocument) {
     "stalled": false, "receiving": false, "receivedBytes": 0, "bufferedBytes": 0,
     "printedMm": 0.0, "unfinishedJobs": 0, "storedJobs": 0
   })json"));
+  EXPECT_EQ(printer.tell("status \r"), printer.tell("status"));
 }
 
 TEST_F(PrinterFaults, TheLengthOfThePaperIsInTheStatus) {

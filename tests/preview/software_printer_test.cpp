@@ -211,6 +211,13 @@ TEST_F(SoftwarePrinterTest, ReadsUntilItsBufferIsFull) {
   EXPECT_EQ(printed(1), repeat(5000, 0));
 }
 
+TEST_F(SoftwarePrinterTest, HasABufferOf64KiB) {
+  printer().beginJob(1);
+  tell("paper out");
+  send(repeat(70000, 0));
+  EXPECT_EQ(printer().bufferedBytes(), 65536u);
+}
+
 TEST_F(SoftwarePrinterTest, TakesACommandThatIsLongerThanItsBuffer) {
   tell("buffer 4");
   const Bytes job = bitImage(1, repeat(20'000, 0x55)) + feed(16);
