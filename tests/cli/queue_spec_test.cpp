@@ -93,6 +93,7 @@ TEST(QueueSpec, RefusesNamesAddressesAndPapersThatCannotBe) {
   for (const char* name : {"", "-till", "my till", "a/b", "caf\xC3\xA9", "a;b", "a\nb", "../x"}) {
     EXPECT_FALSE(isTaken(name, "usb://x", 80)) << name;
   }
+  EXPECT_TRUE(isTaken(std::string(127, 'a'), "usb://x", 80));
   EXPECT_FALSE(isTaken(std::string(128, 'a'), "usb://x", 80));
   for (const char* uri : {"socket://192.0.2.7:9100", "usb://Wren/80?serial=1", "file:/tmp/x"}) {
     EXPECT_TRUE(isTaken("till", uri, 80)) << uri;
