@@ -63,6 +63,12 @@ class Fleet(unittest.TestCase):
         """A till's own scheduler, with a queue to a printer of the server."""
         till = self.shell(CupsShell, "till")
         till.run("lpadmin", "-p", "till0", "-E", "-v", f"ipp://127.0.0.1:{server.port}{path}", "-m", "everywhere")
+        # The scheduler asks the printer in the background; a job before that fails.
+        log = self._folder / "till" / "log" / "error"
+        until = time.monotonic() + _SECONDS
+        while '"till0" is now available' not in log.read_text():
+            self.assertLess(time.monotonic(), until, "the queue does not become ready")
+            time.sleep(0.05)
         return till
 
     def wait(self, client, job, name):
