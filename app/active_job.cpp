@@ -74,8 +74,7 @@ std::optional<JobSettings> settingsOf(pappl_job_t* job, const pappl_pr_options_t
 // after a crash costs.
 void noteBegin(pappl_job_t* job, const JobServices& services) {
   if (services.state == nullptr) return;
-  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
-  if (!services.state->begin(key, papplJobGetFilename(job) != nullptr)) {
+  if (!services.state->begin(job)) {
     papplLogJob(job, PAPPL_LOGLEVEL_WARN, "its begin cannot be noted on disk");
   }
 }

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -28,10 +29,16 @@ std::string BegunJobs::pathOf(const JobKey& job) const {
 }
 
 // The folder is synced too: without its entry the file is lost with the power.
-bool BegunJobs::begin(const JobKey& job, Kept kept) const {
+bool BegunJobs::begin(const BegunJob& job, Kept kept) const {
   if (folder_.empty()) return true;
-  const FileDescriptor file = openPrivateFile(pathOf(job).c_str());
-  if (!file || kept == Kept::kOfProcess) return static_cast<bool>(file);
+  const FileDescriptor file = openPrivateFile(pathOf(job.key).c_str());
+  if (!file) return false;
+  const auto size = static_cast<ssize_t>(job.line.size());
+  // A part of a line would tell clients something wrong.
+  if (::write(file.get(), job.line.data(), job.line.size()) != size) {
+    [[maybe_unused]] const int ignored = ::ftruncate(file.get(), 0);
+  }
+  if (kept == Kept::kOfProcess) return true;
   const FileDescriptor folder(::open(folder_.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
   return folder && ::fsync(folder.get()) == 0;
 }
@@ -53,6 +60,17 @@ std::vector<JobKey> BegunJobs::all() const {
     }
   }
   std::sort(jobs.begin(), jobs.end());
+  return jobs;
+}
+
+std::vector<BegunJob> BegunJobs::allWithLines() const {
+  std::vector<BegunJob> jobs;
+  for (const JobKey& key : all()) {
+    BegunJob job = {key, {}};
+    std::ifstream file(pathOf(key));
+    std::getline(file, job.line);
+    jobs.push_back(std::move(job));
+  }
   return jobs;
 }
 

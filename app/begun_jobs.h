@@ -21,6 +21,11 @@ struct JobKey {
   auto operator<=>(const JobKey&) const = default;
 };
 
+struct BegunJob {
+  JobKey key;
+  std::string line;  ///< what the saved state says of it; empty if that is not known
+};
+
 class BegunJobs {
  public:
   /// @param folder is created if it is missing; empty keeps nothing.
@@ -31,9 +36,9 @@ class BegunJobs {
     kOfMachine,  ///< if the power fails as well; waits for the disk
   };
 
-  /// Notes that the job is about to send its first byte.
+  /// Notes that the job is about to send its first byte. Its line may be lost with the power.
   /// @return false if that cannot be noted.
-  bool begin(const JobKey& job, Kept kept) const;
+  bool begin(const BegunJob& job, Kept kept) const;
 
   /// Forgets the job. A job that the saved state still calls unfinished must be kept: it would
   /// be printed again.
@@ -41,6 +46,7 @@ class BegunJobs {
 
   /// In order, those of earlier processes included.
   std::vector<JobKey> all() const;
+  std::vector<BegunJob> allWithLines() const;
 
  private:
   std::string pathOf(const JobKey& job) const;

@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -15,6 +18,8 @@ namespace wren::app {
 namespace {
 
 constexpr std::string_view kPrinterLine = "<Printer ";
+constexpr std::string_view kPrinterEnd = "</Printer>";
+constexpr std::string_view kNextJobLine = "NextJobId ";
 constexpr std::string_view kJobLine = "Job ";
 
 constexpr const char* kInterrupted = "interrupted, not printed again";
@@ -103,23 +108,77 @@ void settle(Values& job, const JobKey& key, bool hasBegun, std::time_t now, Sett
   job.remove("processing");
 }
 
+/// The jobs of one printer that had begun, as the text goes by.
+class BegunOfPrinter {
+ public:
+  BegunOfPrinter(const std::vector<BegunJob>& begun, int printerId) {
+    for (const BegunJob& job : begun) {
+      if (job.key.printerId == printerId) lines_[job.key.jobId] = job.line;
+    }
+  }
+
+  bool has(int jobId) const { return lines_.contains(jobId); }
+
+  /// A number that none of them has.
+  int next(int number) const {
+    for (const auto& [jobId, line] : lines_) {
+      if (!line.empty()) number = std::max(number, jobId + 1);
+    }
+    return number;
+  }
+
+  void noteNamed(int jobId) { named_.insert(jobId); }
+
+  template <typename Act>
+  void forEachUnnamed(Act act) const {
+    for (const auto& [jobId, line] : lines_) {
+      if (!line.empty() && !named_.contains(jobId)) act(jobId, line);
+    }
+  }
+
+ private:
+  std::map<int, std::string> lines_;
+  std::set<int> named_;
+};
+
 }  // namespace
 
-SettledState settleJobs(const std::string& text, const std::vector<JobKey>& begun,
+std::string escapedValue(std::string value) {
+  std::string escaped;
+  for (const char byte : value) {
+    if (byte == '"' || byte == '\\') escaped += '\\';
+    escaped += static_cast<unsigned char>(byte) < ' ' ? ' ' : byte;
+  }
+  return escaped;
+}
+
+SettledState settleJobs(const std::string& text, const std::vector<BegunJob>& begun,
                         std::time_t now) {
   SettledState result;
   JobKey key;
+  BegunOfPrinter ofPrinter(begun, 0);
   std::istringstream in(text);
   for (std::string line; std::getline(in, line);) {
     if (line.starts_with(kPrinterLine)) {
       key.printerId = Values(std::string_view(line).substr(kPrinterLine.size())).number("id");
+      ofPrinter = BegunOfPrinter(begun, key.printerId);
+    } else if (line.starts_with(kNextJobLine)) {
+      const int next = std::atoi(line.c_str() + kNextJobLine.size());
+      line = std::string(kNextJobLine) + std::to_string(ofPrinter.next(next));
     } else if (line.starts_with(kJobLine)) {
       Values job(std::string_view(line).substr(kJobLine.size()));
       key.jobId = job.number("id");
+      ofPrinter.noteNamed(key.jobId);
       if (job.number("state") < IPP_JSTATE_CANCELED) {
-        settle(job, key, std::binary_search(begun.begin(), begun.end(), key), now, result);
+        settle(job, key, ofPrinter.has(key.jobId), now, result);
         line = std::string(kJobLine) + job.text();
       }
+    } else if (line == kPrinterEnd) {
+      ofPrinter.forEachUnnamed([&](int jobId, const std::string& unnamed) {
+        Values job(unnamed);
+        settle(job, {key.printerId, jobId}, true, now, result);
+        result.text += std::string(kJobLine) + job.text() + "\n";
+      });
     }
     result.text += line + "\n";
   }

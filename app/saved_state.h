@@ -31,8 +31,12 @@ struct SettledState {
 /// is aborted (it came in page by page, or was not whole), any other waits again.
 /// @param text lines `<Printer id="1" ...>`, `Job id="1" state="5" filename="..." ...`,
 ///        `</Printer>` and others, which stay as they are. Values have `"` and `\` escaped by `\`.
-/// @param begun in order.
+/// @param begun in order. Those that the text does not name yet are added to their printer.
 /// @param now is noted as the end of the jobs that end.
-SettledState settleJobs(const std::string& text, const std::vector<JobKey>& begun, std::time_t now);
+SettledState settleJobs(const std::string& text, const std::vector<BegunJob>& begun,
+                        std::time_t now);
+
+/// A value as the text has it: `"` and `\` escaped, control characters as spaces.
+std::string escapedValue(std::string value);
 
 }  // namespace wren::app

@@ -90,11 +90,31 @@ pappl_job_t* findJob(pappl_system_t* system, const JobKey& job) {
   return printer == nullptr ? nullptr : papplPrinterFindJob(printer, job.jobId);
 }
 
+JobKey keyOf(pappl_job_t* job) {
+  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+}
+
+// As PAPPL saves a job that prints; it may be killed before it does.
+std::string lineOf(pappl_job_t* job) {
+  std::string line;
+  const auto add = [&line](const char* name, const std::string& value) {
+    line += (line.empty() ? "" : " ") + std::string(name) + "=\"" + escapedValue(value) + "\"";
+  };
+  const auto text = [](const char* value) { return std::string(value == nullptr ? "" : value); };
+  add("created", std::to_string(papplJobGetTimeCreated(job)));
+  add("format", text(papplJobGetFormat(job)));
+  add("id", std::to_string(papplJobGetID(job)));
+  add("name", text(papplJobGetName(job)));
+  add("processing", std::to_string(papplJobGetTimeProcessed(job)));
+  add("state", std::to_string(IPP_JSTATE_PROCESSING));
+  add("username", text(papplJobGetUsername(job)));
+  return line;
+}
+
 void addJob(pappl_job_t* job, void* text) {
-  *static_cast<std::string*>(text) +=
-      spoolPrefix({papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)}) +
-      std::to_string(papplJobGetState(job)) +
-      (papplJobGetFilename(job) == nullptr ? "-incoming\n" : "\n");
+  *static_cast<std::string*>(text) += spoolPrefix(keyOf(job)) +
+                                      std::to_string(papplJobGetState(job)) +
+                                      (papplJobGetFilename(job) == nullptr ? "-incoming\n" : "\n");
 }
 
 void addId(pappl_printer_t* printer, void* ids) {
@@ -111,11 +131,6 @@ void forEachActiveJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
   }
 }
 
-void addKey(pappl_job_t* job, void* keys) {
-  static_cast<std::set<JobKey>*>(keys)->insert(
-      {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)});
-}
-
 struct Search {
   const std::vector<JobKey>& begun;
   bool isFound = false;
@@ -124,7 +139,7 @@ struct Search {
 // A job that comes in page by page cannot be printed by the next process.
 void findPrinting(pappl_job_t* job, void* search) {
   auto& printing = *static_cast<Search*>(search);
-  const JobKey key = {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+  const JobKey key = keyOf(job);
   const bool isBegun = std::binary_search(printing.begun.begin(), printing.begun.end(), key);
   printing.isFound |= papplJobGetState(job) == IPP_JSTATE_PROCESSING &&
                       (isBegun || papplJobGetFilename(job) == nullptr);
@@ -133,10 +148,7 @@ void findPrinting(pappl_job_t* job, void* search) {
 }  // namespace
 
 StateKeeper::StateKeeper(const std::string& folder)
-    : file_(folder + "/state"),
-      now_(file_ + ".now"),
-      messages_(folder + "/messages"),
-      begun_(folder + "/begun") {}
+    : file_(folder + "/state"), messages_(folder + "/messages"), begun_(folder + "/begun") {}
 
 StateKeeper::~StateKeeper() {
   stop();
@@ -162,8 +174,8 @@ void StateKeeper::stop() {
 }
 
 void StateKeeper::load() {
-  const std::string text = readWhole(isWholeState(now_) ? now_ : file_);
-  SettledState settled = settleJobs(text, begun_.all(), std::time(nullptr));
+  const std::string text = readWhole(file_);
+  SettledState settled = settleJobs(text, begun_.allWithLines(), std::time(nullptr));
   removeOtherDocuments(fs::path(file_).parent_path() / "spool", settled.waiting);
   if (text.empty()) return;
   const std::string path = file_ + ".settled";
@@ -178,38 +190,10 @@ void StateKeeper::load() {
   waiting_ = std::move(settled.waiting);
 }
 
-bool StateKeeper::begin(const JobKey& job, bool hasDocument) {
+bool StateKeeper::begin(pappl_job_t* job) {
   using Kept = BegunJobs::Kept;
-  // Clients of the next process are told of the job only if the state names it.
-  return begun_.begin(job, hasDocument ? Kept::kOfMachine : Kept::kOfProcess) && nameNow(job);
-}
-
-bool StateKeeper::write(const std::string& path, unsigned long& number) {
-  const std::lock_guard writing(writing_);
-  number = ++writes_;
-  return openPrivateFile(path.c_str()) && papplSystemSaveState(system_, path.c_str()) &&
-         isWholeState(path);
-}
-
-bool StateKeeper::isNamed(const JobKey& job) {
-  const std::lock_guard lock(mutex_);
-  return named_.contains(job);
-}
-
-// Beside the saved state, without waiting for the disk: first bytes wait for this. `save` waits,
-// and then removes it. The jobs of many printers begin at the same time, and PAPPL writes slowly:
-// whoever writes names those that wait for it too.
-bool StateKeeper::nameNow(const JobKey& job) {
-  if (isNamed(job)) return true;
-  const std::string path = now_ + ".new";
-  const std::lock_guard replacing(replacing_);
-  if (isNamed(job)) return true;
-  std::set<JobKey> named;
-  forEachActiveJob(system_, addKey, &named);
-  if (!write(path, nowNumber_) || std::rename(path.c_str(), now_.c_str()) != 0) return false;
-  const std::lock_guard lock(mutex_);
-  named_.merge(named);
-  return true;
+  const bool hasDocument = papplJobGetFilename(job) != nullptr;
+  return begun_.begin({keyOf(job), lineOf(job)}, hasDocument ? Kept::kOfMachine : Kept::kOfProcess);
 }
 
 bool StateKeeper::save() {
@@ -224,25 +208,19 @@ bool StateKeeper::save() {
     pappl_job_t* job = findJob(system_, key);
     if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) ended.push_back(key);
   }
-  std::set<JobKey> named;
-  forEachActiveJob(system_, addKey, &named);
   const std::string path = file_ + ".new";
-  unsigned long number = 0;
-  if (!write(path, number) || !sync(path, O_RDONLY)) return false;
+  const bool isWritten = openPrivateFile(path.c_str()) &&
+                         papplSystemSaveState(system_, path.c_str()) && isWholeState(path) &&
+                         sync(path, O_RDONLY);
+  if (!isWritten) return false;
   // Before the state that calls their jobs ended. Losing them costs words, not paper.
   writeWhole(messages_ + ".new", endedMessages(system_));
   std::rename((messages_ + ".new").c_str(), messages_.c_str());
-  {
-    const std::lock_guard replacing(replacing_);
-    if (std::rename(path.c_str(), file_.c_str()) != 0) return false;
-    // An older one would call jobs unfinished whose notes are removed below.
-    if (nowNumber_ < number) ::unlink(now_.c_str());
-  }
+  if (std::rename(path.c_str(), file_.c_str()) != 0) return false;
   sync(fs::path(file_).parent_path(), O_RDONLY | O_DIRECTORY);
   for (const JobKey& key : ended) begun_.forget(key);
   const std::lock_guard lock(mutex_);
   savedChanges_ = changes;
-  named_ = std::move(named);
   return true;
 }
 

@@ -11,7 +11,6 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 
@@ -22,7 +21,7 @@ namespace wren::app {
 class StateKeeper {
  public:
   /// @param folder exists and belongs to this process alone. Its files: `state`,
-  ///        `state.now`, `messages` and `begun/`.
+  ///        `messages` and `begun/`.
   explicit StateKeeper(const std::string& folder);
   StateKeeper(const StateKeeper&) = delete;
   StateKeeper& operator=(const StateKeeper&) = delete;
@@ -42,16 +41,13 @@ class StateKeeper {
   /// Notes that the job is about to send its first byte. A job whose document is on disk could
   /// print again, so its note also survives a power failure.
   /// @return false if that cannot be noted.
-  bool begin(const JobKey& job, bool hasDocument);
+  bool begin(pappl_job_t* job);
 
   /// @return false if the state cannot be written; the file is then as it was.
   bool save();
 
  private:
   void load();
-  bool write(const std::string& path, unsigned long& number);
-  bool isNamed(const JobKey& job);
-  bool nameNow(const JobKey& job);
   void watch();
   void resumeWaiting();
   void endIfNothingPrints();
@@ -59,22 +55,16 @@ class StateKeeper {
   static bool onSave(pappl_system_t* system, void* keeper);
 
   std::string file_;
-  std::string now_;  // newer than file_, if it is there and whole
   std::string messages_;
   BegunJobs begun_;
   std::vector<JobKey> waiting_;
   int looksAtArrivals_ = 0;
   pappl_system_t* system_ = nullptr;
   std::mutex saving_;
-  std::mutex writing_;  // guards the files of attributes, which PAPPL writes, and:
-  unsigned long writes_ = 0;
-  std::mutex replacing_;         // guards both files of the state, and:
-  unsigned long nowNumber_ = 0;  // of the write that made now_
-  std::mutex mutex_;             // guards what follows
+  std::mutex mutex_;  // guards what follows
   std::condition_variable wake_;
   unsigned long changes_ = 1;
   unsigned long savedChanges_ = 0;
-  std::set<JobKey> named_;  // active jobs that the saved state names
   bool stopping_ = false;
   std::thread watcher_;
 };

@@ -23,7 +23,7 @@ std::string stateOf(const std::string& jobs) {
 }
 
 SettledState settle(const std::string& jobs) {
-  return settleJobs(stateOf(jobs), {{6, 1}, {7, 1}, {7, 3}}, kNow);
+  return settleJobs(stateOf(jobs), {{{6, 1}, {}}, {{7, 1}, {}}, {{7, 3}, {}}}, kNow);
 }
 
 struct Case {
@@ -62,6 +62,27 @@ TEST(SavedState, SettlesTheJobsThatHadNotEnded) {
     const std::string message = settled.ended.empty() ? "" : settled.ended.at(0).message;
     EXPECT_EQ(message, row.message);
   }
+}
+
+// The process was killed between the begin of a job and the save that would have named it.
+TEST(SavedState, NamesTheJobsThatBeganAfterIt) {
+  const std::string line = R"(created="5" id="12" name="a \" b" state="5")";
+  const std::string old = "Job completed=\"9\" id=\"4\" state=\"9\"\n";
+  const SettledState settled = settleJobs(
+      stateOf(old), {{{6, 30}, line}, {{7, 4}, line}, {{7, 11}, {}}, {{7, 12}, line}}, kNow);
+  std::string expected =
+      stateOf(old + R"(Job created="5" id="12" name="a \" b" state="7" completed="2000")" + "\n");
+  expected.replace(expected.find("NextJobId 9"), 11, "NextJobId 13");
+  EXPECT_EQ(settled.text, expected);
+  ASSERT_EQ(settled.ended.size(), 1U);
+  EXPECT_EQ(settled.ended[0].job, (JobKey{7, 12}));
+  EXPECT_EQ(settled.ended[0].message, "interrupted, not printed again");
+}
+
+TEST(SavedState, EscapesWhatItsReaderUnderstands) {
+  EXPECT_EQ(escapedValue("plain \xC3\xA9"), "plain \xC3\xA9");
+  EXPECT_EQ(escapedValue(R"(a "b" \ c)"), R"(a \"b\" \\ c)");
+  EXPECT_EQ(escapedValue("two\nlines\t"), "two lines ");
 }
 
 TEST(SavedState, TellsTheJobsThatWait) {
