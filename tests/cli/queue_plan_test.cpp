@@ -59,7 +59,9 @@ TEST(QueuePlan, OfANewQueueHasTheReceiptDefaultsAndItsOptions) {
   const QueuePlan plan =
       planQueue(specOf({{"halftonetype", "burkes"}, {"cpi", "14"}}), std::nullopt, ppdOf(80));
   EXPECT_TRUE(plan.isNew);
-  EXPECT_EQ(plan.paper, 80);
+  for (const int paper : {58, 80, 112}) {
+    EXPECT_EQ(planQueue(specOf({}), std::nullopt, ppdOf(paper)).paper, paper);
+  }
   EXPECT_EQ(defaultOf(plan, "HalftoneType"), "Burkes");
   EXPECT_EQ(defaultOf(plan, "DocCutType"), "2");
   EXPECT_THAT(plan.defaults, testing::UnorderedElementsAre(
@@ -120,7 +122,6 @@ TEST(QueuePlan, WithAnotherPaperKeepsAllButTheSize) {
   const QueuePlan plan = planQueue(specOf(), existing, ppdOf(80));
   EXPECT_TRUE(plan.changesPaper);
   EXPECT_THAT(plan.changes, ElementsAre("paper 58 -> 80 mm"));
-  EXPECT_EQ(plan.paper, 80);
   EXPECT_EQ(defaultOf(plan, "PageSize"), "X80MMY200MM");
   EXPECT_EQ(defaultOf(plan, "HalftoneType"), "Burkes");
 }
