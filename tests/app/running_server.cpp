@@ -65,8 +65,12 @@ ProcessSpec RunningServer::specOf(const std::vector<std::string>& arguments) con
   spec.arguments = {"wren-printer-app"};
   spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
   const std::string folder = folder_.path().string();
-  spec.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder, "TMPDIR=" + folder,
-                      "SNAP_COMMON=" + folder, "TZ=UTC"};
+  spec.environment = {"PATH=/usr/bin:/bin",
+                      "HOME=" + folder,
+                      "TMPDIR=" + folder,
+                      "SNAP_COMMON=" + folder,
+                      "STATE_DIRECTORY=" + stateFolder().string(),
+                      "TZ=UTC"};
   return spec;
 }
 

@@ -47,6 +47,16 @@ TEST(SubCommands, NameAPrinterThatWasJustAdded) {
   EXPECT_EQ(server.ask({"default"}), "bar\n");
 }
 
+// The word that starts them has no folder, as in a shell.
+TEST(SubCommands, StartAServerWhereNoneRuns) {
+  RunningServer server;
+  server.ask({"add", "-d", "till", "-m", "wren80", "-v", "socket://127.0.0.1:9"});
+  ASSERT_TRUE(server.waitUntilSaved("till"));
+  server.stop(SIGTERM);
+  EXPECT_EQ(server.ask({"printers"}), "till\n");
+  server.ask({"shutdown"});
+}
+
 TEST(SubCommands, ControlPrintersAndJobs) {
   SlowPrinter printer;
   RunningServer server;

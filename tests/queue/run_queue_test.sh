@@ -63,7 +63,7 @@ prepare_system() {
 prepare_documents() {
   mkdir -p "$work/ppd" "$work/documents"
   cp "$ppds"/*.ppd "$work/ppd"
-  cp "$root"/examples/* "$work/documents"
+  find "$root/examples" -maxdepth 1 -type f -exec cp -t "$work/documents" {} +
   (cd "$work/documents" && pdfunite receipt.pdf receipt-58mm.pdf two-pages.pdf)
   PATH=$PATH:/usr/sbin cupsfilter -p "$ppds/wren80.ppd" -i image/png -m application/pdf \
     "$work/documents/photo.png" >"$work/documents/photo.pdf" 2>/dev/null
