@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/device_stream.h"
+#include "app/each_job.h"
 #include "app/job_attributes.h"
 #include "app/network_device.h"
 #include "app/paper.h"
@@ -95,7 +96,7 @@ bool ActiveJob::begin(const pappl_pr_options_t& options, const JobRequest::Looku
   plan_.settings = *settings;
   plan_.target = targetOf(job_, options);
   plan_.copies = static_cast<unsigned>(std::max(options.copies, 1));
-  plan_.job = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
+  plan_.job = keyOf(job_);
   stream_ = openDeviceStream(device_, record_.bytes());
   if (stream_ == nullptr) {
     refuseJob(job_, PAPPL_JREASON_ABORTED_BY_SYSTEM, "out of memory");

@@ -8,6 +8,8 @@
 #include <dlfcn.h>
 #endif
 
+#include "app/each_job.h"
+
 #ifndef __APPLE__
 namespace {
 
@@ -37,13 +39,6 @@ extern "C" ipp_state_t ippRead(http_t* http, ipp_t* message) {
 #endif
 
 namespace wren::app {
-namespace {
-
-std::pair<int, int> keyOf(pappl_job_t* job) {
-  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
-}
-
-}  // namespace
 
 bool currentClientIsLocal() {
 #ifdef __APPLE__

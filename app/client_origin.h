@@ -10,8 +10,8 @@
 
 #include <map>
 #include <mutex>
-#include <utility>
 
+#include "app/begun_jobs.h"
 #include "app/text_language.h"
 
 namespace wren::app {
@@ -41,8 +41,6 @@ class JobOrigins {
   TextLanguage languageOf(pappl_job_t* job) const;
 
  private:
-  using Key = std::pair<int, int>;  // printer and job
-
   struct Origin {
     bool isLocal = false;
     TextLanguage language = TextLanguage::kAny;
@@ -50,7 +48,7 @@ class JobOrigins {
 
   bool isShared_;
   mutable std::mutex mutex_;
-  std::map<Key, Origin> origins_;
+  std::map<JobKey, Origin> origins_;
 };
 
 }  // namespace wren::app

@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <map>
 #include <sstream>
-#include <vector>
 
-#include "app/begun_jobs.h"
+#include "app/each_job.h"
 
 namespace wren::app {
 namespace {
@@ -16,24 +15,6 @@ namespace {
 constexpr const char* kNotKept = "failed before the restart; the reason was not kept";
 
 using Messages = std::map<JobKey, std::string>;
-
-JobKey keyOf(pappl_job_t* job) {
-  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
-}
-
-void addId(pappl_printer_t* printer, void* ids) {
-  static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
-}
-
-// Not in the callback of the printers: the system is locked there, and with it every new client.
-void forEachEndedJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
-  std::vector<int> ids;
-  papplSystemIteratePrinters(system, addId, &ids);
-  for (const int id : ids) {
-    pappl_printer_t* printer = papplSystemFindPrinter(system, nullptr, id, nullptr);
-    if (printer != nullptr) papplPrinterIterateCompletedJobs(printer, act, data, 1, 0);
-  }
-}
 
 void addLine(pappl_job_t* job, void* lines) {
   const char* const message = papplJobGetMessage(job);

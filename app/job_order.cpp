@@ -11,6 +11,7 @@
 
 #include <cstring>
 
+#include "app/each_job.h"
 #include "app/end_signal.h"
 #include "app/job_turns.h"
 
@@ -48,7 +49,7 @@ struct WaitingJob {
   explicit WaitingJob(pappl_job_t* waiting)
       : system(papplPrinterGetSystem(papplJobGetPrinter(waiting))),
         job(waiting),
-        key{papplPrinterGetID(papplJobGetPrinter(waiting)), papplJobGetID(waiting)} {}
+        key(keyOf(waiting)) {}
 
   pappl_printer_t* printer() const {
     return papplSystemFindPrinter(system, nullptr, key.printerId, nullptr);

@@ -14,6 +14,7 @@
 #include <system_error>
 
 #include "app/device_stream.h"
+#include "app/each_job.h"
 #include "app/job_attributes.h"
 #include "app/vendor_option.h"
 #include "common/handles.h"
@@ -175,7 +176,7 @@ PaperRecord::PaperRecord(pappl_job_t* job, KeptPapers* papers) : job_(job), pape
 void PaperRecord::finish(const JobSettings& settings) {
   if (most_ == 0 || bytes_.empty() || bytes_.size() >= kMostRecordedBytes) return;
   KeptPaper paper;
-  paper.job = {papplPrinterGetID(papplJobGetPrinter(job_)), papplJobGetID(job_)};
+  paper.job = keyOf(job_);
   paper.name = textOf(papplJobGetName(job_));
   paper.user = textOf(papplJobGetUsername(job_));
   paper.printedAt = std::time(nullptr);

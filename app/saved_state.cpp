@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <sstream>
@@ -21,6 +20,13 @@ constexpr std::string_view kPrinterLine = "<Printer ";
 constexpr std::string_view kPrinterEnd = "</Printer>";
 constexpr std::string_view kNextJobLine = "NextJobId ";
 constexpr std::string_view kJobLine = "Job ";
+
+// 0 if there is none.
+int numberAt(std::string_view text) {
+  int number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
 
 constexpr const char* kInterrupted = "interrupted, not printed again";
 constexpr const char* kNoDocument = "interrupted before its document was whole";
@@ -37,11 +43,7 @@ class Values {
 
   int number(std::string_view name) const {
     const auto value = find(name);
-    if (value == values_.end()) return 0;
-    const std::string& text = value->second;
-    int number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
+    return value == values_.end() ? 0 : numberAt(value->second);
   }
 
   void set(std::string_view name, long value) {
@@ -143,7 +145,7 @@ class BegunOfPrinter {
 
 }  // namespace
 
-std::string escapedValue(std::string value) {
+std::string escapedValue(std::string_view value) {
   std::string escaped;
   for (const char byte : value) {
     if (byte == '"' || byte == '\\') escaped += '\\';
@@ -163,7 +165,7 @@ SettledState settleJobs(const std::string& text, const std::vector<BegunJob>& be
       key.printerId = Values(std::string_view(line).substr(kPrinterLine.size())).number("id");
       ofPrinter = BegunOfPrinter(begun, key.printerId);
     } else if (line.starts_with(kNextJobLine)) {
-      const int next = std::atoi(line.c_str() + kNextJobLine.size());
+      const int next = numberAt(std::string_view(line).substr(kNextJobLine.size()));
       line = std::string(kNextJobLine) + std::to_string(ofPrinter.next(next));
     } else if (line.starts_with(kJobLine)) {
       Values job(std::string_view(line).substr(kJobLine.size()));

@@ -9,6 +9,7 @@
 
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/begun_jobs.h"
@@ -37,6 +38,6 @@ SettledState settleJobs(const std::string& text, const std::vector<BegunJob>& be
                         std::time_t now);
 
 /// A value as the text has it: `"` and `\` escaped, control characters as spaces.
-std::string escapedValue(std::string value);
+std::string escapedValue(std::string_view value);
 
 }  // namespace wren::app

@@ -17,6 +17,7 @@
 #include <set>
 #include <vector>
 
+#include "app/each_job.h"
 #include "app/end_signal.h"
 #include "app/job_messages.h"
 #include "app/job_order.h"
@@ -90,10 +91,6 @@ pappl_job_t* findJob(pappl_system_t* system, const JobKey& job) {
   return printer == nullptr ? nullptr : papplPrinterFindJob(printer, job.jobId);
 }
 
-JobKey keyOf(pappl_job_t* job) {
-  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
-}
-
 // As PAPPL saves a job that prints; it may be killed before it does.
 std::string lineOf(pappl_job_t* job) {
   std::string line;
@@ -115,20 +112,6 @@ void addJob(pappl_job_t* job, void* text) {
   *static_cast<std::string*>(text) += spoolPrefix(keyOf(job)) +
                                       std::to_string(papplJobGetState(job)) +
                                       (papplJobGetFilename(job) == nullptr ? "-incoming\n" : "\n");
-}
-
-void addId(pappl_printer_t* printer, void* ids) {
-  static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
-}
-
-// Not in the callback of the printers: the system is locked there, and with it every new client.
-void forEachActiveJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
-  std::vector<int> ids;
-  papplSystemIteratePrinters(system, addId, &ids);
-  for (const int id : ids) {
-    pappl_printer_t* printer = papplSystemFindPrinter(system, nullptr, id, nullptr);
-    if (printer != nullptr) papplPrinterIterateActiveJobs(printer, act, data, 1, 0);
-  }
 }
 
 struct Search {

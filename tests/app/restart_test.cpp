@@ -45,6 +45,15 @@ std::size_t jobsAt(const SlowPrinter& printer) {
   return jobs;
 }
 
+// A job at a printer that takes 5000 bytes and then waits.
+int beginAtStalledPrinter(SlowPrinter& printer, const RunningServer& server) {
+  printer.comeBack(5000);
+  addPrinter(server, "till", printer.uri());
+  const int job = server.submit("till", kReceipt, kManyCopies);
+  EXPECT_TRUE(printer.waitForBytes(5000)) << server.log();
+  return job;
+}
+
 // Everything that clients see of printers, defaults and jobs.
 std::string overview(const RunningServer& server) {
   std::string all = server.ask({"printers"}) + server.ask({"default"});
@@ -139,11 +148,8 @@ TEST(ShutDownServer, EndsAndKeepsTheJobsThatWait) {
 
 TEST(ShutDownServer, EndsAfterTheJobThatPrints) {
   SlowPrinter printer;
-  printer.comeBack(5000);
   RunningServer server;
-  addPrinter(server, "till", printer.uri());
-  const int job = server.submit("till", kReceipt, kManyCopies);
-  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  const int job = beginAtStalledPrinter(printer, server);
   server.ask({"shutdown"});
   printer.readOn();
   EXPECT_EQ(server.waitForEnd().exitStatus, 0);
@@ -156,11 +162,8 @@ TEST(ShutDownServer, EndsAfterTheJobThatPrints) {
 // does not.
 TEST(EndingServer, RefusesWhatItWouldLose) {
   SlowPrinter printer;
-  printer.comeBack(5000);
   RunningServer server;
-  addPrinter(server, "till", printer.uri());
-  server.submit("till", kReceipt, kManyCopies);
-  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  beginAtStalledPrinter(printer, server);
   std::thread ending([&] { server.stop(SIGTERM); });
   std::vector<int> accepted;
   std::string refusal;
@@ -200,11 +203,8 @@ TEST(KilledServer, PrintsAJobThatHadNotBegunOnce) {
 
 TEST(KilledServer, CancelsAJobThatHadBegun) {
   SlowPrinter printer;
-  printer.comeBack(5000);
   RunningServer server;
-  addPrinter(server, "till", printer.uri());
-  const int job = server.submit("till", kReceipt, kManyCopies);
-  ASSERT_TRUE(printer.waitForBytes(5000)) << server.log();
+  const int job = beginAtStalledPrinter(printer, server);
   server.stop(SIGKILL);
   server.start();
   EXPECT_EQ(server.stateOf("till", job), "canceled");

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Copyright (c) 2026 the Wren developers
+
+#include "app/each_job.h"
+
+#include <vector>
+
+namespace wren::app {
+namespace {
+
+using Iterate = void(pappl_printer_t*, pappl_job_cb_t, void*, int, int);
+
+void addId(pappl_printer_t* printer, void* ids) {
+  static_cast<std::vector<int>*>(ids)->push_back(papplPrinterGetID(printer));
+}
+
+// Not in the callback of the printers: the system is locked there.
+void forEachJob(pappl_system_t* system, Iterate* iterate, pappl_job_cb_t act, void* data) {
+  std::vector<int> ids;
+  papplSystemIteratePrinters(system, addId, &ids);
+  for (const int id : ids) {
+    pappl_printer_t* printer = papplSystemFindPrinter(system, nullptr, id, nullptr);
+    if (printer != nullptr) iterate(printer, act, data, 1, 0);
+  }
+}
+
+}  // namespace
+
+JobKey keyOf(pappl_job_t* job) {
+  return {papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job)};
+}
+
+void forEachActiveJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
+  forEachJob(system, papplPrinterIterateActiveJobs, act, data);
+}
+
+void forEachEndedJob(pappl_system_t* system, pappl_job_cb_t act, void* data) {
+  forEachJob(system, papplPrinterIterateCompletedJobs, act, data);
+}
+
+}  // namespace wren::app
