@@ -18,6 +18,7 @@ import tempfile
 import unittest
 
 from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
@@ -104,7 +105,9 @@ class PagesTest(unittest.TestCase):
         return self.browser.find_element(By.CSS_SELECTOR, selector)
 
     def wait(self, done):
-        return WebDriverWait(self.browser, PATIENCE, 0.05).until(done)
+        # An element may belong to the page that a form's answer is just replacing.
+        return WebDriverWait(self.browser, PATIENCE, 0.05,
+                             [StaleElementReferenceException]).until(done)
 
     def drawn(self):
         return int(self.find("#halftone").get_attribute("data-drawn") or 0)
