@@ -118,14 +118,15 @@ This checkout:
         --figures breaks nothing and measures: receipts per second, first bytes,
         processor time, memory (as root). --keep keeps the folder of a clean run.
         Example: ./wren street --tills 20 --minutes 5
-  test [--all | --preset NAME | --arm64 | --browser]
+  test [--all | --preset NAME | --arm64 | --browser | --package]
         Builds with warnings as errors, runs every test and lints. --all adds the
-        sanitizers, clang with libc++, coverage, a street of tills and a sample of the
-        mutation test; --preset runs the tests of
-        one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM and
-        runs the tests under qemu: every byte has to be the same there. --browser
-        tests the web pages in Chromium; with --pictures behind it, it takes their
-        pictures for docs/pictures.
+        sanitizers, clang with libc++, coverage, the packages, a street of tills and
+        a sample of the mutation test; --preset runs the tests of one preset of
+        CMakePresets.json. --arm64 cross-builds for 64-bit ARM and runs the tests
+        under qemu: every byte has to be the same there. --browser tests the web
+        pages in Chromium; with --pictures behind it, it takes their pictures for
+        docs/pictures. --package builds the packages in a bare system, upgrades,
+        prints, removes and purges them there (as root).
         Example: ./wren test
   bench [--pairs N] [--levels] [--against PROGRAM]
   bench [--pairs N] --print

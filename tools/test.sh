@@ -10,6 +10,7 @@ test_command() {
     --all) test_all ;;
     --browser) test_browser ;;
     "--browser --pictures") take_browser_pictures ;;
+    --package) test_package ;;
     --arm64 | "--preset arm64") test_arm64 ;;
     "--preset "?*) test_one_preset "$2" ;;
     --preset*) fail_usage "--preset wants a name" ;;
@@ -43,14 +44,27 @@ in_browser() {
     "$WREN_ROOT/build/release/preview/wren-preview" "$WREN_ROOT" "$@"
 }
 
+# The packages' whole life, from the build to purge, in a bare system of this release.
+test_package() {
+  need root
+  as_root unshare --mount --pid --fork true ||
+    fail "$STATUS_SETUP" "a bare system needs namespaces of its own, and there are none here"
+  local release status=0
+  release=$(this_release)
+  "$WREN_ROOT/dev/bare_root" "$release" --as root -- dev/package_trial --throwaway || status=$?
+  ((status == 0)) || fail "$status" "the trial of the packages failed; the whole log is in build/roots/$release-root-run.log"
+}
+
 test_all() {
-  need build chain test lint libcxx coverage street
+  need build chain test lint libcxx coverage street root
   local preset
   for preset in dev asan tsan clang coverage; do
     say "== $preset"
     test_preset "$preset"
   done
   coverage_report
+  say "== package"
+  test_package
   say "== street"
   ctest --test-dir "$WREN_ROOT/build/dev" --build-config street-long --tests-regex '^street_long\.' --output-on-failure
   say "== mutate"

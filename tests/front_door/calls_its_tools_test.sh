@@ -14,6 +14,8 @@ source "$1/tests/support/stand_ins.sh"
 copy_checkout
 # shellcheck source=tools/packages.sh
 source "$source_dir/tools/packages.sh"
+# shellcheck source=tools/package.sh
+source "$source_dir/tools/package.sh"
 
 # note_calls PATH [LINE...]: a program that notes how it was called and fails if the file "failing"
 # has its name.
@@ -50,6 +52,8 @@ note_calls bin/cups-config 'echo "'"$work"'/cups"'
 note_calls cups/filter/rastertoepson
 note_calls tree/dev/lint
 note_calls tree/dev/mutate
+note_calls tree/dev/bare_root
+note_calls bin/unshare
 note_calls tree/tests/queue/run_queue_test.sh
 for program in rasters compare kernels print; do note_calls "tree/build/bench/bench/wren-bench-$program"; done
 for program in one two; do note_calls "tree/build/fuzz/fuzz/fuzz_$program" 'note "$@"' 'echo "stat::number_of_executed_units: 7" >&2' 'echo "stat::peak_rss_mb: 8" >&2'; done
@@ -113,8 +117,17 @@ fails 4 cmake "wren: the build failed; the whole log is in $tree/build/dev.log" 
 fails 1 ctest "wren: tests failed; the whole log is in $tree/build/dev-tests.log" test
 fails 9 lint "words of lint" test
 
+package="unshare --mount --pid --fork true
+bare_root $(this_release) --as root -- dev/package_trial --throwaway"
+calls test --package <<TABLE
+need root
+$package
+TABLE
+fails 4 unshare "wren: a bare system needs namespaces of its own, and there are none here" test --package
+fails 9 bare_root "wren: the trial of the packages failed; the whole log is in build/roots/$(this_release)-root-run.log" test --package
+
 calls test --all <<TABLE
-need build chain test lint libcxx coverage street
+need build chain test lint libcxx coverage street root
 cmake --build --preset dev
 ctest --preset dev
 cmake --build --preset asan
@@ -127,6 +140,8 @@ ctest --preset clang
 cmake --build --preset coverage
 ctest --preset coverage
 gcovr --root . --print-summary --exclude-throw-branches --exclude-unreachable-branches build/coverage$(printf ' --filter=%s/' "${folders[@]}")
+need root
+$package
 ctest --test-dir TREE/build/dev --build-config street-long --tests-regex ^street_long\. --output-on-failure
 mutate --own --count 2
 lint
