@@ -6,6 +6,7 @@
 
 #ifndef __APPLE__
 
+#include <cups/array.h>
 #include <cups/http.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -83,24 +84,41 @@ extern "C" int papplJobOpenFile(pappl_job_t* job, char* name, std::size_t nameSi
 
 namespace {
 
-// Finding and writing leave a mark in the attributes of where they are. PAPPL lets threads that
-// only read the attributes of a job or a printer do so at once: one then moves the mark of
-// another, which finds nothing where there is an option, or saves a part of the attributes.
+// Reading leaves a mark of where it is in attributes and in arrays. PAPPL lets threads that only
+// read the attributes of a job, the list of jobs or of printers do so at once: one then moves the
+// mark of another, which finds nothing where there is an option, saves a part of the attributes, or
+// answers that there is no such job or printer. The functions of libcups call each other, and the
+// comparing functions of arrays may call them: so a thread may lock again.
 class MarkLock {
  public:
-  explicit MarkLock(const ipp_t* attributes) : lock_(mutexOf(attributes)) {}
+  explicit MarkLock(const void* marked) : lock_(mutexOf(marked)) {}
 
  private:
-  static std::mutex& mutexOf(const ipp_t* attributes) {
-    static std::array<std::mutex, 64> mutexes;
-    return mutexes[std::hash<const ipp_t*>()(attributes) / alignof(std::max_align_t) %
-                   mutexes.size()];
+  static std::recursive_mutex& mutexOf(const void* marked) {
+    static std::array<std::recursive_mutex, 64> mutexes;
+    return mutexes[std::hash<const void*>()(marked) / alignof(std::max_align_t) % mutexes.size()];
   }
 
-  std::lock_guard<std::mutex> lock_;
+  std::lock_guard<std::recursive_mutex> lock_;
 };
 
 }  // namespace
+
+extern "C" void* cupsArrayIndex(cups_array_t* array, int index) {
+  using Index = void* (*)(cups_array_t*, int);
+  static const auto kOriginal = reinterpret_cast<Index>(dlsym(RTLD_NEXT, __func__));
+  if (kOriginal == nullptr) return nullptr;
+  const MarkLock lock(array);
+  return kOriginal(array, index);
+}
+
+extern "C" void* cupsArrayFind(cups_array_t* array, void* item) {
+  using Find = void* (*)(cups_array_t*, void*);
+  static const auto kOriginal = reinterpret_cast<Find>(dlsym(RTLD_NEXT, __func__));
+  if (kOriginal == nullptr) return nullptr;
+  const MarkLock lock(array);
+  return kOriginal(array, item);
+}
 
 extern "C" ipp_attribute_t* ippFindAttribute(ipp_t* attributes, const char* name, ipp_tag_t type) {
   using Find = ipp_attribute_t* (*)(ipp_t*, const char*, ipp_tag_t);
