@@ -18,4 +18,8 @@ JobKey keyOf(pappl_job_t* job);
 void forEachActiveJob(pappl_system_t* system, pappl_job_cb_t act, void* data);
 void forEachEndedJob(pappl_system_t* system, pappl_job_cb_t act, void* data);
 
+/// Lets each printer remember its last 100 ended jobs; where there are more than five printers, all
+/// together 500, but each at least 10. Every save writes them all, and nobody is served meanwhile.
+void limitEndedJobs(pappl_system_t* system);
+
 }  // namespace wren::app

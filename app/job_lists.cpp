@@ -71,11 +71,11 @@ cups_array_t** nextList(JobLists& lists, bool freesItsItems) {
 using NewArray = cups_array_t* (*)(cups_array_func_t, void*, cups_ahash_func_t, int,
                                    cups_acopy_func_t, cups_afree_func_t);
 
-void dropOldest(const JobLists& lists) {
+void dropOldest(const JobLists& lists, int most) {
   const std::time_t limit = std::time(nullptr) - kKeptSeconds;
-  for (int left = cupsArrayCount(lists.ended); left > kMostEndedJobs; --left) {
+  for (int left = cupsArrayCount(lists.ended); left > most; --left) {
     auto* const oldest = static_cast<pappl_job_t*>(cupsArrayLast(lists.ended));
-    if (left <= kMostEndedJobsAtOnce && papplJobGetTimeCompleted(oldest) >= limit) return;
+    if (left <= 2 * most && papplJobGetTimeCompleted(oldest) >= limit) return;
     cupsArrayRemove(lists.ended, oldest);
     cupsArrayRemove(lists.all, oldest);
   }
@@ -118,7 +118,8 @@ extern "C" cups_array_t* cupsArrayNew3(cups_array_func_t compare, void* data,
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): PAPPL's name
 extern "C" void _papplPrinterCleanJobsNoLock(pappl_printer_t* printer) {
   const wren::app::JobLists lists = wren::app::knownLists().find(printer);
-  if (lists.all != nullptr && lists.ended != nullptr) wren::app::dropOldest(lists);
+  if (lists.all == nullptr || lists.ended == nullptr) return;
+  wren::app::dropOldest(lists, papplPrinterGetMaxCompletedJobs(printer));
 }
 
 #else

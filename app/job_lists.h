@@ -2,18 +2,15 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The lists of jobs that PAPPL 1.3 keeps for each printer. It sorts all of them newest first, so
-// that the newest waiting job prints next, and it drops the newest of the ended jobs.
+// that the newest waiting job prints next, and it drops the newest of the ended jobs. Here the
+// oldest are dropped: those beyond papplPrinterGetMaxCompletedJobs, a minute after their end, as
+// clients ask for it, but at once beyond twice as many.
 
 #pragma once
 
 #include <pappl/pappl.h>
 
 namespace wren::app {
-
-/// The ended jobs of a printer that are kept: this many, and for a minute more, as clients ask for
-/// the end of their jobs, but never more than kMostEndedJobsAtOnce.
-inline constexpr int kMostEndedJobs = 100;
-inline constexpr int kMostEndedJobsAtOnce = 200;
 
 /// While it lives, the lists that this thread makes are those of a new printer: its waiting jobs
 /// are sorted oldest first.

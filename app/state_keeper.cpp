@@ -247,13 +247,18 @@ void StateKeeper::watch() {
     lock.unlock();
     if (papplSystemIsRunning(system_)) watchForEndSignals();
     resumeWaiting();
+    limitEndedJobs(system_);
     papplSystemCleanJobs(system_);
     std::string jobs = activeJobs();
     if (isEnding(system_) && !jobs.empty()) endIfNothingPrints();
+    const auto begin = std::chrono::steady_clock::now();
     const bool isKept = (isSaved && jobs == known) || save();
+    const auto duration = std::chrono::steady_clock::now() - begin;
     const bool isIdle = isKept && waiting_.empty() && jobs.empty();
     known = std::move(jobs);
     lock.lock();
+    // Clients wait for the locks of a save: they get their turn before the next one.
+    wake_.wait_for(lock, duration, [this] { return stopping_; });
     const auto isNew = [this, seen] { return stopping_ || changes_ != seen; };
     if (isIdle) {
       wake_.wait(lock, isNew);
@@ -270,8 +275,12 @@ void StateKeeper::noteChange() {
   wake_.notify_all();
 }
 
-bool StateKeeper::onSave(pappl_system_t* /*system*/, void* keeper) {
-  return static_cast<StateKeeper*>(keeper)->save();
+// The main loop, which accepts connections, does not wait for a save, except for the last.
+bool StateKeeper::onSave(pappl_system_t* system, void* keeper) {
+  auto* const self = static_cast<StateKeeper*>(keeper);
+  if (!papplSystemIsRunning(system) || isEnding(system)) return self->save();
+  self->noteChange();
+  return true;
 }
 
 }  // namespace wren::app

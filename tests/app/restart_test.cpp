@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -29,6 +30,12 @@ const std::vector<std::string> kManyCopies = {"-n", "600"};
 void addPrinter(const RunningServer& server, const std::string& name, const std::string& uri,
                 const std::string& driver = "wren80") {
   server.ask({"add", "-d", name, "-m", driver, "-v", uri});
+}
+
+int submitBrokenPicture(const RunningServer& server) {
+  const auto file = server.folder() / "broken.png";
+  std::ofstream(file, std::ios::binary) << "\x89PNG\r\n";
+  return server.submit("till", file.string(), {"-o", "document-format=image/png"});
 }
 
 // How many jobs the printer has got, whole or not. PAPPL keeps a connection for the next job.
@@ -96,9 +103,7 @@ TEST_P(Restart, KeepsTheReasonsOfFailedJobs) {
   printer.comeBack();
   RunningServer server;
   addPrinter(server, "till", printer.uri());
-  const auto file = server.folder() / "broken.png";
-  std::ofstream(file, std::ios::binary) << "\x89PNG\r\n";
-  const int job = server.submit("till", file.string(), {"-o", "document-format=image/png"});
+  const int job = submitBrokenPicture(server);
   ASSERT_TRUE(server.waitForState("till", job, "aborted")) << server.log();
   ASSERT_EQ(server.jobAttribute("till", job, "job-state-message"), "this is not a PNG");
   ASSERT_TRUE(server.waitUntilSaved("state=\"8\""));
@@ -115,15 +120,53 @@ TEST(KilledServer, SaysThatAReasonWasNotKept) {
   printer.comeBack();
   RunningServer server;
   addPrinter(server, "till", printer.uri());
-  const auto file = server.folder() / "broken.png";
-  std::ofstream(file, std::ios::binary) << "\x89PNG\r\n";
-  const int job = server.submit("till", file.string(), {"-o", "document-format=image/png"});
+  const int job = submitBrokenPicture(server);
   ASSERT_TRUE(server.waitUntilSaved("state=\"8\"")) << server.log();
   server.stop(SIGKILL);
   std::filesystem::remove(server.stateFolder() / "messages");
   server.start();
   EXPECT_EQ(server.jobAttribute("till", job, "job-state-message"),
             "failed before the restart; the reason was not kept");
+}
+
+// A save writes all of them, and nobody is served meanwhile: with fifty printers and a hundred
+// jobs each it took most of a second, and clients met one save after the other.
+TEST(ManyPrinters, RememberFiveHundredEndedJobsTogether) {
+  constexpr int kPrinters = 10;
+  SlowPrinter printer;
+  printer.comeBack();
+  RunningServer server;
+  for (int i = 0; i < kPrinters; ++i) addPrinter(server, "till" + std::to_string(i), printer.uri());
+  ASSERT_TRUE(server.waitUntilSaved("name=\"till9\""));
+  server.stop(SIGTERM);
+  const auto file = server.stateFolder() / "state";
+  std::string jobs;
+  for (int id = 1; id <= 100; ++id) {
+    const std::string number = std::to_string(id);
+    jobs += "Job completed=\"1700000000\" created=\"1700000000\" format=\"text/plain\" id=\"" +
+            number + "\" name=\"job-" + number +
+            "-\" processing=\"1700000000\" state=\"9\" username=\"guest\"\n";
+  }
+  std::string state;
+  std::ifstream in(file);
+  for (std::string line; std::getline(in, line);) {
+    if (line == "</Printer>") state += jobs;
+    state += line.starts_with("NextJobId ") ? "NextJobId 101\n" : line + "\n";
+  }
+  in.close();
+  std::ofstream(file) << state;
+  server.start();
+  EXPECT_EQ(server.submit("till0", kReceipt), 101);
+  ASSERT_TRUE(server.waitUntilSaved("id=\"101\"")) << server.log();
+  EXPECT_TRUE(server.waitForState("till0", 101, "completed")) << server.log();
+  // The oldest go when the next save begins.
+  ASSERT_TRUE(server.waitUntilSaved("NextJobId 102")) << server.log();
+  for (const char* name : {"till0", "till9"}) {
+    const std::string kept = server.ask({"jobs", "-d", name});
+    EXPECT_THAT(kept, HasSubstr("job-100-"));
+    EXPECT_LE(std::count(kept.begin(), kept.end(), '\n'), 51) << kept;
+    EXPECT_GE(std::count(kept.begin(), kept.end(), '\n'), 50) << kept;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, Restart, testing::Values(SIGTERM, SIGKILL));
