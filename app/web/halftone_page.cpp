@@ -205,10 +205,7 @@ bool showPage(Request& request) {
   pappl_printer_t* const printer = request.printer();
   const Tone tone = defaultTone(printer);
   const std::int32_t method = defaultOf(printer, *findVendorOption(kHalftoneAttribute));
-  std::string html = std::string("<p class=\"lead\">") + request.say(kLead) + "</p>\n";
-  if (request.query().contains("saved")) {
-    html += std::string("<p class=\"banner\" role=\"status\">") + request.say(kSaved) + "</p>\n";
-  }
+  std::string html = request.opening(kLead, {{"saved", kSaved}});
   html += std::string("<noscript><p>") + request.say(kNoScript) + "</p></noscript>\n";
   html += "<form id=\"halftone\" method=\"post\" action=\"" + escaped(request.path(kHalftonePage)) +
           "\" data-width=\"" + std::to_string(targetOf(printer).headWidthPx) +

@@ -130,12 +130,7 @@ std::string settingForm(const Request& request) {
 }
 
 bool showPage(Request& request) {
-  const Fields query = request.query();
-  std::string html = std::string("<p class=\"lead\">") + request.say(kLead) + "</p>\n";
-  for (const auto& [name, text] : {std::pair("saved", kSaved), std::pair("sent", kSent)}) {
-    if (!query.contains(name)) continue;
-    html += std::string("<p class=\"banner\" role=\"status\">") + request.say(text) + "</p>\n";
-  }
+  std::string html = request.opening(kLead, {{"saved", kSaved}, {"sent", kSent}});
   html += settingForm(request);
   std::string receipts;
   if (const KeptPapers* papers = servicesOf(request).papers) {

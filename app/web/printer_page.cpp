@@ -214,12 +214,7 @@ std::string actionForm(const Request& request, const Action& action) {
 }
 
 bool showPage(Request& request) {
-  const Fields query = request.query();
-  std::string html = std::string("<p class=\"lead\">") + request.say(kLead) + "</p>\n";
-  for (const auto& [name, text] : {std::pair("saved", kSaved), std::pair("sent", kSent)}) {
-    if (!query.contains(name)) continue;
-    html += std::string("<p class=\"banner\" role=\"status\">") + request.say(text) + "</p>\n";
-  }
+  std::string html = request.opening(kLead, {{"saved", kSaved}, {"sent", kSent}});
   html += conditionHtml(request);
   html += std::string("<h2 class=\"section\">") + request.say(kTry) +
           "</h2>\n<div class=\"buttons\">\n";

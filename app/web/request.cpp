@@ -93,6 +93,17 @@ Fields Request::query() const {
   return parseFields(fieldText(papplClientGetOptions(client_)));
 }
 
+std::string Request::opening(const Text& lead,
+                             std::initializer_list<std::pair<const char*, Text>> news) const {
+  std::string html = std::string("<p class=\"lead\">") + say(lead) + "</p>\n";
+  const Fields asked = query();
+  for (const auto& [name, text] : news) {
+    if (!asked.contains(name)) continue;
+    html += std::string("<p class=\"banner\" role=\"status\">") + say(text) + "</p>\n";
+  }
+  return html;
+}
+
 std::optional<Fields> Request::form() const {
   const FreeOptions form(client_);
   if (!papplClientIsValidForm(client_, form.count, form.options)) return std::nullopt;

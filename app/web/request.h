@@ -7,10 +7,12 @@
 
 #include <pappl/pappl.h>
 
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/web/html.h"
 #include "app/web/words.h"
@@ -57,6 +59,11 @@ class Request {
   /// Reads a posted body of at most `maxBytes`. What is too large is read to its end as well, or
   /// the browser would not read the answer.
   UploadFault readUpload(std::size_t maxBytes, Upload& upload) const;
+
+  /// The beginning of a page: what it is for, and what the form sent before has done.
+  /// @param news texts by the name of the field of the address that asks for them.
+  std::string opening(const Text& lead,
+                      std::initializer_list<std::pair<const char*, Text>> news) const;
 
   /// The path of a page of this printer.
   std::string path(const char* page) const;
