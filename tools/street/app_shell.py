@@ -6,26 +6,23 @@ import os
 import pathlib
 import socket
 import subprocess
-import time
 
 from . import documents
 from .ipp import Client
+from .server_process import ServerProcess
 
 FORMATS = (documents.PDF, documents.PNG, documents.JPEG, documents.TEXT, documents.PWG, documents.URF)
 # A job that has begun is never printed again, and none that is called completed is lost.
 MAY_PRINT_AGAIN = frozenset()
 MAY_LOSE = frozenset()
 
-_START_SECONDS = 30
 
-
-class AppShell:
+class AppShell(ServerProcess):
     name = "app"
 
     def __init__(self, build, folder, port):
         self._program = str(pathlib.Path(build) / "app" / "wren-printer-app")
         self._folder, self.port = pathlib.Path(folder), port
-        self._process = None
 
     def client(self, till, user):
         return Client("127.0.0.1", self.port, f"/ipp/print/till{till}", user)
@@ -37,31 +34,10 @@ class AppShell:
     def start(self):
         self._folder.mkdir(parents=True, exist_ok=True)
         with open(self._folder / "log", "a", encoding="utf-8") as log:
-            self._process = subprocess.Popen(
+            self._launch(
                 [self._program, "server", "-o", f"server-port={self.port}",
                  "-o", f"state-directory={self._folder / 'state'}", "-o", "log-file=-"],
-                stdin=subprocess.DEVNULL, stdout=log, stderr=log, env=self._environment())
-        for _ in range(_START_SECONDS * 20):
-            if self._answers():
-                return
-            if self._process.poll() is not None:
-                break
-            time.sleep(0.05)
-        raise RuntimeError(f"the application does not start: see {self._folder}/log")
-
-    @property
-    def pid(self):
-        return self._process.pid
-
-    def stop(self, signal):
-        self._process.send_signal(signal)
-        self._process.wait()
-
-    def kill(self):
-        """For the end of a run that failed. Harmless if it has ended."""
-        if self._process:
-            self._process.kill()
-            self._process.wait()
+                self._answers, log.name, stdout=log, stderr=log, env=self._environment())
 
     # A server of root has its socket below SNAP_COMMON, one of a user below TMPDIR.
     def _environment(self):

@@ -8,10 +8,10 @@ import pwd
 import shutil
 import socket
 import subprocess
-import time
 
 from . import documents
 from .ipp import Client
+from .server_process import ServerProcess
 
 FORMATS = (documents.PDF, documents.PNG, documents.JPEG, documents.TEXT, documents.PWG)
 # What may cost the job in progress: a scheduler that was killed prints it again, and a raw port
@@ -51,7 +51,6 @@ ErrorPolicy retry-job
   </Limit>
 </Policy>
 """
-_START_SECONDS = 30
 
 
 def is_served(place):
@@ -60,12 +59,11 @@ def is_served(place):
         return client.connect_ex(str(place)) == 0
 
 
-class CupsShell:
+class CupsShell(ServerProcess):
     name = "cups"
 
     def __init__(self, build, folder, port):
         self._build, self._folder, self.port = pathlib.Path(build), pathlib.Path(folder), port
-        self._process = None
         self._prepare()
 
     def client(self, till, user):
@@ -82,32 +80,9 @@ class CupsShell:
                  "-o", "orientation-requested-default=3", "-o", "HalftoneType=None")
 
     def start(self):
-        self._process = subprocess.Popen(
+        self._launch(
             ["cupsd", "-f", "-c", self._folder / "root/cupsd.conf", "-s", self._folder / "root/cups-files.conf"],
-            stdin=subprocess.DEVNULL, env=self._environment())
-        for _ in range(_START_SECONDS * 20):
-            if is_served(self._folder / "state/socket"):
-                return
-            if self._process.poll() is not None:
-                break
-            time.sleep(0.05)
-        raise RuntimeError(f"the scheduler does not start: see {self._folder}/log/error")
-
-
-    @property
-    def pid(self):
-        return self._process.pid
-
-    def stop(self, signal):
-        """The scheduler alone gets the signal; its filters live on, as after a crash."""
-        self._process.send_signal(signal)
-        self._process.wait()
-
-    def kill(self):
-        """For the end of a run that failed. Harmless if it has ended."""
-        if self._process:
-            self._process.kill()
-            self._process.wait()
+            lambda: is_served(self._folder / "state/socket"), self._folder / "log/error", env=self._environment())
 
     def _prepare(self):
         server_bin = pathlib.Path(subprocess.run(
