@@ -298,7 +298,8 @@ TEST_F(WrenProgramDocuments, ThatCannotBeUsedAreRefusedWithTheCauseOfTheRenderer
   const std::string pdf = wren_test::readFile(example("receipt.pdf"));
   const std::string png = wren_test::readFile(example("photo.png"));
   folder_.write("none.pdf", pdfOf({}));
-  folder_.write("cut.pdf", pdf.substr(0, pdf.size() / 2));
+  // Without its catalogue, which stands at the end: newer renderers repair a file that has one.
+  folder_.write("cut.pdf", pdf.substr(0, pdf.size() / 4));
   folder_.write("cut.png", png.substr(0, png.size() / 2));
   const std::pair<const char*, const char*> kCauses[] = {
       {"locked.pdf", "'locked.pdf' cannot be rendered: invalid password"},

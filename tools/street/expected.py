@@ -55,9 +55,11 @@ def _print_all(client, jobs, seed):
         name = f"receipt {job.number}"
         number = client.print_job(name, job.format, data)
         until = time.monotonic() + _SECONDS
-        while not (state := client.state(number, name)).has_ended:
+        while (state := client.state(number, name)) and not state.has_ended:
             if time.monotonic() > until:
                 raise RuntimeError(f"document {job.number} does not print on a calm day: {state.message}")
             time.sleep(0.02)
+        if not state:
+            raise RuntimeError(f"document {job.number} was accepted as job {number}, which is unknown then")
         if state.state != ipp.COMPLETED:
             raise RuntimeError(f"document {job.number} fails on a calm day: {state.message}")
