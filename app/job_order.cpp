@@ -14,6 +14,7 @@
 #include "app/each_job.h"
 #include "app/end_signal.h"
 #include "app/job_turns.h"
+#include "app/state_keeper.h"
 
 namespace wren::app {
 namespace {
@@ -181,7 +182,9 @@ extern "C" void _papplJobCopyDocumentData(pappl_client_t* client, pappl_job_t* j
   if (!wren::app::isStreamed(job)) {
     const std::shared_lock arriving(wren::app::arrivals());
     if (wren::app::isEnding(waiting.system)) return wren::app::refuse(waiting, client);
-    return kCopy(client, job);
+    kCopy(client, job);
+    // Who is told that a job is accepted may trust in it, even if the process is killed then.
+    return wren::app::keepChanges();
   }
   if (!wren::app::takeTurn(waiting, client)) {
     // After the end of the system, only the end of the process is left.

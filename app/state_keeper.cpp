@@ -40,8 +40,9 @@ constexpr std::chrono::milliseconds kLookAgain(100);
 // How often a server that is asked to end looks whether the documents that come in are whole.
 constexpr int kMostLooksAtArrivals = 30;
 
-// The one that runs, for papplSystemDelete.
+// The one that runs, for papplSystemDelete and for the threads of clients.
 std::atomic<StateKeeper*> running = nullptr;
+std::mutex entering;  // into keepChanges
 
 std::string readWhole(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -147,12 +148,17 @@ void StateKeeper::start(pappl_system_t* system) {
 
 void StateKeeper::stop() {
   StateKeeper* self = this;
-  running.compare_exchange_strong(self, nullptr);
   {
-    const std::lock_guard lock(mutex_);
-    stopping_ = true;
+    const std::lock_guard enter(entering);
+    running.compare_exchange_strong(self, nullptr);
   }
-  wake_.notify_all();
+  {
+    std::unique_lock lock(mutex_);
+    stopping_ = true;
+    wake_.notify_all();
+    tried_.notify_all();
+    tried_.wait(lock, [this] { return waiters_ == 0; });
+  }
   if (watcher_.joinable()) watcher_.join();
 }
 
@@ -179,6 +185,23 @@ bool StateKeeper::begin(pappl_job_t* job) {
   return begun_.begin({keyOf(job), lineOf(job)}, hasDocument ? Kept::kOfMachine : Kept::kOfProcess);
 }
 
+void StateKeeper::keepChanges(std::unique_lock<std::mutex>& entering) {
+  std::unique_lock lock(mutex_);
+  ++waiters_;
+  entering.unlock();
+  const unsigned long mine = ++changes_;
+  wake_.notify_all();
+  tried_.wait(lock, [&] { return stopping_ || triedChanges_ >= mine; });
+  --waiters_;
+  tried_.notify_all();
+}
+
+void keepChanges() {
+  std::unique_lock lock(entering);
+  StateKeeper* const keeper = running;
+  if (keeper != nullptr) keeper->keepChanges(lock);
+}
+
 bool StateKeeper::save() {
   const std::lock_guard saving(saving_);
   unsigned long changes;
@@ -186,6 +209,15 @@ bool StateKeeper::save() {
     const std::lock_guard lock(mutex_);
     changes = changes_;
   }
+  const bool isSaved = write();
+  const std::lock_guard lock(mutex_);
+  triedChanges_ = changes;
+  if (isSaved) savedChanges_ = changes;
+  tried_.notify_all();
+  return isSaved;
+}
+
+bool StateKeeper::write() {
   std::vector<JobKey> ended;
   for (const JobKey& key : begun_.all()) {
     pappl_job_t* job = findJob(system_, key);
@@ -202,8 +234,6 @@ bool StateKeeper::save() {
   if (std::rename(path.c_str(), file_.c_str()) != 0) return false;
   sync(fs::path(file_).parent_path(), O_RDONLY | O_DIRECTORY);
   for (const JobKey& key : ended) begun_.forget(key);
-  const std::lock_guard lock(mutex_);
-  savedChanges_ = changes;
   return true;
 }
 

@@ -114,6 +114,19 @@ TEST_P(Restart, KeepsTheReasonsOfFailedJobs) {
   }
 }
 
+// At once, before anything else can have been saved.
+TEST(KilledServer, KnowsEveryJobThatItHasAccepted) {
+  SlowPrinter printer;
+  RunningServer server;
+  addPrinter(server, "till", printer.uri());
+  for (int job = 1; job <= 10; ++job) {
+    EXPECT_EQ(server.submit("till", kReceipt), job);
+    server.stop(SIGKILL);
+    server.start();
+    EXPECT_THAT(server.stateOf("till", job), testing::AnyOf("pending", "processing"));
+  }
+}
+
 // Killed between the end of the job and the save that would have kept its reason.
 TEST(KilledServer, SaysThatAReasonWasNotKept) {
   SlowPrinter printer;
