@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <string_view>
@@ -90,6 +91,19 @@ TEST(Glyphs, AreBlankOutsideAsciiAndOutsideTheText) {
   EXPECT_EQ(drawn("\xC3\xA9\t"), drawn("   "));
   EXPECT_FALSE(textPixel("1", kGlyphAdvance + 4, 10));
   EXPECT_FALSE(textPixel("1", 5, kGlyphRows));
+}
+
+// FNV-1a of all rows, two bytes each, low byte first: of spleen-12x24.psfu.gz in Debian's
+// fonts-spleen 1.9.1, whose rows are 16 bits wide with the glyph on the left.
+TEST(Glyphs, AreThoseOfTheFont) {
+  std::uint32_t hash = 0x811C9DC5;
+  for (const auto& glyph : kGlyphs) {
+    for (const std::uint16_t row : glyph) {
+      hash = (hash ^ (row & 0xFFU)) * 0x01000193U;
+      hash = (hash ^ (std::uint32_t{row} >> 8U)) * 0x01000193U;
+    }
+  }
+  EXPECT_EQ(hash, 0xA8ADAAFE);
 }
 
 }  // namespace

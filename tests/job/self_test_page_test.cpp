@@ -80,8 +80,8 @@ TEST(SelfTestPage, ShowsEveryHalftoneTypeAsARamp) {
   }
 }
 
-// Whether a page has a text at this column and size.
-bool showsText(const SelfTestPage& page, const std::string& text, std::uint32_t column = 0) {
+// The first row at which a page has a text at this column; -1 if it is nowhere.
+long rowOfText(const SelfTestPage& page, const std::string& text, std::uint32_t column = 0) {
   for (std::uint32_t top = 0; top + kGlyphRows <= page.heightPx; ++top) {
     bool isSame = true;
     for (std::uint32_t y = 0; isSame && y < kGlyphRows; ++y) {
@@ -90,9 +90,25 @@ bool showsText(const SelfTestPage& page, const std::string& text, std::uint32_t 
         isSame = (page.dots[at] != 0) == textPixel(text, x, y);
       }
     }
-    if (isSame) return true;
+    if (isSame) return top;
   }
-  return false;
+  return -1;
+}
+
+bool showsText(const SelfTestPage& page, const std::string& text, std::uint32_t column = 0) {
+  return rowOfText(page, text, column) >= 0;
+}
+
+TEST(SelfTestPage, GoesFromItsTitleToTheCodes) {
+  const auto page = drawSelfTestPage(settingsOf(136.5));
+  long row = -1;
+  for (const char* text : {"Wren " WREN_VERSION, "Width: 384 dots", "Grid in mm",
+                           "JarvisJudiceNinke: Sierra", "PageType 0"}) {
+    const long next = rowOfText(page, text);
+    EXPECT_GT(next, row) << text;
+    row = next;
+  }
+  EXPECT_GT(rowOfText(page, "WREN-TEST", (384 - 9 * 12) / 2), row);
 }
 
 TEST(SelfTestPage, NamesVersionWidthAndSettings) {
