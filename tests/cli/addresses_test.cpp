@@ -4,10 +4,20 @@
 //
 // The addresses of printers: those of queues, and those that backends print.
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "cli/device_list.h"
 #include "cli/printer_address.h"
+#include "common/handles.h"
 
 namespace wren::cli {
 namespace {
@@ -47,6 +57,68 @@ TEST(PrinterAddresses, AreOfNetworksOnly) {
        {"usb://Wren/80?serial=1", "file:/tmp/x", "socket", "", "socket:", "://x"}) {
     EXPECT_FALSE(parsePrinterAddress(uri).has_value()) << uri;
   }
+}
+
+// A printer that takes no further connection before it has accepted those that wait: clients have
+// to try again, which they do after a second.
+class BusyPrinter {
+ public:
+  BusyPrinter() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address_;
+    EXPECT_EQ(::bind(listener_.get(), generic(), length), 0);
+    EXPECT_EQ(::listen(listener_.get(), 0), 0);
+    EXPECT_EQ(::getsockname(listener_.get(), generic(), &length), 0);
+    for (FileDescriptor& client : waiting_) {
+      client = FileDescriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+      static_cast<void>(::connect(client.get(), generic(), sizeof address_));
+    }
+  }
+  BusyPrinter(const BusyPrinter&) = delete;
+  BusyPrinter& operator=(const BusyPrinter&) = delete;
+  ~BusyPrinter() {
+    isEnding_ = true;
+    if (thread_.joinable()) thread_.join();
+  }
+
+  PrinterAddress address() const { return {"127.0.0.1", ntohs(address_.sin_port)}; }
+
+  // Accepts all connections from a moment on.
+  void becomeFree(std::chrono::milliseconds later) {
+    thread_ = std::thread([this, later] {
+      std::this_thread::sleep_for(later);
+      while (!isEnding_) {
+        pollfd waited = {listener_.get(), POLLIN, 0};
+        if (::poll(&waited, 1, 10) > 0) FileDescriptor(::accept(listener_.get(), nullptr, nullptr));
+      }
+    });
+  }
+
+ private:
+  sockaddr* generic() { return reinterpret_cast<sockaddr*>(&address_); }
+
+  FileDescriptor listener_;
+  sockaddr_in address_ = {};
+  std::array<FileDescriptor, 3> waiting_;
+  std::atomic<bool> isEnding_ = false;
+  std::thread thread_;
+};
+
+TEST(PrinterConnections, AreWaitedForAsLongAsIsAllowed) {
+  BusyPrinter printer;
+  EXPECT_FALSE(canConnect(printer.address(), 1));
+  printer.becomeFree(std::chrono::milliseconds(100));
+  EXPECT_TRUE(canConnect(printer.address(), 60));
+}
+
+TEST(PrinterConnections, AreRefusedWhereNobodyListens) {
+  PrinterAddress address;
+  {
+    const BusyPrinter gone;
+    address = gone.address();
+  }
+  EXPECT_FALSE(canConnect(address, 60));
 }
 
 TEST(BackendLines, AreReadWithTheirQuotes) {

@@ -97,6 +97,10 @@ TEST_F(OutputFiles, SayWhyNothingCanBeWritten) {
 TEST_F(OutputFiles, AreReadBackOrSayWhyNot) {
   folder_.write("file", std::string("a\0b\n", 4));
   EXPECT_EQ(readWholeFile((folder_.path() / "file").string()), std::string("a\0b\n", 4));
+  for (const std::size_t size : {0U, 1U, 65535U, 65536U, 65537U}) {
+    folder_.write("file", std::string(size, 'x'));
+    EXPECT_EQ(readWholeFile((folder_.path() / "file").string()).size(), size);
+  }
   EXPECT_EQ(failureOf([&] { readWholeFile(folder_.path().string()); }),
             "'" + folder_.path().string() + "' cannot be read: Is a directory");
 }

@@ -159,6 +159,19 @@ TEST_F(WrenProgramResults, AreLeftOutTogether) {
   }
 }
 
+// The bytes of a short job reach the device when its file is closed.
+TEST_F(WrenProgramResults, OfAShortJobAreLeftOutTogether) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  renderAs({wren_test::flatPage(8, 8, 255)});
+  const auto result = done({"print", example("order.txt"), "--out", "job.prn"});
+  ASSERT_LT(bytesOf("job.prn").size(), 512U) << result.out;
+  for (const char* option : {"--raster", "--out"}) {
+    EXPECT_EQ(refusal(1, {"print", example("order.txt"), "--into", "new", option, "/dev/full"}),
+              "'/dev/full' cannot be written: No space left on device");
+    EXPECT_FALSE(fs::exists(pathOf("new"))) << option;
+  }
+}
+
 // The picture and the images go to a disk of 300 kB, which the printer bytes fill already.
 TEST_F(WrenProgramResults, LeaveNothingOnAFullDisk) {
   renderAs({wren_test::noisePage(576, 4000, 1)});
@@ -379,6 +392,28 @@ TEST_F(WrenProgramDocuments, LongerThanTheLongestPictureArePrintedWithoutOne) {
       done({"print", example("order.txt"), "--out", "/dev/null", "--json"}).out);
   EXPECT_EQ(report["picture"], nullptr);
   EXPECT_THAT(report["notes"], ElementsAre("no picture: 81 m of paper are too much for one"));
+}
+
+// The pieces in which the bytes are read have 65536 bytes: neither a piece that is just full nor a
+// last one of a single byte is taken for the end.
+TEST_F(WrenProgramDocuments, OfAnyNumberOfBytesAreReadToTheLast) {
+  constexpr unsigned kWidth = 500;
+  // The bytes of a job whose first page has `bands` bands and whose second is `width` dots wide.
+  const auto bytesFor = [&](unsigned bands, unsigned width) {
+    renderAs({wren_test::flatPage(kWidth, 8 * bands, 255), wren_test::flatPage(width, 8, 255)});
+    done({"print", example("order.txt"), "--out", "job.prn"});
+    return bytesOf("job.prn");
+  };
+  const std::size_t ofABand = bytesFor(2, 68).size() - bytesFor(1, 68).size();
+  ASSERT_GT(ofABand, kWidth);
+  const std::size_t least = bytesFor(1, 68).size();
+  for (const std::size_t wanted : {65535U, 65536U, 65537U}) {
+    const auto bands = static_cast<unsigned>((wanted - least) / ofABand);
+    const auto more = static_cast<unsigned>((wanted - least) % ofABand);
+    ASSERT_LE(68 + more, 576U);
+    const std::string bytes = bytesFor(1 + bands, 68 + more);
+    ASSERT_EQ(bytes.size(), wanted) << "the job has another size than its bands";
+  }
 }
 
 TEST_F(WrenProgramDocuments, OfOtherFiltersPassOnTheirStatus) {
