@@ -3,9 +3,14 @@
 
 #include "preview/loopback_socket.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 #include <string>
+
+#include "tests/preview/loopback_client.h"
 
 namespace wren::preview {
 namespace {
@@ -41,6 +46,38 @@ TEST(LoopbackSocket, ReportsItsActualPort) {
   const auto taken = openLoopbackSocket({"127.0.0.1", opened.name.substr(10)});
   EXPECT_FALSE(taken.socket);
   EXPECT_EQ(taken.error, "Address already in use");
+}
+
+// The side that closes first keeps the connection for a minute (TIME_WAIT).
+TEST(LoopbackSocket, CanHaveItsPortAgainAfterAConnection) {
+  auto opened = openLoopbackSocket({"127.0.0.1", "0"});
+  ASSERT_TRUE(opened.socket) << opened.error;
+  LoopbackClient client(opened.name);
+  ASSERT_TRUE(client.connected());
+  pollfd waited = {opened.socket.get(), POLLIN, 0};
+  ASSERT_EQ(::poll(&waited, 1, 20'000), 1);
+  FileDescriptor accepted(::accept(opened.socket.get(), nullptr, nullptr));
+  ASSERT_TRUE(accepted);
+  accepted.reset();
+  client.waitForClose();
+  client.endInput();
+  opened.socket.reset();
+  for (const auto again : {openLoopbackSocket, reserveLoopbackSocket}) {
+    const auto second = again({"127.0.0.1", opened.name.substr(10)});
+    EXPECT_TRUE(second.socket) << second.error;
+    EXPECT_EQ(second.name, opened.name);
+  }
+}
+
+TEST(LoopbackSocket, IsNotForProgramsThatAreStarted) {
+  const auto listening = openLoopbackSocket({"127.0.0.1", "0"});
+  const std::string port = listening.name.substr(10);
+  const auto connected = connectLoopbackSocket({"127.0.0.1", port});
+  const auto reserved = reserveLoopbackSocket({"127.0.0.1", "0"});
+  for (const LoopbackSocket* one : {&listening, &connected, &reserved}) {
+    ASSERT_TRUE(one->socket) << one->error;
+    EXPECT_EQ(::fcntl(one->socket.get(), F_GETFD), FD_CLOEXEC) << one->name;
+  }
 }
 
 }  // namespace
