@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tests/app/filter_of_pages.h"
+#include "tests/app/pdf_text.h"
 #include "tests/app/running_app.h"
 #include "tests/app/sample_documents.h"
 #include "tests/reference/page.h"
@@ -121,6 +122,38 @@ TEST(AppJobs, ShortenGapsOnlyWhenAsked) {
   const auto papers = app.waitForPapers(2);
   EXPECT_EQ(dotRows(papers.at(0)), 1200U);
   EXPECT_EQ(dotRows(papers.at(1)), 279U);  // 100 + 79 + 100; 79 rows are 9.9 mm
+}
+
+// A page of PDF with a black bar at its top.
+PdfPage pdfBar(double heightPt) {
+  const double heightOfPage = 100;
+  return {200, heightOfPage,
+          "0 " + std::to_string(heightOfPage - heightPt) + " 200 " + std::to_string(heightPt) +
+              " re f"};
+}
+
+TEST(AppJobs, PrintAndCountEveryPageOfADocument) {
+  const struct {
+    const char* format;
+    std::string bytes;
+  } kDocuments[] = {
+      {"application/pdf", PdfText({pdfBar(10), pdfBar(20), pdfBar(30)}).file()},
+      {"text/plain", "one line\f two\nlines\f three\nlines\nhere\n"},
+      {kPwg, pwg({block(576, 40, 0, 40), block(576, 80, 0, 80), block(576, 120, 0, 120)})}};
+  RunningApp app;
+  std::vector<std::string> papers;
+  for (const auto& document : kDocuments) {
+    SCOPED_TRACE(document.format);
+    const JobOutcome job = app.print(document.bytes, document.format);
+    EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED) << job.message;
+    EXPECT_EQ(job.impressions, 3);
+    papers = app.waitForPapers(papers.size() + 1);
+    ASSERT_FALSE(papers.empty());
+    const auto printed = printedPages(papers.back());
+    ASSERT_EQ(printed.size(), 3U);
+    EXPECT_LT(printed[0].rows.size(), printed[1].rows.size());
+    EXPECT_LT(printed[1].rows.size(), printed[2].rows.size());
+  }
 }
 
 TEST(AppJobs, RepeatTheWholeDocumentForEachCopy) {

@@ -95,6 +95,8 @@ JobOutcome outcomeOf(ipp_t* response) {
   if (state != nullptr) outcome.state = static_cast<ipp_jstate_t>(ippGetInteger(state, 0));
   outcome.reasons = textOf(response, "job-state-reasons");
   outcome.message = textOf(response, "job-state-message");
+  outcome.impressions =
+      ippGetInteger(ippFindAttribute(response, "job-impressions-completed", IPP_TAG_INTEGER), 0);
   return outcome;
 }
 
@@ -137,7 +139,7 @@ void RunningApp::start() {
   spec.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder().string(),
                       "TMPDIR=" + folder().string(), "TZ=UTC",
                       // Without a thread sanitizer in the program this says nothing to it.
-                       std::string("TSAN_OPTIONS=suppressions=") + WREN_TSAN_SUPPRESSIONS};
+                      std::string("TSAN_OPTIONS=suppressions=") + WREN_TSAN_SUPPRESSIONS};
   spec.timeoutSeconds = setup_.timeoutSeconds;
   process_ = std::make_unique<Process>(spec);
   const bool started = waitUntil(

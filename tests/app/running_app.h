@@ -46,6 +46,7 @@ struct JobOutcome {
   ipp_jstate_t state = IPP_JSTATE_PENDING;
   std::string reasons;  ///< by commas
   std::string message;  ///< job-state-message
+  int impressions = 0;  ///< job-impressions-completed
 };
 
 struct AppSetup {
