@@ -306,6 +306,44 @@ TEST_F(HalftonePage, SavesDefaultsThatPapplsPagesShow) {
               HasSubstr("<span class=\"mark\">"));
 }
 
+struct PageWords {
+  const char* language;
+  std::vector<const char*> ofThePage;
+  std::vector<const char*> ofEachMethod;
+};
+
+TEST_F(HalftonePage, SaysWhatEachControlDoes) {
+  const PageWords rows[] = {
+      {"en",
+       {"aria-label=\"Document and tone\"", "<span>Choose a picture or PDF</span>",
+        "<p>Or an example:</p>", ">Photo</button>", ">Drawing</button>", ">Receipt</button>",
+        "<span>Darkness</span>", "<span>Contrast</span>", "> Magnify, dot by dot</label>",
+        "<noscript><p>Without JavaScript"},
+       {"<p class=\"use\">Good for ", ">Print this one</button>", ">Make default</button>",
+        ">✓ Default</span>"}},
+      {"de",
+       {"aria-label=\"Vorlage und Ton\"", "<span>Bild oder PDF wählen</span>",
+        "<p>Oder ein Beispiel:</p>", ">Foto</button>", ">Zeichnung</button>", ">Kassenbon</button>",
+        "<span>Schwärzung</span>", "<span>Kontrast</span>", "> Vergrößern, Punkt für Punkt</label>",
+        "<noscript><p>Ohne JavaScript"},
+       {"<p class=\"use\">Gut für ", ">Dieses drucken</button>", ">Als Standard</button>",
+        ">✓ Standard</span>"}}};
+  for (const PageWords& row : rows) {
+    SCOPED_TRACE(row.language);
+    client_.speak(row.language);
+    const std::string body = page();
+    for (const char* words : row.ofThePage) EXPECT_THAT(body, HasSubstr(words));
+    const std::string begin = "<li class=\"card\"";
+    int cards = 0;
+    for (auto at = body.find(begin); at != std::string::npos; at = body.find(begin, at + 1)) {
+      const std::string card = body.substr(at, body.find("</li>", at) - at);
+      for (const char* words : row.ofEachMethod) EXPECT_THAT(card, HasSubstr(words));
+      ++cards;
+    }
+    EXPECT_EQ(cards, 9);
+  }
+}
+
 TEST_F(HalftonePage, RefusesDefaultsWithoutTheTokenOrOutOfRange) {
   const std::string before = page();
   const WebClient::Fields good = {
