@@ -107,9 +107,7 @@ TEST(Children, AreReadToTheirEnd) {
 
 TEST(Children, AreKilledAtTheLimitOfTime) {
   const auto begin = std::chrono::steady_clock::now();
-  const ChildOutput read = captureOutput({"sh", "-c", "echo begin; exec sleep 600"}, 2);
-  EXPECT_EQ(read.status, 128 + 9);
-  EXPECT_EQ(read.text, "begin\n");
+  EXPECT_EQ(captureOutput({"sleep", "600"}, 2).status, 128 + 9);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1900));
 }
 
