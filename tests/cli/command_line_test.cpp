@@ -116,6 +116,7 @@ TEST(OptionTree, RefusesWrongUsage) {
       {"add-queue", "till", "usb://x", "79"},
       {"add-queue", "till", "usb://x", "80", "more"},
       {"add-queue", "--from", "x.json", "till", "usb://x"},
+      {"add-queue", "--from", "x.json", "-o", "HalftoneType=Burkes"},
       {"remove-queue"},
       {"drawer"},
       {"drawer", "till", "now"},

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -219,6 +220,13 @@ TEST_F(WrenProgramPrint, LeavesNoTemporaryFilesWhenItIsHungUp) {
   EXPECT_EQ(refusal(1, {"print", example("order.txt")}), "interrupted");
   EXPECT_TRUE(fs::is_empty(pathOf("tmp")));
   EXPECT_EQ(filesLeft(), 2U);  // bin, tmp
+}
+
+// As below nohup.
+TEST_F(WrenProgramPrint, IsNotEndedByASignalThatItsShellIgnores) {
+  beforeExec_ = [] { std::signal(SIGHUP, SIG_IGN); };
+  standIn("cupsfilter", "kill -HUP $PPID\nPATH=/usr/sbin:/usr/bin:/bin exec cupsfilter \"$@\"\n");
+  EXPECT_THAT(done({"print", example("order.txt")}).out, StartsWith("1 page(s), "));
 }
 
 TEST_F(WrenProgramPrint, SaysWhyAResultCannotBeWritten) {

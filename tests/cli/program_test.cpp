@@ -72,6 +72,17 @@ TEST_F(WrenProgramUsage, FailsWhereStandardOutputIsFull) {
   EXPECT_EQ(result.err, "wren: standard output cannot be written: No space left on device\n");
 }
 
+TEST_F(WrenProgramUsage, FailsWhereStandardOutputIsClosed) {
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"--help"}, {"completions", "bash"}, {"doctor", "--json"}}) {
+    beforeExec_ = [] { close(STDOUT_FILENO); };
+    const auto result = wren(command);
+    EXPECT_EQ(result.exitStatus, 1) << command[0];
+    EXPECT_EQ(result.err, "wren: standard output cannot be written: Bad file descriptor\n")
+        << command[0];
+  }
+}
+
 TEST_F(WrenProgramUsage, UsesNoColourOutsideATerminal) {
   environment_.push_back("TERM=xterm");
   EXPECT_THAT(wren({"doctor"}).out, Not(HasSubstr("\033")));

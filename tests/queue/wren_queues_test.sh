@@ -157,6 +157,20 @@ finds_faults_of_the_queue() {
   finds "there is no queue 'gone'" gone
 }
 
+# As lpadmin -E: who adds a queue wants to print on it.
+opens_a_queue() {
+  cupsdisable till
+  cupsreject till
+  expect_status 0 wren add-queue till "$uri" --dry-run
+  expect_words "the queue 'till' would be changed: it is started; it takes jobs"
+  expect_status 1 wren doctor till
+  expect_status 0 wren add-queue till "$uri"
+  expect_words "the queue 'till' is changed: it is started; it takes jobs"
+  is_sound
+  expect_status 0 wren add-queue till "$uri"
+  expect_words "nothing is changed"
+}
+
 keeps_the_options_of_a_queue() {
   expect_status 0 wren add-queue till "$uri" -o HalftoneType=Burkes -o PageSize=X80MMY600MM -o cpi=14
   expect_words "the queue 'till' is changed: "
@@ -288,6 +302,7 @@ adds_a_queue
 finds_faults_of_the_filter
 finds_faults_of_the_ppds
 finds_faults_of_the_queue
+opens_a_queue
 keeps_the_options_of_a_queue
 applies_a_file
 finds_saved_options_without_effect
