@@ -8,6 +8,7 @@
 #include "fuzz/memory_file.h"
 #include "printer/blank_lines.h"
 #include "printer/debug_image.h"
+#include "printer/dot_bands.h"
 #include "tests/reference/page.h"
 
 namespace {
@@ -48,6 +49,32 @@ void compareImage(const std::vector<std::uint8_t>& page, const Shape& shape,
         "the debug image is that of the reference implementation");
 }
 
+// The same dots in bands, as the printer of a job has them.
+void compareBandImage(const std::vector<std::uint8_t>& page, const Shape& shape) {
+  static fuzz::MemoryFile file;
+  file.clear();
+  wren::printer::DotBands bands;
+  check(bands.resize(shape.width, shape.height), "there is memory for the bands");
+  std::vector<std::uint8_t> dots(shape.width * shape.height);
+  for (std::size_t i = 0; i < bands.bandCount(); ++i) {
+    for (std::size_t x = 0; x < shape.width; ++x) {
+      unsigned column = 0;
+      for (std::size_t row = 0; row < bands.rowsOfBand(i); ++row) {
+        const std::size_t y = i * wren::printer::kRowsPerBand + row;
+        const bool isDot = page[y * shape.bytesPerLine + x] >= 128;
+        column |= isDot ? 0x80U >> row : 0;
+        dots[y * shape.width + x] = isDot ? 255 : 0;
+      }
+      bands.band(i)[x] = static_cast<std::uint8_t>(column);
+    }
+  }
+  wren::printer::PageMemory rows;
+  wren::printer::writeBandImage(file.descriptor(), bands, rows);
+  check(file.content() ==
+            reference::saveImage(dots.data(), shape.width, shape.height, shape.width, 1),
+        "the image of the bands is that of the reference implementation");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -61,5 +88,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   compareCounters(page, shape);
   compareImage(page, shape, 8);
   compareImage(page, shape, 1);
+  compareBandImage(page, shape);
   return 0;
 }

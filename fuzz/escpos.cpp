@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Arbitrary printer streams. The commands must cover the stream without gaps and
-// must not depend on the sizes of the pieces; the paper must stay within its limits.
+// Arbitrary printer streams, or streams of commands (`kFieldsMark`). The commands must cover the
+// stream without gaps and must not depend on the sizes of the pieces; those that were written must
+// be found; the paper must stay within its limits.
 
 #include <algorithm>
 #include <cstdint>
@@ -12,6 +13,8 @@
 
 #include "escpos/command.h"
 #include "escpos/reader.h"
+#include "fuzz/input.h"
+#include "fuzz/printer_commands.h"
 
 namespace wren::escpos {
 namespace {
@@ -70,19 +73,48 @@ void checkPieces(std::span<const std::uint8_t> bytes, const Reading& whole) {
   require(reader.printer().paper().lengthUnits == whole.paper.lengthUnits);
 }
 
-void checkStream(std::span<const std::uint8_t> bytes) {
-  const Reading reading = readAll(bytes, kLimits);
+Reading checkStream(std::span<const std::uint8_t> bytes) {
+  Reading reading = readAll(bytes, kLimits);
   VirtualPrinter printer(kLimits);
   for (const Command& command : reading.commands) printer.execute(command);
   checkCoverage(reading, bytes.size(), !printer.stopped());
   checkPaper(reading.paper);
   checkPieces(bytes, reading);
+  return reading;
+}
+
+// The commands that were written are those that are read, up to where the printer stops.
+void checkCommands(const fuzz::PrinterCommands& written, const Reading& reading) {
+  using enum CommandKind;
+  std::vector<fuzz::PrinterCommands::Place> read;
+  std::uint64_t end = 0;
+  for (const Command& command : reading.commands) {
+    end = command.offset + command.length;
+    if (command.kind == kNul || command.kind == kUnknown || command.kind == kTruncated) continue;
+    read.push_back({command.kind, command.offset, command.length});
+  }
+  const bool isWhole = end == written.bytes.size();
+  const std::size_t expected =
+      isWhole ? written.commands.size() : std::min(written.commands.size(), read.size());
+  fuzz::check(read.size() >= expected, "each command is found");
+  fuzz::check(written.isSpoilt || read.size() == expected, "no other command is found");
+  for (std::size_t i = 0; i < expected; ++i) {
+    fuzz::check(read[i].kind == written.commands[i].kind, "a command has its kind");
+    fuzz::check(read[i].offset == written.commands[i].offset, "a command is where it was written");
+    fuzz::check(read[i].length == written.commands[i].length, "a command has its length");
+  }
 }
 
 }  // namespace
 }  // namespace wren::escpos
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  wren::escpos::checkStream({data, size});
+  fuzz::Input input(data, size);
+  if (!input.takeFieldsMark()) {
+    wren::escpos::checkStream({data, size});
+    return 0;
+  }
+  const fuzz::PrinterCommands written = fuzz::printerCommandsFrom(input, SIZE_MAX);
+  wren::escpos::checkCommands(written, wren::escpos::checkStream(written.bytes));
   return 0;
 }

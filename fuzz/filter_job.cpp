@@ -2,12 +2,15 @@
 // Copyright (c) 2026 the Wren developers
 //
 // A whole job from arbitrary bytes. The input is the job options, a zero byte, the PPD, a zero
-// byte, the raster stream. The printer bytes are compared with those of the reference
-// implementation for the settings and pages that CUPS reads.
+// byte, the raster stream; or `kFieldsMark`, the settings, the fields of the raster stream. The
+// printer bytes are compared with those of the reference implementation for the settings and pages
+// that CUPS reads.
 
 #include <cups/raster.h>
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -15,7 +18,9 @@
 #include "filter/settings.h"
 #include "fuzz/input.h"
 #include "fuzz/memory_file.h"
+#include "fuzz/raster_fields.h"
 #include "job/job.h"
+#include "job/option_table.h"
 #include "printer/dot_matrix_ep_printer.h"
 #include "tests/reference/job.h"
 
@@ -85,6 +90,33 @@ reference::JobSettings referenceSettings(const Settings& s) {
   return result;
 }
 
+// One beyond the choices that a printer offers at either end, or any number.
+std::int32_t valueOf(const wren::job::NumericOption& option, fuzz::Input& input) {
+  const std::uint8_t choice = input.byte();
+  if (choice == 255) return static_cast<std::int32_t>(input.word());
+  const std::int32_t choices = option.highest - option.lowest + 3;
+  return option.lowest - 1 + choice % choices;
+}
+
+// Only the options are read for which the first word has a bit.
+Settings settingsFrom(fuzz::Input& input) {
+  constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kWidthsPt[] = {0,    136.5, 204.5, 295.5, 72,          0.3,
+                                  -1.0, 1e18,  1e300, 24.0,  kNotANumber, 204};
+  const std::uint32_t given = input.word();
+  const auto isGiven = [given](std::size_t bit) { return (given >> bit & 1) != 0; };
+  Settings settings;
+  settings.maxMediaWidth = kWidthsPt[input.below(std::size(kWidthsPt))];
+  settings.halftoneType = static_cast<DitherType>(input.below(9));
+  std::size_t bit = 0;
+  for (const auto& option : wren::job::kIndexedOptions) {
+    if (isGiven(bit++)) settings.*option.field = valueOf(option, input);
+  }
+  if (isGiven(bit++)) settings.brightness = valueOf(wren::job::kBrightnessOption, input);
+  settings.debugImages = isGiven(bit);
+  return settings;
+}
+
 void printJob(const Settings& settings, int descriptor) {
   static fuzz::MemoryFile output;
   output.clear();
@@ -113,6 +145,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static fuzz::MemoryFile ppd;
   static fuzz::MemoryFile raster;
   fuzz::Input input(data, size);
+  if (input.takeFieldsMark()) {
+    const Settings settings = settingsFrom(input);
+    const std::vector<std::uint8_t> stream = fuzz::rasterFromFields(input);
+    raster.fill(stream.data(), stream.size());
+    printJob(settings, raster.descriptor());
+    return 0;
+  }
   const std::string options = input.text();
   const std::string ppdText = input.text();
   const std::vector<std::uint8_t> rasterBytes = input.rest();

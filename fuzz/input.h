@@ -16,12 +16,23 @@
 
 namespace fuzz {
 
+/// The first byte of an input that describes fields and not the bytes themselves. The inputs that
+/// are kept in their other form do not begin with it.
+inline constexpr std::uint8_t kFieldsMark = 0xF1;
+
 /// Reads values from the start of an input. Past its end all bytes are zero.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
 
   std::size_t left() const { return left_; }
+
+  /// Whether `kFieldsMark` comes next, which is consumed then.
+  bool takeFieldsMark() {
+    if (left_ == 0 || *data_ != kFieldsMark) return false;
+    byte();
+    return true;
+  }
 
   std::uint8_t byte() {
     if (left_ == 0) return 0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Jobs and control commands in any order for the software printer. Nothing may be
-// printed twice or out of order, nothing may be lost but by a fault that loses
-// something, and every job ends once.
+// Jobs and control commands in any order for the software printer; with `kFieldsMark`, jobs of
+// printer commands too. Nothing may be printed twice or out of order, nothing may be lost but by a
+// fault that loses something, and every job ends once.
 
 #include "preview/software_printer.h"
 
@@ -11,10 +11,10 @@
 #include <chrono>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "fuzz/input.h"
+#include "fuzz/printer_commands.h"
 
 namespace wren::preview {
 namespace {
@@ -82,18 +82,22 @@ bool isSubsequence(const std::vector<Bytes>& part, const std::vector<Bytes>& who
 
 class Run : private PrinterOutput {
  public:
-  explicit Run(fuzz::Input input) : input_(std::move(input)), printer_(*this, 203, now_) {}
+  explicit Run(fuzz::Input input) : input_(input), printer_(*this, 203, now_) {}
 
   void operator()() {
+    hasFields_ = input_.takeFieldsMark();
+    const bool isAbandoned = hasFields_ && input_.below(2) == 1;
     for (int step = 0; step < 2000 && input_.left() > 0; ++step) {
       oneStep();
       fuzz::check(printer_.bufferedBytes() <= std::size_t{64 << 10} + kLongestCommand,
                   "the buffer is bounded");
     }
-    for (const char* cure : kCures) control(cure);
-    pass(std::chrono::hours(400));
-    for (const char* cure : kCures) control(cure);
-    if (printer_.receiving()) printer_.endInput("", now_);
+    if (isAbandoned) {
+      isLossy_ = true;
+      printer_.abandon("the printer is gone");
+    } else {
+      recover();
+    }
     for (auto& [id, job] : jobs_) checkJob(job);
     fuzz::check(printer_.bufferedBytes() == 0, "a printer that is well empties its buffer");
   }
@@ -105,16 +109,26 @@ class Run : private PrinterOutput {
     int ends = 0;
   };
 
+  void recover() {
+    for (const char* cure : kCures) control(cure);
+    pass(std::chrono::hours(400));
+    for (const char* cure : kCures) control(cure);
+    if (printer_.receiving()) printer_.endInput("", now_);
+  }
+
   void oneStep() {
-    switch (input_.below(4)) {
+    switch (input_.below(hasFields_ ? 5 : 4)) {
       case 0:
         send(input_.bytes(std::min<std::size_t>(input_.byte(), input_.left())));
         break;
       case 1:
-        send(input_.filling(input_.byte() * 64U));
+        send(input_.filling(input_.byte() * std::size_t{64}));
         break;
       case 2:
         control(text());
+        break;
+      case 4:
+        send(fuzz::printerCommandsFrom(input_, 1 + input_.below(8)).bytes);
         break;
       default:
         pass(std::chrono::milliseconds(input_.byte() * 10));
@@ -141,6 +155,9 @@ class Run : private PrinterOutput {
   void pass(std::chrono::milliseconds time) {
     now_ += time;
     printer_.advance(now_);
+    static_cast<void>(printer_.room(now_));
+    const auto next = printer_.nextEvent();
+    fuzz::check(!next || *next > now_, "what is due has happened");
   }
 
   // What the printer does not take is lost on its way, and no part of the job.
@@ -184,6 +201,7 @@ class Run : private PrinterOutput {
   }
 
   fuzz::Input input_;
+  bool hasFields_ = false;
   SoftwarePrinter::Time now_{std::chrono::hours(1)};
   SoftwarePrinter printer_;
   std::map<JobId, Job> jobs_;

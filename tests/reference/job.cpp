@@ -184,7 +184,7 @@ std::vector<Command> endPage(JobSettings s) {
 std::vector<Command> endJob(JobSettings s) {
   std::vector<Command> commands;
   if (s.docCutType != 0) {
-    const int feed = (s.feedCutAfterJobEnd * 16) & 255;
+    const unsigned feed = static_cast<unsigned>(s.feedCutAfterJobEnd) * 16 & 255;
     commands.push_back(
         {{0x1B, 0x4A, static_cast<std::uint8_t>(feed)}, "job end: feed " + std::to_string(feed)});
   }
