@@ -120,13 +120,13 @@ This checkout:
         Example: ./wren street --tills 20 --minutes 5
   test [--all | --preset NAME | --arm64 | --browser | --package]
         Builds with warnings as errors, runs every test and lints. --all adds the
-        sanitizers, clang with libc++, coverage, the packages, a street of tills and
-        a sample of the mutation test; --preset runs the tests of one preset of
-        CMakePresets.json. --arm64 cross-builds for 64-bit ARM and runs the tests
-        under qemu: every byte has to be the same there. --browser tests the web
-        pages in Chromium; with --pictures behind it, it takes their pictures for
-        docs/pictures. --package builds the packages in a bare system, upgrades,
-        prints, removes and purges them there (as root).
+        sanitizers, clang with libc++, coverage, the packages, a street of tills, each
+        fuzzer for five minutes and a sample of the mutation test; --preset runs the
+        tests of one preset of CMakePresets.json. --arm64 cross-builds for 64-bit ARM
+        and runs the tests under qemu: every byte has to be the same there. --browser
+        tests the web pages in Chromium; with --pictures behind it, it takes their
+        pictures for docs/pictures. --package builds the packages in a bare system,
+        upgrades, prints, removes and purges them there (as root).
         Example: ./wren test
   bench [--pairs N] [--levels] [--against PROGRAM]
   bench [--pairs N] --print
@@ -148,7 +148,10 @@ This checkout:
         of these tools than Debian 12's are advice and do not fail.
         Example: ./wren lint
   fuzz [TARGET] [SECONDS]
-        Runs one fuzz target of fuzz/, or each of them, for so many seconds.
+  fuzz --reach [TARGET]
+        Runs one fuzz target of fuzz/, or each of them, for so many seconds (60).
+        Inputs that reach new code stay in build/fuzz/found for the next run. --reach
+        counts the lines that the kept inputs reach in the sources of the target.
         Example: ./wren fuzz filter_job 60
   mutate [--list] [--own] [--seed SEED] [--count N] [FOLDER...]
         Mutation test: makes small changes in what is shipped, one at a time, lists

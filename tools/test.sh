@@ -56,8 +56,8 @@ test_package() {
 }
 
 test_all() {
-  need build chain test lint libcxx coverage street root
-  local preset
+  need build chain test lint libcxx coverage street fuzz root
+  local preset targets
   for preset in dev asan tsan clang coverage; do
     say "== $preset"
     test_preset "$preset"
@@ -67,6 +67,9 @@ test_all() {
   test_package
   say "== street"
   ctest --test-dir "$WREN_ROOT/build/dev" --build-config street-long --tests-regex '^street_long\.' --output-on-failure
+  say "== fuzz"
+  mapfile -t targets < <(fuzz_targets)
+  run_fuzzers 300 "${targets[@]}"
   say "== mutate"
   "$WREN_ROOT/dev/mutate" --own --count 2
   "$WREN_ROOT/dev/lint"

@@ -59,7 +59,7 @@ for program in rasters compare kernels print; do note_calls "tree/build/bench/be
 for program in one two; do note_calls "tree/build/fuzz/fuzz/fuzz_$program" 'note "$@"' 'echo "stat::number_of_executed_units: 7" >&2' 'echo "stat::peak_rss_mb: 8" >&2'; done
 folders=(common dither bitmap stencil printer job filter app cli escpos preview)
 mkdir -p tree/fuzz tree/tests/browser "${folders[@]/#/tree/}"
-printf 'wren_fuzz_target(one LINKS x)\nwren_fuzz_target(two)\n' >tree/fuzz/CMakeLists.txt
+printf 'wren_fuzz_target(one LINKS x)\nif(WREN_X)\n  wren_fuzz_target(two)\nendif()\n' >tree/fuzz/CMakeLists.txt
 cat >tree/tests/browser/pages_test.py <<PYTHON
 import sys
 open("$work/log", "a").write("pages_test.py " + " ".join(sys.argv[1:]) + "\n")
@@ -126,8 +126,9 @@ TABLE
 fails 4 unshare "wren: a bare system needs namespaces of its own, and there are none here" test --package
 fails 9 bare_root "wren: the trial of the packages failed; the whole log is in build/roots/$(this_release)-root-run.log" test --package
 
+fuzz_call="-print_final_stats=1 -timeout=20 -rss_limit_mb=2048 -close_fd_mask=3"
 calls test --all <<TABLE
-need build chain test lint libcxx coverage street root
+need build chain test lint libcxx coverage street fuzz root
 cmake --build --preset dev
 ctest --preset dev
 cmake --build --preset asan
@@ -143,9 +144,14 @@ gcovr --root . --print-summary --exclude-throw-branches --exclude-unreachable-br
 need root
 $package
 ctest --test-dir TREE/build/dev --build-config street-long --tests-regex ^street_long\. --output-on-failure
+cmake --build --preset fuzz --target fuzz_one fuzz_two
+fuzz_one -max_total_time=300 $fuzz_call -artifact_prefix=one- TREE/build/fuzz/found/one TREE/fuzz/corpus/one
+fuzz_two -max_total_time=300 $fuzz_call -artifact_prefix=two- TREE/build/fuzz/found/two TREE/fuzz/corpus/two
 mutate --own --count 2
 lint
 TABLE
+grep -qxF "== two, 300 s" said || die "test --all does not say which fuzzer runs: $(cat said)"
+fails 1 fuzz_one "wren: one found something; the whole log is in $tree/build/fuzz/one.log" test --all
 
 calls test --preset asan <<TABLE
 need build chain test
@@ -197,7 +203,6 @@ mutate --list job
 TABLE
 fails 9 mutate "words of mutate" mutate
 
-fuzz_call="-print_final_stats=1 -timeout=20 -rss_limit_mb=2048 -close_fd_mask=3"
 calls fuzz two 5 <<TABLE
 need build fuzz
 cmake --build --preset fuzz --target fuzz_two
@@ -212,6 +217,37 @@ fuzz_two -max_total_time=60 $fuzz_call -artifact_prefix=two- TREE/build/fuzz/fou
 TABLE
 fails 1 fuzz_one "wren: one found something; the whole log is in $tree/build/fuzz/one.log" fuzz
 [[ -d tree/build/fuzz/found/two ]] || die "what the fuzzer finds has no place"
+
+# What the inputs reach: those of the corpus, and for "two" those that its fuzzer has found.
+for program in one two; do note_calls "tree/build/coverage/fuzz/replay_$program"; done
+printf 'one job/a.cpp\ntwo printer job/b.cpp job/c.cpp\n' >tree/build/coverage/fuzz/entry_points
+# shellcheck disable=SC2016
+note_calls bin/gcovr 'note "$@"' 'echo "lines: 91.7% (11 out of 12)"' 'echo "branches: 5.0% (1 out of 20)"'
+rm -rf tree/build/fuzz/found/one
+touch tree/build/coverage/job.gcda
+summary="--root . --print-summary --output TREE/build/reach"
+calls fuzz --reach <<TABLE
+need build coverage
+cmake --build --preset coverage --target replay_one replay_two
+replay_one TREE/fuzz/corpus/one
+gcovr $summary/one.txt --filter=job/a.cpp build/coverage/job
+replay_two TREE/fuzz/corpus/two TREE/build/fuzz/found/two
+gcovr $summary/two.txt --filter=printer --filter=job/b.cpp --filter=job/c.cpp build/coverage/job build/coverage/printer
+TABLE
+diff - said <<'TABLE'
+target                  lines     of       %  entry point
+one                        11     12    91.7  job/a.cpp
+two                        11     12    91.7  printer job/b.cpp job/c.cpp
+TABLE
+[[ ! -e tree/build/coverage/job.gcda ]] || die "what other programs reached counts"
+calls fuzz --reach one <<TABLE
+need build coverage
+cmake --build --preset coverage --target replay_one
+replay_one TREE/fuzz/corpus/one
+gcovr $summary/one.txt --filter=job/a.cpp build/coverage/job
+TABLE
+fails 1 replay_one "wren: one stopped at an input; the whole log is in $tree/build/reach/one.log" fuzz --reach
+fails 1 gcovr "wren: gcovr failed; the whole log is in $tree/build/reach/one.log" fuzz --reach
 
 bin=TREE/build/bench data=TREE/build/bench/data
 relocated="--relocated-filter $bin/bench/wren-bench-relocated-filter --relocated-floor $bin/bench/wren-bench-relocated-floor"

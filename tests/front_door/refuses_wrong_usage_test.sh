@@ -40,5 +40,8 @@ refuses 2 "test has no argument 'x'" test x
 refuses 2 "--preset wants a name" test --preset
 refuses 2 "lint has no argument 'x'" lint x
 refuses 2 "fuzz has no target 'x'" fuzz x
+refuses 2 "fuzz wants a number of seconds, not '--reach'" fuzz all --reach
+refuses 2 "fuzz has no target 'x'" fuzz --reach x
+refuses 2 "fuzz --reach has no argument '60'" fuzz --reach all 60
 refuses 2 "fuzz wants a number of seconds, not '0'" fuzz all 0
 exit $failed
