@@ -2,7 +2,8 @@
 // Copyright (c) 2026 the Wren developers
 //
 // The stencil halftone against the reference implementation, on small pages of any
-// layout, and the threshold alone on histograms that no small page can have.
+// layout, on larger ones of a few kinds of rows (`kFieldsMark`), and the threshold alone on
+// histograms that no small page can have.
 
 #include "fuzz/input.h"
 #include "stencil/moment_threshold.h"
@@ -32,14 +33,30 @@ void compareThresholds(fuzz::Input& input) {
         "the threshold is that of the reference");
 }
 
-void comparePages(int width, int layout, fuzz::Input& input) {
-  const auto color = static_cast<QV_IMG_COLOR>(layout);
-  const int channels = wren::stencil::bytesPerPixel(color);
-  const std::size_t rowBytes = std::size_t(width) * std::size_t(channels);
-  const std::size_t rows = rowBytes == 0 ? 0 : input.left() / rowBytes;
-  const int height = static_cast<int>(rows);
-  const std::vector<std::uint8_t> pixels = input.bytes(rows * rowBytes);
+std::size_t rowBytesOf(int width, int layout) {
+  const int channels = wren::stencil::bytesPerPixel(static_cast<QV_IMG_COLOR>(layout));
+  return std::size_t(width) * std::size_t(channels);
+}
 
+// Rows like the one before, of one level, or of many; each several times.
+std::vector<std::uint8_t> pixelsFromFields(std::size_t rowBytes, std::size_t rows,
+                                           fuzz::Input& input) {
+  std::vector<std::uint8_t> pixels;
+  std::vector<std::uint8_t> row(rowBytes, 255);
+  while (pixels.size() < rows * rowBytes) {
+    const std::uint32_t kind = input.below(4);
+    if (kind == 1) row.assign(rowBytes, input.byte());
+    if (kind >= 2) row = input.filling(rowBytes);
+    for (std::uint32_t times = 1 + input.below(32); times > 0; --times) {
+      pixels.insert(pixels.end(), row.begin(), row.end());
+    }
+  }
+  pixels.resize(rows * rowBytes);
+  return pixels;
+}
+
+void comparePages(int width, int height, int layout, const std::vector<std::uint8_t>& pixels) {
+  const auto color = static_cast<QV_IMG_COLOR>(layout);
   QVImage page(width, height, color, pixels.data());
   const QVImage dots = qvTattooDithering(page);
   check(std::equal(pixels.begin(), pixels.end(), page.data), "the source is only read");
@@ -56,16 +73,38 @@ void comparePages(int width, int layout, fuzz::Input& input) {
   }
 }
 
+// As many rows as the input has bytes for.
+void compareSmallPage(int width, fuzz::Input& input) {
+  const int layout = static_cast<int>(input.below(6)) - 1;
+  const std::size_t rowBytes = rowBytesOf(width, layout);
+  const std::size_t rows = rowBytes == 0 ? 0 : input.left() / rowBytes;
+  comparePages(width, static_cast<int>(rows), layout, input.bytes(rows * rowBytes));
+}
+
+// Wide and tall enough for blocks of rows without an edge of the page, and for tiles within them.
+void compareLargePage(fuzz::Input& input) {
+  constexpr int kLayouts[] = {QV_IMG_GRAY, QV_IMG_GRAY, QV_IMG_GRAY, QV_IMG_BGRA};
+  const int width = static_cast<int>(1 + input.byte() + 256 * input.below(3));
+  const int height = static_cast<int>(1 + input.below(80));
+  const int layout = kLayouts[input.below(4)];
+  const std::size_t rowBytes = rowBytesOf(width, layout);
+  comparePages(width, height, layout,
+               pixelsFromFields(rowBytes, static_cast<std::size_t>(height), input));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, size);
+  if (input.takeFieldsMark()) {
+    compareLargePage(input);
+    return 0;
+  }
   const std::uint8_t mode = input.byte();
   if (mode == kHistogramMode) {
     compareThresholds(input);
   } else {
-    const int width = mode % 72;
-    comparePages(width, static_cast<int>(input.below(6)) - 1, input);
+    compareSmallPage(mode % 72, input);
   }
   return 0;
 }
