@@ -24,12 +24,12 @@ namespace wren::preview {
 namespace {
 
 // Small, so that an input needs little time.
-constexpr escpos::PaperLimits kLimits = {300, 200, 20'000, 50};
+constexpr escpos::PaperLimits kLimits = {300, 200, 20'000, 20};
 
 PictureStyle styleFrom(fuzz::Input& input) {
-  constexpr unsigned kResolutions[] = {203, 180, 300, 72, 600};
+  constexpr unsigned kResolutions[] = {203, 180, 300, 72, 100};
   return {.dpi = kResolutions[input.below(std::size(kResolutions))],
-          .scale = 1 + input.below(4),
+          .scale = 1 + input.below(3),
           .marks = input.below(2) == 1};
 }
 
