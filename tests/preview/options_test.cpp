@@ -94,10 +94,40 @@ TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
                                              {"--tell", "x", "paper out"},
                                              {"--tell", "1", "go", "--listen", "2"},
                                              {"--tell", "1", "go", "a.prn"},
-                                             {"--max-length", "-1"}}) {
+                                             {"--max-length", "-1"},
+                                             {"--dpi", "49"},
+                                             {"--dpi", "2401"},
+                                             {"--scale", "0"},
+                                             {"--max-length", "0"},
+                                             {"--max-length", "1000001"},
+                                             {"--listen", "0", "--max-bytes", "0"},
+                                             {"--listen", "0", "--max-seconds", "0"},
+                                             {"--listen", "0", "--max-seconds", "86401"},
+                                             {"--listen", "0", "--list"},
+                                             {"--listen", "0", "-o", "a.png"},
+                                             {"--listen", "0", "--directory", "absent"},
+                                             {"--listen", "0", "--fault", "stall", "go"},
+                                             {"--directory", "."},
+                                             {"--max-bytes", "5"}}) {
     const auto parsed = parse(wrong);
-    EXPECT_FALSE(parsed.options) << wrong[0];
-    EXPECT_EQ(parsed.exitStatus, 2) << wrong[0];
+    EXPECT_FALSE(parsed.options) << testing::PrintToString(wrong);
+    EXPECT_EQ(parsed.exitStatus, 2) << testing::PrintToString(wrong);
+  }
+}
+
+TEST(Options, AreTakenUpToTheirLimits) {
+  for (const auto& right :
+       std::vector<std::vector<const char*>>{{"--dpi", "50"},
+                                             {"--dpi", "2400"},
+                                             {"--scale", "16"},
+                                             {"--max-length", "1"},
+                                             {"--max-length", "1000000"},
+                                             {"--listen", "0", "--max-bytes", "1"},
+                                             {"--listen", "0", "--max-bytes", "1000000000000"},
+                                             {"--listen", "0", "--max-seconds", "1"},
+                                             {"--listen", "0", "--max-seconds", "86400"},
+                                             {"--listen", "0", "--directory", "."}}) {
+    EXPECT_TRUE(parse(right).options) << testing::PrintToString(right);
   }
 }
 

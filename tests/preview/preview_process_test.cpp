@@ -20,6 +20,7 @@
 #include "tests/escpos/printer_streams.h"
 #include "tests/preview/loopback_client.h"
 #include "tests/preview/png_reading.h"
+#include "tests/preview/running_printer.h"
 #include "tests/preview/scratch_folder.h"
 #include "tests/support/process.h"
 
@@ -193,6 +194,16 @@ TEST(PreviewProgram, FailsIfItsOutputCannotBeWritten) {
     EXPECT_EQ(result.err, "wren-preview: standard output cannot be written\n") << option;
     EXPECT_EQ(readPng(folder.file("job.png")).height, 8u) << option;
   }
+}
+
+TEST(PreviewProgram, FailsIfTheAnswerOfAPrinterCannotBeWritten) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const RunningPrinter printer;
+  auto spec = previewWith({"--tell", printer.controlAddress(), "status"});
+  spec.beforeExec = [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+  const auto result = wren_test::runProcess(spec);
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.err, "wren-preview: standard output cannot be written\n");
 }
 
 // 19 kB that would be 671 thousand million pixels; the bound is the same as the listener's.

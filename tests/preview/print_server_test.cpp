@@ -10,8 +10,11 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <thread>
+#include <vector>
 
+#include "preview/picture_worker.h"
 #include "tests/escpos/printer_streams.h"
 #include "tests/preview/failing_accept.h"
 #include "tests/preview/loopback_client.h"
@@ -189,6 +192,30 @@ TEST_F(PrintServerTest, ServesOtherJobsWhileAHostileOneIsDrawn) {
     EXPECT_EQ(bytesOfFile(file(name)), kJob);
   }
   EXPECT_FALSE(std::filesystem::exists(file("job-0002.png"))) << "the hostile job is not drawn yet";
+}
+
+// No connection is accepted meanwhile, and nothing wakes the server but its own clock.
+TEST_F(PrintServerTest, AcceptsConnectionsAgainWhenFewerJobsWaitToBeDrawn) {
+  constexpr std::size_t kJobs = PictureWorker::kMaxWaiting + 5;
+  options_.style.scale = 4;
+  start();
+  LoopbackClient large(server_->name());
+  Bytes job = bitImage(1, streams::repeat(4096, 0x80));
+  for (int i = 0; i < 40; ++i) job = job + feed(255);
+  EXPECT_TRUE(large.send(job));
+  large.endInput();
+  std::vector<std::unique_ptr<LoopbackClient>> clients;
+  for (std::size_t i = 0; i < kJobs; ++i) {
+    clients.push_back(std::make_unique<LoopbackClient>(server_->name()));
+    EXPECT_TRUE(clients.back()->send(kJob));
+    clients.back()->endInput();
+  }
+  char name[32];
+  std::snprintf(name, sizeof name, "job-%04zu.png", kJobs + 1);
+  for (int i = 0; i < 5'000 && !std::filesystem::exists(file(name)); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_TRUE(std::filesystem::exists(file(name))) << name;
 }
 
 TEST_F(PrintServerTest, StopsWhileAHostileJobIsDrawn) {

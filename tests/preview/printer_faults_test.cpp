@@ -6,10 +6,18 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
 
+#include <chrono>
+#include <cstring>
 #include <filesystem>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <thread>
+#include <vector>
 
+#include "preview/loopback_socket.h"
 #include "preview/tell_run.h"
 #include "tests/escpos/printer_streams.h"
 #include "tests/preview/png_reading.h"
@@ -92,6 +100,24 @@ TEST_F(PrinterFaults, StatusIsAnsweredToTheNextConnectionWhileAJobWaits) {
   EXPECT_EQ(printer.tell("paper ok"), "ok");
   ASSERT_TRUE(printer.waitForJobs(1));
   EXPECT_EQ(printer.printed(1), linesOf(0, 3));
+}
+
+TEST_F(PrinterFaults, NotMoreJobsWaitThanAreAllowed) {
+  constexpr unsigned kMost = PrintServer::kMaxUnfinishedJobs;
+  constexpr unsigned kJobs = kMost + 6;
+  RunningPrinter printer({"cover open"});
+  std::vector<std::unique_ptr<LoopbackClient>> clients;
+  for (unsigned i = 0; i < kJobs; ++i) {
+    clients.push_back(std::make_unique<LoopbackClient>(printer.address()));
+    clients.back()->send(linesOf(i, 1));
+    clients.back()->endInput();
+  }
+  const auto waiting = [](unsigned jobs) { return "\"unfinishedJobs\":" + std::to_string(jobs); };
+  EXPECT_TRUE(printer.waitFor(waiting(kMost)));
+  EXPECT_FALSE(printer.waitFor(waiting(kJobs), 0.5));
+  EXPECT_EQ(printer.tell("cover closed"), "ok");
+  ASSERT_TRUE(printer.waitForJobs(kJobs));
+  for (unsigned i = 0; i < kJobs; ++i) EXPECT_EQ(printer.printed(i + 1), linesOf(i, 1));
 }
 
 struct WaitingFault {
@@ -345,6 +371,29 @@ INSTANTIATE_TEST_SUITE_P(Commands, Tell,
                          testing::Values(TellCase{"paper out", 0, "ok\n", ""},
                                          TellCase{"paper", 1, "",
                                                   "wren-preview: 'paper' is no command\n"}));
+
+// A printer that is busy with something else answers a moment later.
+TEST(TellWithoutAPrinter, WaitsForTheAnswer) {
+  const LoopbackSocket port = openLoopbackSocket({"127.0.0.1", "0"});
+  std::string received;
+  std::thread printer([&] {
+    pollfd waited = {port.socket.get(), POLLIN, 0};
+    ::poll(&waited, 1, 20'000);
+    const FileDescriptor session(::accept(port.socket.get(), nullptr, nullptr));
+    char byte = 0;
+    while (::recv(session.get(), &byte, 1, 0) == 1 && byte != '\n') received += byte;
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    for (const char* part : {"o", "k\n"}) ::send(session.get(), part, std::strlen(part), 0);
+  });
+  Options options;
+  options.tellAddress = port.name;
+  options.tellCommand = "paper out";
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(runTell(options), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "ok\n");
+  printer.join();
+  EXPECT_EQ(received, "paper out");
+}
 
 TEST(TellWithoutAPrinter, FailsInOneLine) {
   std::string address;

@@ -321,6 +321,18 @@ TEST_F(SoftwarePrinterTest, LosesItsBufferWithItsPower) {
   EXPECT_EQ(printed(3), line(0x03));
 }
 
+// Nothing of the job waits: all of it is printed, or nothing was sent.
+TEST_F(SoftwarePrinterTest, CutsTheJobShortThatItReceivesWhenItLosesItsPower) {
+  for (const Bytes& sent : {Bytes(), line()}) {
+    Bench bench;
+    bench.printer().beginJob(1);
+    bench.send(sent);
+    bench.tell("power off");
+    EXPECT_EQ(bench.takeEnded(), "reset 1; 1: cut short by a loss of power; ") << sent.size();
+    EXPECT_FALSE(bench.printer().receiving().has_value());
+  }
+}
+
 // The beep has sounded; the dots before it had not been fed.
 TEST_F(SoftwarePrinterTest, LeavesNoDotsOfTheLineThatALossOfPowerInterrupts) {
   printer().beginJob(1);
@@ -413,6 +425,28 @@ TEST_F(SoftwarePrinterTest, PrintsAtItsSpeed) {
   EXPECT_NEAR(std::chrono::duration<double>(now().time_since_epoch() - 1h).count(), 0.275, 0.026);
 }
 
+TEST_F(SoftwarePrinterTest, TakesANewSpeedAtOnce) {
+  printer().beginJob(1);
+  tell("speed 1");
+  send(line(0x01) + line(0x02));
+  EXPECT_EQ(printed(1), line(0x01));
+  tell("speed 0");
+  EXPECT_EQ(printed(1), line(0x01) + line(0x02));
+}
+
+// More dots than any line has would fill the memory while they wait for their feed.
+TEST_F(SoftwarePrinterTest, PrintsDotsThatNeverGetAFeed) {
+  constexpr std::size_t kMostWaiting = std::size_t{256} << 10;
+  printer().beginJob(1);
+  const Bytes dots = bitImage(1, repeat(1000, 0xFF));
+  std::size_t sent = 0;
+  for (; sent <= kMostWaiting; sent += dots.size()) {
+    EXPECT_EQ(printed(1).size(), 0u) << sent;
+    send(dots);
+  }
+  EXPECT_EQ(printed(1).size(), sent);
+}
+
 TEST_F(SoftwarePrinterTest, FillsItsBufferWhileItPrintsSlowly) {
   printer().beginJob(1);
   tell("buffer 4");
@@ -440,6 +474,7 @@ TEST_F(SoftwarePrinterTest, ClearsItsBufferByARecovery) {
   printer().endInput("", now());
   EXPECT_EQ(printed(1), Bytes());
   EXPECT_EQ(printed(2), hex("100502") + line(0x03));
+  EXPECT_EQ(printer().bufferedBytes(), 0u);
   EXPECT_EQ(takeEnded(), "1; 2; ");
 }
 
