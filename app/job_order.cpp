@@ -11,10 +11,10 @@
 
 #include <cstring>
 
+#include "app/arrivals.h"
 #include "app/each_job.h"
 #include "app/end_signal.h"
 #include "app/job_turns.h"
-#include "app/state_keeper.h"
 
 namespace wren::app {
 namespace {
@@ -24,12 +24,6 @@ constexpr const char* kWaiting = "Waiting: jobs before this one.";
 JobTurns& turns() {
   static JobTurns line;
   return line;
-}
-
-// Shared by the documents that come in.
-std::shared_mutex& arrivals() {
-  static std::shared_mutex mutex;
-  return mutex;
 }
 
 template <typename Function>
@@ -152,10 +146,6 @@ void endJobOrder() {
   turns().close();
 }
 
-std::unique_lock<std::shared_mutex> holdArrivals() {
-  return std::unique_lock(arrivals(), std::try_to_lock);
-}
-
 }  // namespace wren::app
 
 // The thread of a job that waits in the spool. A job that cannot begin stays pending; whoever has
@@ -180,11 +170,10 @@ extern "C" void _papplJobCopyDocumentData(pappl_client_t* client, pappl_job_t* j
   if (kCopy == nullptr) return;
   const wren::app::WaitingJob waiting(job);
   if (!wren::app::isStreamed(job)) {
-    const std::shared_lock arriving(wren::app::arrivals());
+    const auto arriving = wren::app::beginArrival();
     if (wren::app::isEnding(waiting.system)) return wren::app::refuse(waiting, client);
     kCopy(client, job);
-    // Who is told that a job is accepted may trust in it, even if the process is killed then.
-    return wren::app::keepChanges();
+    return wren::app::keepArrival();
   }
   if (!wren::app::takeTurn(waiting, client)) {
     // After the end of the system, only the end of the process is left.
@@ -199,10 +188,6 @@ extern "C" void _papplJobCopyDocumentData(pappl_client_t* client, pappl_job_t* j
 namespace wren::app {
 
 void endJobOrder() {}
-
-std::unique_lock<std::shared_mutex> holdArrivals() {
-  return {};
-}
 
 }  // namespace wren::app
 #endif

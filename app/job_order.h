@@ -7,16 +7,7 @@
 
 #pragma once
 
-#include <mutex>
-#include <shared_mutex>
-
 namespace wren::app {
-
-/// Documents that are kept on disk are refused once the system is ending. A lock for whoever saves
-/// the state for the last time: while it is owned, no such document comes in, so no client is told
-/// of a job that nobody knows later.
-/// @return a lock that is not owned if a document still comes in.
-std::unique_lock<std::shared_mutex> holdArrivals();
 
 /// Lets no further job begin. Call it before the system is deleted; returns once no thread of this
 /// unit uses the system any more.

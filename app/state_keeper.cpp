@@ -17,6 +17,7 @@
 #include <set>
 #include <vector>
 
+#include "app/arrivals.h"
 #include "app/each_job.h"
 #include "app/end_signal.h"
 #include "app/job_messages.h"
@@ -40,9 +41,8 @@ constexpr std::chrono::milliseconds kLookAgain(100);
 // How often a server that is asked to end looks whether the documents that come in are whole.
 constexpr int kMostLooksAtArrivals = 30;
 
-// The one that runs, for papplSystemDelete and for the threads of clients.
+// The one that runs, for papplSystemDelete.
 std::atomic<StateKeeper*> running = nullptr;
-std::mutex entering;  // into keepChanges
 
 std::string readWhole(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -143,22 +143,20 @@ void StateKeeper::start(pappl_system_t* system) {
   load();
   papplSystemSetSaveCallback(system, onSave, this);
   running = this;
+  setArrivalKeeper([this] { waitForSave(); });
   watcher_ = std::thread([this] { watch(); });
 }
 
 void StateKeeper::stop() {
   StateKeeper* self = this;
+  running.compare_exchange_strong(self, nullptr);
   {
-    const std::lock_guard enter(entering);
-    running.compare_exchange_strong(self, nullptr);
-  }
-  {
-    std::unique_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     stopping_ = true;
-    wake_.notify_all();
-    tried_.notify_all();
-    tried_.wait(lock, [this] { return waiters_ == 0; });
   }
+  wake_.notify_all();
+  tried_.notify_all();
+  setArrivalKeeper({});
   if (watcher_.joinable()) watcher_.join();
 }
 
@@ -185,21 +183,12 @@ bool StateKeeper::begin(pappl_job_t* job) {
   return begun_.begin({keyOf(job), lineOf(job)}, hasDocument ? Kept::kOfMachine : Kept::kOfProcess);
 }
 
-void StateKeeper::keepChanges(std::unique_lock<std::mutex>& entering) {
+// Until all changes until now are saved, or the attempt to do so has failed.
+void StateKeeper::waitForSave() {
   std::unique_lock lock(mutex_);
-  ++waiters_;
-  entering.unlock();
   const unsigned long mine = ++changes_;
   wake_.notify_all();
   tried_.wait(lock, [&] { return stopping_ || triedChanges_ >= mine; });
-  --waiters_;
-  tried_.notify_all();
-}
-
-void keepChanges() {
-  std::unique_lock lock(entering);
-  StateKeeper* const keeper = running;
-  if (keeper != nullptr) keeper->keepChanges(lock);
 }
 
 bool StateKeeper::save() {

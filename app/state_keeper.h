@@ -35,11 +35,7 @@ class StateKeeper {
   /// Saves soon; for the event callback of the system, which holds locks of PAPPL.
   void noteChange();
 
-  /// Returns once all changes until now are saved, or the attempt to do so has failed.
-  /// @param entering keeps this object alive until it is unlocked here.
-  void keepChanges(std::unique_lock<std::mutex>& entering);
-
-  /// Saves nothing more; waits for those that are in keepChanges.
+  /// Saves nothing more.
   void stop();
 
   /// Notes that the job is about to send its first byte. A job whose document is on disk could
@@ -53,6 +49,7 @@ class StateKeeper {
  private:
   void load();
   bool write();
+  void waitForSave();
   void watch();
   void resumeWaiting();
   void endIfNothingPrints();
@@ -72,13 +69,8 @@ class StateKeeper {
   unsigned long savedChanges_ = 0;
   unsigned long triedChanges_ = 0;  // as above, also if that failed
   std::condition_variable tried_;
-  int waiters_ = 0;
   bool stopping_ = false;
   std::thread watcher_;
 };
-
-/// The same for the keeper that runs, if there is one: for the threads of clients, before they are
-/// told that a job is accepted. The caller holds no lock of PAPPL.
-void keepChanges();
 
 }  // namespace wren::app
