@@ -113,6 +113,14 @@ class Verdict(unittest.TestCase):
             pieces = judge.judge([paper.Printed(0, b"receipt 2 .x..")])
         self.assertEqual([(piece.number, piece.kind) for piece in pieces], [(2, paper.WRONG)])
 
+    def test_a_connection_that_broke_in_the_middle_of_a_question(self):
+        for data, kind in ((b"receipt 2\x10\x04", paper.PARTIAL), (b"receipt 2\x10", paper.PARTIAL),
+                           (b"receipt 2\x10\x05", paper.WRONG), (b"receipt 2\x10\x04.", paper.WRONG)):
+            with self.subTest(data=data), tempfile.TemporaryDirectory() as folder:
+                judge = paper.Judge("/bin/false", f"{folder}/pieces", {1: b"receipt 1 ....", 2: b"receipt 2 ...."})
+                pieces = judge.judge([paper.Printed(0, data)])
+                self.assertEqual([(piece.number, piece.kind) for piece in pieces], [(2, kind)])
+
     def test_paper_of_another_till(self):
         faults = _judge(cups_shell, _sent(), _pieces(paper.WHOLE, till=1)).faults
         self.assertIn("came out at till 1", faults[0])

@@ -19,6 +19,9 @@ _QUESTION = b"\x1dr\x01"
 # The end of a cancelled job: feeds, cut, buzzers off, paper sensor.
 _CANCELLED_END = re.compile(
     rb"(?:\x1bJ.){0,2}(?:\x1dV[\x00\x01])?(?:\x1f\x1b\x1fBeep\x06)?(?:\x1bv)?\Z", re.S)
+# A question for the status, DLE EOT n, on a connection that broke in its middle. Whole ones are
+# answered by the printers and not kept.
+_BROKEN_QUESTION = re.compile(rb"\x10\x04?\Z")
 _BATCH = 40  # files for one call of a program
 
 WHOLE, PARTIAL, WRONG = "whole", "partial", "wrong"
@@ -132,6 +135,6 @@ class Judge:
 
 
 def _common_part(data):
-    """The piece without the end of a cancelled job."""
-    return _CANCELLED_END.sub(b"", data)
+    """The piece without the end of a cancelled job, or what else no document has."""
+    return _CANCELLED_END.sub(b"", _BROKEN_QUESTION.sub(b"", data))
 
