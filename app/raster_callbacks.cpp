@@ -44,6 +44,12 @@ std::optional<DocumentError> faultOf(const cups_page_header2_s& header, const Pa
   return std::nullopt;
 }
 
+// PAPPL calls a job that it has aborted by itself cancelled as well. What a callback answers for a
+// cancelled job must not be false: clients would see it as aborted until it has ended.
+bool isCancelledByUser(pappl_job_t* job) {
+  return papplJobIsCanceled(job) && papplJobGetState(job) != IPP_JSTATE_ABORTED;
+}
+
 bool startJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
   papplJobSetData(job, nullptr);
   return guarded(job, [&] {
@@ -95,7 +101,7 @@ bool endPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*de
   if (state == nullptr || !state->pageIsOpen) return false;
   state->pageIsOpen = false;
   return guarded(job, [&] {
-    if (papplJobIsCanceled(job)) return false;
+    if (papplJobIsCanceled(job)) return isCancelledByUser(job);
     if (state->rows != options->header.cupsHeight) {
       state->active->fail(Kind::kFormat, "the page ends after " + std::to_string(state->rows) +
                                              " of " + std::to_string(options->header.cupsHeight) +
@@ -112,10 +118,9 @@ bool endJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* /*dev
   if (state == nullptr) return false;
   return guarded(job, [&] {
     const auto fault = faultOf(options->header, state->active->target());
-    // PAPPL calls one that it has aborted by itself cancelled as well.
-    const bool isCancelled = papplJobIsCanceled(job) && papplJobGetState(job) != IPP_JSTATE_ABORTED;
+    const bool isCancelled = isCancelledByUser(job);
     if (fault && !isCancelled) state->active->fail(fault->kind(), fault->what());
-    return state->active->finish();
+    return state->active->finish() || isCancelled;
   });
 }
 

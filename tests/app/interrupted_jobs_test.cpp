@@ -216,7 +216,7 @@ TEST(InterruptedJob, CancelledWhileItComesInWritesNothing) {
   ASSERT_TRUE(waitForProcessing(app, 1));
   app.cancel(1);
   client.send(body.substr(body.size() / 2));
-  EXPECT_EQ(app.waitFor(1).state, IPP_JSTATE_CANCELED);
+  EXPECT_EQ(app.waitFor(1).state, IPP_JSTATE_CANCELED) << app.log();
   ASSERT_EQ(printWhenFree(app).state, IPP_JSTATE_COMPLETED) << app.log();
   EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));
 }
