@@ -10,10 +10,10 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "cli/device_list.h"
 #include "cli/printer_address.h"
@@ -70,9 +70,10 @@ class BusyPrinter {
     EXPECT_EQ(::bind(listener_.get(), generic(), length), 0);
     EXPECT_EQ(::listen(listener_.get(), 0), 0);
     EXPECT_EQ(::getsockname(listener_.get(), generic(), &length), 0);
-    for (FileDescriptor& client : waiting_) {
-      client = FileDescriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
-      static_cast<void>(::connect(client.get(), generic(), sizeof address_));
+    for (int i = 0; i < 3; ++i) {
+      const int client = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+      waiting_.emplace_back(client);
+      static_cast<void>(::connect(client, generic(), sizeof address_));
     }
   }
   BusyPrinter(const BusyPrinter&) = delete;
@@ -100,7 +101,7 @@ class BusyPrinter {
 
   FileDescriptor listener_;
   sockaddr_in address_ = {};
-  std::array<FileDescriptor, 3> waiting_;
+  std::vector<FileDescriptor> waiting_;
   std::atomic<bool> isEnding_ = false;
   std::thread thread_;
 };
