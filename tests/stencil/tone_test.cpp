@@ -89,5 +89,13 @@ TEST(EnhPiecewiseGamma, AppliesTheCurveInPlace) {
   EXPECT_EQ(bytesOf(page), (Bytes{0, 1, 3, 63, 64, 68, 152, 255}));
 }
 
+TEST(EnhPiecewiseGamma, LeavesWhatIsBelowTheImage) {
+  QVImage page = greyPage(2, 3, {128, 128, 128, 128, 128, 128});
+  page.height = 2;
+  enh_piecewise_gamma(page, 64, 0.85F, 0.7F);
+  page.height = 3;
+  EXPECT_EQ(bytesOf(page), (Bytes{152, 152, 152, 152, 128, 128}));
+}
+
 }  // namespace
 }  // namespace wren::stencil
