@@ -41,3 +41,12 @@ grep -qx 'override_dh_auto_test:' "$rules" || { echo "nothing keeps dh from runn
 architecture=$(value '$(DEB_HOST_ARCH)')
 [[ -n $architecture ]] || { echo "it does not know what it builds for"; exit 1; }
 expect override_dh_auto_configure "dh_auto_configure -- -DWREN_TESTS=OFF -DCMAKE_CROSSCOMPILING_EMULATOR=/bin/sh" emulator=/bin/sh
+# The emulator is called by the name that the GNU tools give the processor, not by Debian's.
+mkdir bin
+touch bin/qemu-aarch64 bin/qemu-arm bin/qemu-arm64 bin/qemu-armhf
+sed "s#/usr/bin/qemu#$work/bin/qemu#" "$rules" >changed_rules
+for pair in arm64:aarch64 armhf:arm; do
+  # shellcheck disable=SC2016 # a variable of make
+  emulator=$(dpkg-architecture -a"${pair%:*}" -c make --no-print-directory -f changed_rules --eval='value: ; @echo "$(emulator)"' value 2>/dev/null)
+  [[ $emulator == "$work/bin/qemu-${pair#*:}" ]] || { echo "for ${pair%:*} it runs '$emulator'"; exit 1; }
+done
