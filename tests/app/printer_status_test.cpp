@@ -77,6 +77,23 @@ TEST(PrinterStatus, NamesTheBitsOfTheFourAnswers) {
   }
 }
 
+TEST(PrinterStatus, IsNotTouchedByTheBitsThatTellNothing) {
+  // The fixed bits of all four, the line of an on-line request and the feed button.
+  const struct {
+    unsigned n;
+    std::uint8_t bits;
+  } cases[] = {{1, 0x93 | 0x60}, {2, 0x93 | 0x08}, {3, 0x93}, {4, 0x93}};
+  for (const auto& one : cases) {
+    for (unsigned bit = 1; bit <= 0x80; bit <<= 1) {
+      if ((one.bits & bit) == 0) continue;
+      StatusAnswers answers;
+      answers[one.n - 1] = static_cast<std::uint8_t>(bit);
+      EXPECT_TRUE(statusOf(answers) == PrinterStatus()) << "n = " << one.n << ", bit " << bit;
+    }
+  }
+  EXPECT_TRUE(withCause(PrinterStatus(), 0x93) == PrinterStatus());
+}
+
 TEST(PrinterStatus, IsReadyWithoutFaultsAndWithLittlePaper) {
   EXPECT_TRUE(statusOf({}).isReady());
   EXPECT_TRUE(statusOf({0x12, 0x12, 0x12, 0x12}).isReady());
