@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/handles.h"
@@ -97,11 +98,28 @@ TEST(Sharing, NeedsAPassword) {
   EXPECT_TRUE(listensOnEveryAddress(server.port())) << server.log();
 }
 
-ProcessResult answerTo(const std::string& option) {
+ProcessResult answerTo(std::vector<std::string> arguments) {
   ProcessSpec spec;
   spec.program = WREN_PRINTER_APP;
-  spec.arguments = {"wren-printer-app", option};
+  spec.arguments = std::move(arguments);
+  spec.arguments.insert(spec.arguments.begin(), "wren-printer-app");
   return runProcess(spec);
+}
+
+TEST(Trial, TellsItsOptionsAndRefusesOthers) {
+  const ProcessResult help = answerTo({"trial", "--help"});
+  EXPECT_EQ(help.exitStatus, 0);
+  EXPECT_THAT(help.out, HasSubstr("--directory"));
+  EXPECT_EQ(help.err, "");
+  for (const std::vector<std::string>& wrong :
+       {std::vector<std::string>{"trial"},
+        {"trial", "--directory", "/nonexistent", "--paper", "81"},
+        {"trial", "--directory", "/nonexistent", "--port", "65536"}}) {
+    const ProcessResult refused = answerTo(wrong);
+    EXPECT_EQ(refused.exitStatus, 2) << refused.err;
+    EXPECT_EQ(refused.out, "");
+    EXPECT_THAT(refused.err, testing::StartsWith("wren-printer-app: --"));
+  }
 }
 
 // The names at the start of the lines of `--help` that are indented: sub-commands and options.
@@ -119,7 +137,7 @@ std::vector<std::string> namesInHelp(const std::string& help) {
 }
 
 TEST(ManPage, NamesEachSubCommandAndOptionOfTheHelp) {
-  const ProcessResult help = answerTo("--help");
+  const ProcessResult help = answerTo({"--help"});
   ASSERT_EQ(help.exitStatus, 0);
   std::string page = readFile(WREN_MAN_PAGE);
   std::erase(page, '\\');
@@ -136,7 +154,7 @@ TEST(ManPage, NamesEachSubCommandAndOptionOfTheHelp) {
 }
 
 TEST(ManPage, NamesTheVersionOfTheProgram) {
-  const ProcessResult version = answerTo("--version");
+  const ProcessResult version = answerTo({"--version"});
   EXPECT_THAT(readFile(WREN_MAN_PAGE),
               HasSubstr("\"Wren " + version.out.substr(0, version.out.find('\n'))));
 }
