@@ -15,9 +15,12 @@ wren_test::ProcessResult WrenProgram::wren(const std::vector<std::string>& argum
   spec.program = WREN_PROGRAM;
   spec.arguments = {"wren"};
   spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
-  spec.environment = {"PATH=" + pathOf("bin") + ":" + (path != nullptr ? path : "/usr/bin:/bin"),
-                      "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8"};
-  spec.environment.insert(spec.environment.end(), environment_.begin(), environment_.end());
+  // The first of a name counts.
+  spec.environment = environment_;
+  spec.environment.insert(
+      spec.environment.end(),
+      {"PATH=" + pathOf("bin") + ":" + (path != nullptr ? path : "/usr/bin:/bin"),
+       "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8"});
   spec.workingFolder = folder_.path();
   spec.beforeExec = beforeExec_;
   return wren_test::runProcess(spec);

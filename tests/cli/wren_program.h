@@ -36,7 +36,7 @@ class WrenProgram : public testing::Test {
   void standIn(const std::string& name, const std::string& script);
 
   wren_test::TemporaryFolder folder_;
-  std::vector<std::string> environment_;  ///< added to that of the program
+  std::vector<std::string> environment_;  ///< of the program, before PATH, HOME and LC_ALL
   std::function<void()> beforeExec_;      ///< runs in the child; may replace descriptors
 };
 
