@@ -103,11 +103,37 @@ TEST(Children, AreReadToTheirEnd) {
   EXPECT_GE(much.text.size(), std::size_t{1} << 20);
   EXPECT_LE(much.text.size(), (std::size_t{1} << 20) + 4096);
   EXPECT_EQ(captureOutput({"no-such-program"}, 60).status, kNotStarted);
+  // Byte by byte.
+  const ChildOutput slow = captureOutput({"sh", "-c", "printf a; sleep 0.2; printf b; exit 4"}, 60);
+  EXPECT_EQ(slow.status, 4);
+  EXPECT_EQ(slow.text, "ab");
+}
+
+TEST(Children, HaveNoEndOfThePipeButTheirOutput) {
+  const char* const kCount =
+      "own=$(readlink /proc/$$/fd/1); n=0; for f in /proc/$$/fd/*; do "
+      "[ \"$(readlink $f)\" = \"$own\" ] && n=$((n+1)); done; echo $n";
+  EXPECT_EQ(captureOutput({"sh", "-c", kCount}, 60).text, "1\n");
+}
+
+TEST(Children, GetWhatIsThrownAwayAndNothingToRead) {
+  const wren_test::TemporaryFolder folder;
+  const auto file = folder.write("links", "");
+  const std::string list =
+      "for i in 0 1 2; do all=\"$all $(readlink /proc/$$/fd/$i)\"; done; echo $all >" +
+      file.string();
+  EXPECT_EQ(runChild({"sh", "-c", list}, -1, -1), 0);
+  EXPECT_EQ(wren_test::readFile(file), "/dev/null /dev/null /dev/null\n");
+  // Open for writing, or for reading alone.
+  EXPECT_EQ(runChild({"sh", "-c", "echo a && echo b >&2"}, -1, -1), 0);
+  EXPECT_NE(runChild({"sh", "-c", "echo a >&0"}, -1, -1), 0);
+  EXPECT_EQ(captureOutput({"sh", "-c", "echo a; readlink /proc/$$/fd/2"}, 60).text,
+            "a\n/dev/null\n");
 }
 
 TEST(Children, AreKilledAtTheLimitOfTime) {
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(captureOutput({"sleep", "600"}, 2).status, 128 + 9);
+  EXPECT_EQ(captureOutput({"sleep", "50"}, 2).status, 128 + 9);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1900));
 }
 

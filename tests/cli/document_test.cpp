@@ -26,6 +26,13 @@ const Sample kSamples[] = {
     {"a zero byte", std::string("a\0b", 3), ""},
     {"an escape", "\x1b[31mred", ""},
     {"a delete", "a\x7F", ""},
+    {"a bell before the tabulator", "a\b", ""},
+    {"a byte after the carriage return", "a\x0E", ""},
+    {"the last control character", "a\x1F", ""},
+    {"the first and the last letter", " ~", "text/plain"},
+    {"the first byte that is no ASCII", "\x80", "text/plain"},
+    {"PDF that does not begin the file", " %PDF-1.7\n", "text/plain"},
+    {"a PNG signature after 64 kB", std::string(65536, 'a') + "\xFF\xD8\xFF", "text/plain"},
     {"half a PNG signature", "\x89PNG\r\n", "text/plain"},
     {"a zero byte after 100 kB", std::string(100'000, 'a') + '\0', ""},
     {"nothing", "", ""},
@@ -59,6 +66,20 @@ TEST(CheckDocument, SaysWhatIsWrong) {
       EXPECT_EQ(failure.status(), kDocument);
       EXPECT_EQ(failure.what(), words);
     }
+  }
+}
+
+TEST(KeepDocument, SaysWhichResultItIs) {
+  const wren_test::TemporaryFolder folder;
+  const std::string path = folder.write("logo.png", "x");
+  const std::string other = folder.path().string() + "/./logo.png";
+  try {
+    keepDocument(path, other);
+    FAIL() << "no failure";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.status(), kUsage);
+    EXPECT_EQ(failure.what(),
+              "'" + other + "' is the document itself; nothing may be written there");
   }
 }
 

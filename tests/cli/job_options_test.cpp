@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string_view>
+
 #include "cli/failure.h"
 
 namespace wren::cli {
@@ -85,6 +88,119 @@ TEST(ProblemOfOption, IsNoneForWhatThePrinterOrCupsKnows) {
     EXPECT_EQ(problem(name, value), "") << name << "=" << value;
 }
 
+// lp(1), cups-filters and the attributes of PWG 5100.
+TEST(ProblemOfOption, IsNoneForEachOptionOfCups) {
+  for (const char* name : {"blackplot",
+                           "brightness",
+                           "collate",
+                           "columns",
+                           "copies",
+                           "cpi",
+                           "crop-to-fit",
+                           "document-format",
+                           "document-password",
+                           "fidelity",
+                           "fill",
+                           "finishings",
+                           "fit-to-page",
+                           "fitplot",
+                           "gamma",
+                           "hue",
+                           "ipp-attribute-fidelity",
+                           "job-account-id",
+                           "job-accounting-user-id",
+                           "job-billing",
+                           "job-cancel-after",
+                           "job-hold-until",
+                           "job-name",
+                           "job-originating-user-name",
+                           "job-priority",
+                           "job-sheets",
+                           "job-uuid",
+                           "landscape",
+                           "lpi",
+                           "media",
+                           "media-bottom-margin",
+                           "media-col",
+                           "media-left-margin",
+                           "media-right-margin",
+                           "media-source",
+                           "media-top-margin",
+                           "media-type",
+                           "mirror",
+                           "multiple-document-handling",
+                           "natural-scaling",
+                           "notify-recipient-uri",
+                           "number-up",
+                           "number-up-layout",
+                           "orientation-requested",
+                           "output-bin",
+                           "output-order",
+                           "outputorder",
+                           "page-border",
+                           "page-bottom",
+                           "page-delivery",
+                           "page-label",
+                           "page-left",
+                           "page-logging",
+                           "page-ranges",
+                           "page-right",
+                           "page-set",
+                           "page-top",
+                           "pdfAutoRotate",
+                           "pdftops-renderer",
+                           "position",
+                           "ppi",
+                           "prettyprint",
+                           "print-color-mode",
+                           "print-content-optimize",
+                           "print-quality",
+                           "print-rendering-intent",
+                           "print-scaling",
+                           "printer-resolution",
+                           "raw",
+                           "saturation",
+                           "scaling",
+                           "sides",
+                           "wrap"}) {
+    EXPECT_TRUE(isCupsOption(name)) << name;
+    // The printer has choices of its own for the name of a brightness.
+    if (std::string_view(name) == "brightness") continue;
+    EXPECT_EQ(problem(name, "x"), "") << name;
+  }
+  EXPECT_TRUE(isCupsOption("Fit-To-Page"));
+  for (const char* name : {"", "fit", "fit-to-pages", "HalftoneType"}) {
+    EXPECT_FALSE(isCupsOption(name)) << name;
+  }
+}
+
+TEST(ProblemOfOption, TakesEachUnitForItsLength) {
+  // The shortest page is 10 mm long, the longest 3000.
+  const struct {
+    const char* unit;
+    const char* tooShort;
+    const char* shortest;
+    const char* longest;
+    const char* tooLong;
+  } kUnits[] = {{"", "27", "28", "8504", "8505"},        {"pt", "27", "28", "8504", "8505"},
+                {"in", "0.38", "0.4", "118.1", "118.2"}, {"ft", "0.032", "0.033", "9.84", "9.85"},
+                {"cm", "0.97", "1", "300", "300.1"},     {"mm", "9.7", "10", "3000", "3001"}};
+  const std::map<std::string, std::string> kWidths = {{"", "204"},   {"pt", "204"}, {"in", "2.8"},
+                                                      {"ft", "0.2"}, {"cm", "7.2"}, {"mm", "72"}};
+  for (const auto& unit : kUnits) {
+    const auto problemOf = [&](const char* length) {
+      return problem("PageSize",
+                     ("Custom." + kWidths.at(unit.unit) + "x" + length + unit.unit).c_str());
+    };
+    for (const char* length : {unit.shortest, unit.longest}) {
+      EXPECT_EQ(problemOf(length), "") << length << unit.unit;
+    }
+    for (const char* length : {unit.tooShort, unit.tooLong}) {
+      EXPECT_THAT(problemOf(length), HasSubstr("cannot be printed")) << length << unit.unit;
+    }
+  }
+}
+
 TEST(ProblemOfOption, NamesTheNearestOption) {
   EXPECT_EQ(problem("Brightnes", "5"),
             "'Brightnes' is no option of this printer or of CUPS, did you mean 'Brightness'?");
@@ -160,7 +276,27 @@ TEST(CheckJobOptions, FailsAsWrongUsage) {
 }
 
 TEST(DescribePrinter, FailsForAPpdThatCannotBeRead) {
-  EXPECT_THROW(describePrinter("/nowhere.ppd"), Failure);
+  try {
+    describePrinter("/nowhere.ppd");
+    FAIL() << "no failure";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.status(), kSetup);
+    EXPECT_STREQ(failure.what(), "the PPD /nowhere.ppd is damaged");
+  }
+}
+
+TEST(JoinJobOptions, WritesWhatAFilterReads) {
+  EXPECT_EQ(joinJobOptions({{"a", "1"}, {"b", "two words"}, {"c", "it's {\"\\\t\n"}, {"d", ""}}),
+            "a=1 b=two\\ words c=it\\'s\\ \\{\\\"\\\\\\\t\\\n d=");
+  EXPECT_EQ(joinJobOptions({}), "");
+}
+
+TEST(HasOption, ComparesWholeNamesWithoutRegardToCase) {
+  const JobOptions options = {{"Position", "top"}};
+  EXPECT_TRUE(hasOption(options, "position"));
+  EXPECT_FALSE(hasOption(options, "pos"));
+  EXPECT_FALSE(hasOption(options, "top"));
+  EXPECT_FALSE(hasOption({}, "position"));
 }
 
 }  // namespace

@@ -105,6 +105,114 @@ TEST_F(OutputFiles, AreReadBackOrSayWhyNot) {
             "'" + folder_.path().string() + "' cannot be read: Is a directory");
 }
 
+TEST_F(OutputFiles, KeepEveryBitOfTheModeThatIsForFiles) {
+  folder_.write("receipt.prn", "old");
+  for (const unsigned mode : {0600U, 0640U, 0755U, 0777U, 0200U}) {
+    fs::permissions(target_, fs::perms(mode));
+    writeWholeFile(target_, "new");
+    EXPECT_EQ(static_cast<unsigned>(fs::status(target_).permissions()), mode);
+  }
+}
+
+TEST_F(OutputFiles, HaveNoMoreRightsThanOtherNewFiles) {
+  const mode_t mask = umask(0);
+  writeWholeFile(target_, "new");
+  EXPECT_EQ(umask(mask), 0U) << "the mask of the user is another now";
+  EXPECT_EQ(static_cast<unsigned>(fs::status(target_).permissions()), 0666U);
+}
+
+TEST_F(OutputFiles, AreWrittenBesideTheirTarget) {
+  const OutputFile file(target_);
+  EXPECT_EQ(fs::path(file.path()).parent_path(), folder_.path());
+  EXPECT_EQ(file.target(), target_);
+  const fs::path here = fs::current_path();
+  fs::current_path(folder_.path());
+  {
+    OutputFile relative("name");
+    EXPECT_EQ(filesIn(folder_.path()), 2U);
+    relative.commit();
+  }
+  fs::current_path(here);
+  EXPECT_TRUE(fs::exists(folder_.path() / "name"));
+}
+
+// What is in its place is no temporary file any more.
+TEST_F(OutputFiles, StayWhenTheyWereCommitted) {
+  {
+    OutputFile file(target_);
+    file.commit();
+    EXPECT_EQ(file.path(), target_);
+    file.commit();
+  }
+  EXPECT_TRUE(fs::exists(target_));
+  EXPECT_EQ(filesIn(folder_.path()), 1U);
+}
+
+TEST_F(OutputFiles, SayThatTheyCannotBePutInTheirPlace) {
+  OutputFile file(target_);
+  fs::create_directory(target_);
+  EXPECT_EQ(failureOf([&] { file.commit(); }),
+            "'" + target_ + "' cannot be written: Is a directory");
+}
+
+TEST_F(OutputFiles, AreRefusedForNamesThatAreTooLong) {
+  const std::string name = folder_.path().string() + "/" + std::string(256, 'n');
+  EXPECT_EQ(failureOf([&] { const OutputFile file(name); }),
+            "'" + name + "' cannot be written: File name too long");
+  EXPECT_EQ(filesIn(folder_.path()), 0U);
+}
+
+TEST_F(OutputFiles, AreReadToTheLimit) {
+  const std::string path = folder_.write("file", std::string(1000, 'x'));
+  EXPECT_EQ(readWholeFile(path, 1000).size(), 1000U);
+  try {
+    readWholeFile(path, 999);
+    FAIL() << "no failure";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.status(), kDocument);
+    EXPECT_EQ(failure.what(), "'" + path + "' is longer than 999 bytes");
+  }
+  EXPECT_EQ(failureOf([] { readWholeFile("/nowhere"); }),
+            "'/nowhere' cannot be read: No such file or directory");
+}
+
+class NewFolders : public OutputFiles {};
+
+TEST_F(NewFolders, GoAgainIfTheyAreEmpty) {
+  const std::string inner = (folder_.path() / "a/b/c").string();
+  {
+    const NewFolder created(inner + "/");
+    EXPECT_TRUE(fs::is_directory(inner));
+  }
+  EXPECT_EQ(filesIn(folder_.path()), 0U);
+  {
+    const NewFolder created(inner);
+    folder_.write("a/b/kept", "");
+  }
+  EXPECT_TRUE(fs::exists(folder_.path() / "a/b/kept"));
+  EXPECT_FALSE(fs::exists(inner));
+}
+
+TEST_F(NewFolders, LeaveFoldersThatWereThere) {
+  fs::create_directory(folder_.path() / "old");
+  for (const char* name : {"old", "old/", "old/new", "./old/../old/new"}) {
+    const NewFolder created((folder_.path() / name).string());
+  }
+  EXPECT_TRUE(fs::exists(folder_.path() / "old"));
+  EXPECT_FALSE(fs::exists(folder_.path() / "old/new"));
+  const NewFolder current("");
+  const std::string file = folder_.write("file", "");
+  EXPECT_EQ(failureOf([&] { const NewFolder created(file); }),
+            "'" + file + "' cannot be created: Not a directory");
+  EXPECT_EQ(failureOf([&] { const NewFolder created(file + "/x/y"); }),
+            "'" + file + "/x/y' cannot be created: Not a directory");
+  // What was created before it failed goes again.
+  const std::string longName = (folder_.path() / "n/m").string() + "/" + std::string(256, 'x');
+  EXPECT_THAT(failureOf([&] { const NewFolder created(longName); }),
+              testing::EndsWith("cannot be created: File name too long"));
+  EXPECT_FALSE(fs::exists(folder_.path() / "n"));
+}
+
 TEST(TemporaryFolders, ArePrivateAndRemovedWithTheirContents) {
   std::string path;
   {

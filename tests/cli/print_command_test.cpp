@@ -12,9 +12,11 @@
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "escpos/reader.h"
 #include "tests/cli/wren_program.h"
+#include "tests/support/raster_stream.h"
 
 namespace wren::cli {
 namespace {
@@ -94,6 +96,164 @@ TEST_F(WrenProgramPrint, AsksCupsForAReceiptUnlessTold) {
   EXPECT_THAT(bytesOf("asked"), HasSubstr("-o pdfAutoRotate=yes "));
   EXPECT_THAT(bytesOf("asked"), Not(HasSubstr("position=top")));
   EXPECT_THAT(bytesOf("asked"), Not(HasSubstr("pdfAutoRotate=no")));
+}
+
+// The whole command, in the order of cupsfilter(8).
+TEST_F(WrenProgramPrint, GivesCupsfilterEveryOptionOnce) {
+  standIn("cupsfilter", "printf '%s|' \"$@\" >" + pathOf("asked") + "\nexit 1\n");
+  folder_.write("a b.txt", "text\n");
+  folder_.write("photo.png", "\x89PNG\r\n\x1a\n");
+  const auto after = [&](const std::vector<std::string>& arguments) {
+    wren(arguments);
+    const std::string asked = bytesOf("asked");
+    EXPECT_THAT(asked, StartsWith("-p|/"));
+    return asked.substr(asked.find("|-m|") + 1);
+  };
+  const std::string end = "|" + pathOf("a b.txt") + "|";
+  EXPECT_EQ(after({"print", "a b.txt"}),
+            "-m|application/vnd.cups-raster|-i|text/plain|-e|-n|1|-o|position=top|-o|"
+            "pdfAutoRotate=no" +
+                end);
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("/wren80.ppd|"));
+  EXPECT_EQ(after({"print", "a b.txt", "-n", "9999", "--paper", "112", "-o", "lpi=8 cpi=14", "-o",
+                   "Brightness=5", "-o", "job-name=\"a b\""}),
+            "-m|application/vnd.cups-raster|-i|text/plain|-e|-n|9999|-o|cpi=14|-o|lpi=8|-o|"
+            "Brightness=5|-o|job-name=a\\ b|-o|position=top|-o|pdfAutoRotate=no" +
+                end);
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("/wren112.ppd|"));
+  // The brightness of a picture is for the filter alone: CUPS would take it for per cent.
+  EXPECT_EQ(after({"print", "photo.png", "--paper", "58", "-o", "brightness=5", "-o", "cpi=14"}),
+            "-m|application/vnd.cups-raster|-i|image/png|-e|-n|1|-o|cpi=14|-o|position=top|-o|"
+            "pdfAutoRotate=no|-o|orientation-requested=3|" +
+                pathOf("photo.png") + "|");
+  EXPECT_THAT(bytesOf("asked"), HasSubstr("/wren58.ppd|"));
+  EXPECT_EQ(after({"halftones", "a b.txt", "-o", "cpi=14"}),
+            "-m|application/vnd.cups-raster|-i|text/plain|-e|-n|1|-o|cpi=14|-o|position=top|-o|"
+            "pdfAutoRotate=no" +
+                end);
+}
+
+TEST_F(WrenProgramPrint, GivesTheFilterTheOptionsThatCupsDoesNotGet) {
+  wren_test::RasterPage page = wren_test::noisePage(64, 48, 1);
+  folder_.write("bin.ras", wren_test::rasterStream(wren_test::RasterKind::kV2, {page}));
+  standIn("cupsfilter", "exec cat " + pathOf("bin.ras") + "\n");
+  folder_.write("photo.png", "\x89PNG\r\n\x1a\n");
+  std::set<std::string> different;
+  for (const char* brightness : {"-20", "0", "20"}) {
+    done({"print", "photo.png", "--out", "a.prn", "-o", "HalftoneType=Burkes", "-o",
+          std::string("Brightness=") + brightness});
+    different.insert(bytesOf("a.prn"));
+  }
+  EXPECT_EQ(different.size(), 3U);
+  // The debug images are those of the print.
+  for (const char* off : {"DebugImages=Off", "debugimages=off"}) {
+    EXPECT_THAT(done({"print", "photo.png", "--out", "b.prn", "-o", off}).out,
+                Not(HasSubstr("debug images")));
+    EXPECT_FALSE(fs::exists(pathOf("photo.images/x"))) << off;
+  }
+  EXPECT_THAT(
+      done({"print", "photo.png", "--out", "b.prn", "--images", "i", "-o", "DebugImages=On"}).out,
+      HasSubstr("debug images: i\n"));
+  EXPECT_EQ(imagesIn("i"), 2U);
+}
+
+TEST_F(WrenProgramPrint, MakesNoFolderForImagesThatAreNotWanted) {
+  done({"print", example("order.txt"), "-o", "DebugImages=Off"});
+  EXPECT_FALSE(fs::exists(pathOf("order.images")));
+}
+
+// The marks of the margin are drawn: the picture is wider than the paper.
+TEST_F(WrenProgramPrint, DrawsThePaperWithItsMarks) {
+  done({"print", example("order.txt"), "-o", "CashDrawerSetting=1"});
+  ASSERT_EQ(wren({"preview", "order.prn", "--marks", "-o", "marks.png"}).exitStatus, 0);
+  ASSERT_EQ(wren({"preview", "order.prn", "-o", "bare.png"}).exitStatus, 0);
+  EXPECT_EQ(bytesOf("order.png"), bytesOf("marks.png"));
+  EXPECT_NE(bytesOf("order.png"), bytesOf("bare.png"));
+}
+
+TEST_F(WrenProgramPrint, ReportsEachResultAsJson) {
+  const auto report =
+      nlohmann::json::parse(done({"print", example("receipt.pdf"), "--json", "-n", "3", "--out",
+                                  "o.prn", "--raster", "r.ras", "--images", "i"})
+                                .out);
+  EXPECT_EQ(report, (nlohmann::json{{"schema", 1},
+                                    {"pages", 3},
+                                    {"bytes", bytesOf("o.prn").size()},
+                                    {"output", "o.prn"},
+                                    {"picture", "o.png"},
+                                    {"raster", "r.ras"},
+                                    {"debugImages", "i"},
+                                    {"notes", nlohmann::json::array()}}));
+}
+
+// A name may hold any bytes, a report is UTF-8.
+TEST_F(WrenProgramPrint, ReportsNamesThatAreNoUtf8) {
+  folder_.write("caf\xE9.txt", "text\n");
+  const auto report = nlohmann::json::parse(done({"print", "caf\xE9.txt", "--json"}).out);
+  EXPECT_EQ(report["output"], "caf\xEF\xBF\xBD.prn");
+}
+
+TEST_F(WrenProgramPrint, IsEndedByEachSignalTogetherWithItsChild) {
+  fs::create_directory(pathOf("tmp"));
+  environment_ = {"TMPDIR=" + pathOf("tmp")};
+  for (const char* signal : {"HUP", "INT", "TERM"}) {
+    // The child goes on until it is ended as well, a minute at most.
+    standIn("cupsfilter", std::string("trap 'touch ") + pathOf("ended") + "; exit 9' TERM\nkill -" +
+                              signal +
+                              " $PPID\nn=0\nwhile [ $n -lt 1200 ]; do sleep 0.05; n=$((n+1)); "
+                              "done\n");
+    EXPECT_EQ(refusal(1, {"print", example("order.txt")}), "interrupted") << signal;
+    EXPECT_TRUE(fs::exists(pathOf("ended"))) << signal;
+    fs::remove(pathOf("ended"));
+    EXPECT_TRUE(fs::is_empty(pathOf("tmp"))) << signal;
+  }
+}
+
+TEST_F(WrenProgramPrint, SaysThatThereIsNoFolderForTemporaryFiles) {
+  environment_ = {"TMPDIR=" + pathOf("none")};
+  EXPECT_THAT(refusal(1, {"print", example("order.txt")}),
+              StartsWith("no folder for temporary files: "));
+}
+
+TEST_F(WrenProgramPrint, NamesAMissingRenderer) {
+  if (fs::exists("/usr/sbin/gs") || fs::exists("/sbin/gs") || fs::exists("/usr/local/sbin/gs")) {
+    GTEST_SKIP() << "Ghostscript cannot be hidden here";
+  }
+  environment_ = {"PATH=" + pathOf("bin")};
+  for (const char* status : {"0", "1"}) {
+    standIn("cupsfilter", std::string("exit ") + status + "\n");
+    EXPECT_EQ(refusal(4, {"print", example("receipt.pdf")}),
+              "Ghostscript is missing; install it with: sudo apt install ghostscript");
+  }
+  // Others need none.
+  EXPECT_THAT(refusal(3, {"print", example("order.txt")}), HasSubstr("cannot be rendered"));
+}
+
+TEST_F(WrenProgramPrint, NamesAMissingCupsfilter) {
+  wren_test::ProcessSpec spec;
+  spec.program = "/usr/bin/env";
+  spec.arguments = {"env", "unshare", "-rm", "sh", "-c", "mount -t tmpfs none /usr/sbin"};
+  spec.environment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
+  if (!fs::exists("/usr/sbin/cupsfilter") || wren_test::runProcess(spec).exitStatus != 0) {
+    GTEST_SKIP() << "cupsfilter cannot be hidden here";
+  }
+  spec.arguments.back() += " && exec " WREN_PROGRAM " print " + example("order.txt");
+  spec.workingFolder = folder_.path();
+  const auto result = wren_test::runProcess(spec);
+  EXPECT_EQ(result.exitStatus, 4);
+  EXPECT_EQ(result.err, "wren: cupsfilter is missing; install it with: sudo apt install cups\n");
+}
+
+TEST_F(WrenProgramPrint, SaysTheReasonOfTheRendererWithoutItsPath) {
+  const std::string document = folder_.write("a.txt", "text\n");
+  standIn("cupsfilter", "echo 'ERROR: load failed: " + document + ": no trailer' >&2\nexit 1\n");
+  EXPECT_EQ(refusal(3, {"print", "a.txt"}), "'a.txt' cannot be rendered: no trailer");
+  standIn("cupsfilter", "exit 1\n");
+  EXPECT_EQ(refusal(3, {"print", "a.txt"}), "'a.txt' cannot be rendered; it may be damaged");
+  standIn("cupsfilter", "echo 'cupsfilter: No filter to convert from a to b.' >&2\nexit 1\n");
+  EXPECT_EQ(refusal(4, {"print", "a.txt"}),
+            "CUPS has no filter for text/plain here; install it with: sudo apt install "
+            "cups-filters");
 }
 
 TEST_F(WrenProgramPrint, TakesOptionsWithoutAValue) {

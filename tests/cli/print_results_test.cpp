@@ -266,6 +266,44 @@ TEST_F(WrenProgramPlaces, ClashBeforeWorkBegins) {
   EXPECT_EQ(bytesOf("old.prn"), "old");
 }
 
+TEST_F(WrenProgramPlaces, ThatClashAreNamedWithTheirOption) {
+  const std::string words = " is another result; name another ";
+  EXPECT_EQ(refusal(2, {"print", "order.txt", "--raster", "order.prn"}),
+            "'order.prn'" + words + "--raster");
+  EXPECT_EQ(refusal(2, {"print", "order.txt", "--images", "order.prn"}),
+            "'order.prn'" + words + "--out or --images");
+  EXPECT_EQ(refusal(2, {"print", "order.txt", "--out", "a", "--images", "./a"}),
+            "'./a'" + words + "--out or --images");
+}
+
+// A device takes several results one after the other.
+TEST_F(WrenProgramPlaces, MayBeADeviceTwice) {
+  EXPECT_THAT(done({"print", "order.txt", "--out", "/dev/null", "--raster", "/dev/null"}).out,
+              HasSubstr("raster: /dev/null\n"));
+}
+
+TEST_F(WrenProgramPlaces, AreNamedAfterTheOutput) {
+  const std::pair<const char*, const char*> kPictures[] = {
+      {"a.prn", "a.png"}, {"b", "b.png"}, {"c.bin", "c.bin.png"}, {"x.y.prn", "x.y.png"}};
+  for (const auto& [out, picture] : kPictures) {
+    EXPECT_THAT(done({"print", "order.txt", "--out", out}).out,
+                EndsWith(std::string("picture: ") + picture + "\n"));
+    EXPECT_TRUE(fs::exists(pathOf(picture)));
+  }
+  EXPECT_THAT(done({"print", "order.txt", "--out", "a.prn", "--into", "b-folder"}).out,
+              HasSubstr("debug images: b-folder/order.images\npicture: a.png\n"));
+  EXPECT_THAT(done({"print", "order.txt", "--out", "/dev/null", "--into", "d"}).out,
+              HasSubstr("picture: d/order.png\n"));
+}
+
+// A link that leads nowhere is a file of somebody, too.
+TEST_F(WrenProgramPlaces, KeepALinkThatIsNotOurs) {
+  fs::create_symlink("nowhere", pathOf("order.png"));
+  EXPECT_THAT(done({"print", "order.txt"}).out, HasSubstr("picture: order.paper.png\n"));
+  EXPECT_TRUE(fs::is_symlink(pathOf("order.png")));
+  EXPECT_FALSE(fs::exists(pathOf("nowhere")));
+}
+
 TEST_F(WrenProgramPlaces, KeepAPictureThatIsNotOurs) {
   folder_.write("order.png", "mine");
   folder_.write("order.paper.png", "mine too");

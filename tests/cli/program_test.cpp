@@ -47,6 +47,112 @@ TEST_F(WrenProgramUsage, IsRefusedInOneLine) {
   EXPECT_THAT(refusal(2, {"print", "a\nb", "--paper", "5\n8"}), HasSubstr("--paper"));
 }
 
+TEST_F(WrenProgramUsage, NamesTheCommandThatWasMisused) {
+  EXPECT_EQ(refusal(2, {"print"}),
+            "print cannot be called like this: FILE is required; see wren print --help");
+  EXPECT_THAT(refusal(2, {"--zork"}), StartsWith("cannot be called like this: "));
+  EXPECT_THAT(refusal(2, {"--zork"}), testing::EndsWith("; see wren --help"));
+  // It is hidden: nobody is led to it, but its name is known.
+  EXPECT_EQ(refusal(2, {"completion"}), "unknown command 'completion' (wren --help lists them)");
+  EXPECT_THAT(refusal(2, {"completions"}), StartsWith("completions cannot be called like this: "));
+  EXPECT_THAT(done({"--help"}).out, Not(HasSubstr("completions")));
+}
+
+TEST_F(WrenProgramUsage, WritesCompletions) {
+  const std::string bash = done({"completions", "bash"}).out;
+  EXPECT_THAT(bash, StartsWith("# bash completions of wren"));
+  EXPECT_THAT(bash, testing::EndsWith("complete -o default -F _wren wren\n"));
+  const std::string zsh = done({"completions", "zsh"}).out;
+  EXPECT_THAT(zsh, StartsWith("#compdef wren\n"));
+  EXPECT_THAT(zsh, testing::EndsWith("_wren \"$@\"\n"));
+}
+
+TEST_F(WrenProgramUsage, NeverWritesMessagesIntoAFile) {
+  folder_.write("order.txt", "text\n");
+  folder_.write("order.png", "mine");
+  done({"print", "order.txt", "--out", "told.prn"});
+  for (const int closed : {STDERR_FILENO, STDIN_FILENO}) {
+    beforeExec_ = [closed] { close(closed); };
+    EXPECT_THAT(done({"print", "order.txt"}).out, StartsWith("1 page(s), "));
+    EXPECT_EQ(bytesOf("order.prn"), bytesOf("told.prn"));
+    EXPECT_EQ(bytesOf("order.png"), "mine");
+  }
+}
+
+TEST_F(WrenProgramUsage, CannotBeReadByThoseWhoMayNot) {
+  folder_.write("locked.txt", "text\n");
+  folder_.write("locked.json", "{}");
+  std::filesystem::permissions(pathOf("locked.txt"), std::filesystem::perms::none);
+  std::filesystem::permissions(pathOf("locked.json"), std::filesystem::perms::none);
+  std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
+  beforeExec_ = [] {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(125);
+  };
+  EXPECT_EQ(refusal(3, {"print", "locked.txt"}), "'locked.txt' cannot be read");
+  EXPECT_EQ(refusal(3, {"halftones", "locked.txt"}), "'locked.txt' cannot be read");
+  EXPECT_EQ(refusal(3, {"add-queue", "--from", "locked.json"}),
+            "the file 'locked.json' cannot be read");
+}
+
+// The files of Wren for a program that lies in a folder of its own.
+class WrenProgramPlace : public WrenProgramUsage {
+ protected:
+  // What the program says from this place.
+  wren_test::ProcessResult at(const std::string& place, const std::vector<std::string>& arguments) {
+    std::filesystem::create_directories(std::filesystem::path(pathOf(place)).parent_path());
+    std::filesystem::copy_file(WREN_PROGRAM, pathOf(place),
+                               std::filesystem::copy_options::skip_existing);
+    wren_test::ProcessSpec spec;
+    spec.program = pathOf(place);
+    spec.arguments = {"wren"};
+    spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
+    spec.environment = {"PATH=" + pathOf("bin") + ":/usr/bin:/bin"};
+    spec.workingFolder = folder_.path();
+    return wren_test::runProcess(spec);
+  }
+};
+
+TEST_F(WrenProgramPlace, IsBesideItsPreview) {
+  if (std::filesystem::exists("/usr/bin/wren-preview") ||
+      std::filesystem::exists("/usr/sbin/wren-preview") ||
+      std::filesystem::exists("/usr/local/sbin/wren-preview")) {
+    GTEST_SKIP() << "an installed wren-preview would be found as well";
+  }
+  const auto missing = at("opt/wren", {"preview", "a.prn"});
+  EXPECT_EQ(missing.exitStatus, 4);
+  EXPECT_EQ(missing.err, "wren: wren-preview is missing; install the package again\n");
+  standIn("wren-preview", "echo in PATH \"$@\"\n");
+  EXPECT_EQ(at("opt/wren", {"preview", "a.prn"}).out, "in PATH a.prn\n");
+  const auto install = [&](const std::string& name, const std::string& script) {
+    std::filesystem::create_directories(std::filesystem::path(pathOf(name)).parent_path());
+    std::filesystem::permissions(folder_.write(name, script), std::filesystem::perms(0755));
+  };
+  install("opt/wren-preview", "#!/bin/sh\necho beside \"$@\"\nexit 7\n");
+  const auto beside = at("opt/wren", {"preview", "a b.prn", "--marks"});
+  EXPECT_EQ(beside.out, "beside a b.prn --marks\n");
+  EXPECT_EQ(beside.exitStatus, 7);
+  // In a build tree, and in no other folder that has such neighbours.
+  install("preview/wren-preview", "#!/bin/sh\necho of the build\n");
+  EXPECT_EQ(at("opt/wren", {"preview"}).out, "beside\n");
+  EXPECT_EQ(at("cli/wren", {"preview"}).out, "of the build\n");
+  install("preview/wren-preview", "no program");
+  const auto broken = at("cli/wren", {"preview"});
+  EXPECT_EQ(broken.exitStatus, 4);
+  EXPECT_EQ(broken.err, "wren: " + pathOf("preview/wren-preview") + " cannot be started\n");
+}
+
+TEST_F(WrenProgramPlace, NeedsThePpdOfThePaper) {
+  folder_.write("order.txt", "text\n");
+  for (const char* paper : {"58", "80", "112"}) {
+    const std::string ppd = std::string(WREN_PPD_INSTALL_DIR "/wren") + paper + ".ppd";
+    if (std::filesystem::exists(ppd)) GTEST_SKIP() << "Wren is installed";
+    const auto missing = at("opt/wren", {"print", "order.txt", "--paper", paper});
+    EXPECT_EQ(missing.exitStatus, 4);
+    EXPECT_EQ(missing.err, "wren: the PPD " + ppd + " is missing; install the package again\n");
+    EXPECT_EQ(at("opt/wren", {"halftones", "order.txt", "--paper", paper}).exitStatus, 4);
+  }
+}
+
 TEST_F(WrenProgramUsage, CommandsForAQueueNeedAScheduler) {
   for (const std::vector<std::string>& command : {std::vector<std::string>{"drawer", "till"},
                                                   {"beep", ""},

@@ -56,5 +56,29 @@ TEST(RendererErrors, AreTheFirstWordsOfTheRendererItself) {
   for (const auto& [log, error] : kLogs) EXPECT_EQ(firstRendererError(log), error);
 }
 
+TEST(RendererErrors, AreNotTheLinesOfTheChainItself) {
+  for (const char* line :
+       {"DEBUG: an error", "DEBUG2: Error", "INFO: error", "NOTICE: error", "WARNING: error",
+        "WARN: error", "ATTR: error", "STATE: +error", "PAGE: error", "PPD: error",
+        "cupsfilter: error", "After an error", "ERROR: gs (PID 7) stopped with status 1",
+        "ERROR: gs (PID 7) crashed on signal 6", "ERROR: gs (PID 7) exited with no errors",
+        "ERROR: gs (PID 7) did not terminate", "ERROR: page logging turned off", "all is well",
+        ""}) {
+    EXPECT_EQ(firstRendererError(std::string(line) + "\nERROR: true\n"), "true") << line;
+  }
+  const std::pair<const char*, const char*> kErrors[] = {{"ERROR: a cause", "a cause"},
+                                                         {"CRIT: a cause", "CRIT: a cause"},
+                                                         {"EMERG: a cause", "EMERG: a cause"},
+                                                         {"ALERT: a cause", "ALERT: a cause"},
+                                                         {"Error in a cause", "Error in a cause"},
+                                                         {"an error", "an error"},
+                                                         {"\t ** Error: x", "Error: x"},
+                                                         {"ERROR: *** ", ""}};
+  for (const auto& [line, error] : kErrors) {
+    EXPECT_EQ(firstRendererError(std::string("INFO: x\n") + line + "\nERROR: later\n"), error)
+        << line;
+  }
+}
+
 }  // namespace
 }  // namespace wren::cli
