@@ -114,6 +114,89 @@ TEST_F(WrenProgramHalftones, AreNamedAfterTheDocument) {
   EXPECT_THAT(bytesOf("order.halftones.png"), testing::StartsWith("\x89PNG"));
 }
 
+// Three dots, one to a byte, stand for any document.
+class WrenProgramSheets : public WrenProgramHalftones {
+ protected:
+  void SetUp() override {
+    const wren_test::RasterPage page = wren_test::noisePage(576, 48, 1);
+    folder_.write("bin.ras", wren_test::rasterStream(wren_test::RasterKind::kV2, {page}));
+    standIn("cupsfilter", "exec cat " + pathOf("bin.ras") + "\n");
+    folder_.write("order.txt", "text\n");
+  }
+};
+
+TEST_F(WrenProgramSheets, AreAsWideAsTheyMayBe) {
+  done({"halftones", "order.txt", "--out", "a.png"});
+  const auto usual = readPng(pathOf("a.png"));
+  EXPECT_LE(usual.width, 1600U);
+  EXPECT_GT(usual.width, 1400U);
+  done({"halftones", "order.txt", "--out", "b.png", "--width", "700"});
+  const auto narrow = readPng(pathOf("b.png"));
+  EXPECT_LE(narrow.width, 700U);
+  EXPECT_GT(narrow.width, 500U);
+}
+
+TEST_F(WrenProgramSheets, AreReportedAsJson) {
+  const auto report = nlohmann::json::parse(
+      done({"halftones", "order.txt", "--into", "a/b", "--brightness", " -10  0 ", "--json"}).out);
+  EXPECT_EQ(report["schema"], 1);
+  EXPECT_EQ(report["sheet"], "a/b/order.halftones.png");
+  EXPECT_TRUE(std::filesystem::exists(pathOf("a/b/order.halftones.png")));
+  EXPECT_EQ(report["brightness"], (nlohmann::json{"-10", "0"}));
+  ASSERT_EQ(report["halftoneTypes"].size(), 9U);
+  EXPECT_EQ(report["halftoneTypes"][0]["name"], "None");
+  EXPECT_EQ(report.size(), 4U);
+}
+
+TEST_F(WrenProgramSheets, ShowThePartThatIsOnThePaper) {
+  const auto sheetOf = [&](const std::string& crop) {
+    done({"halftones", "order.txt", "--brightness", "0", "--out", "a.png", "--crop", crop});
+    return readPng(pathOf("a.png"));
+  };
+  // What is beyond the paper is left out: 80 mm paper has 576 dots.
+  EXPECT_THAT(sheetOf("100x40+476+0").pixels,
+              wren_test::SameBytes(sheetOf("4294967295x40+476+0").pixels));
+  EXPECT_NE(sheetOf("100x40+0+0").pixels, sheetOf("100x40+1+0").pixels);
+  EXPECT_NE(sheetOf("100x40+0+0").pixels, sheetOf("100x40+0+1").pixels);
+}
+
+TEST_F(WrenProgramSheets, RefuseCropsInAnotherForm) {
+  for (const char* crop :
+       {"9", "9x", "9x9", "9x9+", "9x9+9", "9x9+9+", "9x9x9+9", "9+9+9+9", "9x9+9+9+", "9x9+9+9 ",
+        "x9+9+9", "-9x9+9+9", "9x9-9+9", "4294967296x9+0+0", "9X9+9+9"}) {
+    EXPECT_EQ(refusal(2, {"halftones", "order.txt", std::string("--crop=") + crop}),
+              std::string("--crop wants WIDTHxHEIGHT+X+Y in dots, not '") + crop + "'");
+  }
+  EXPECT_EQ(refusal(2, {"halftones", "order.txt", "--crop", "9x9+576+0"}),
+            "--crop shows no part of the paper");
+  EXPECT_FALSE(std::filesystem::exists(pathOf("order.halftones.png")));
+}
+
+TEST_F(WrenProgramSheets, RefuseOptionsThatTheyShowThemselves) {
+  for (const char* name : {"HalftoneType", "Brightness"}) {
+    const std::string value = std::string(name) == "Brightness" ? "=5" : "=Burkes";
+    EXPECT_EQ(refusal(2, {"halftones", "order.txt", "-o", name + value}),
+              std::string("halftones shows every ") + name + "; -o cannot choose one");
+  }
+  EXPECT_EQ(refusal(2, {"halftones", "order.txt", "--brightness", "  "}),
+            "--brightness wants one number or several in quotes");
+  EXPECT_THAT(refusal(2, {"halftones", "order.txt", "-o", "zork=1"}),
+              HasSubstr("'zork' is no option of this printer or of CUPS"));
+}
+
+TEST_F(WrenProgramSheets, AppearWholeOrNotAtAll) {
+  folder_.write("old.png", "old");
+  EXPECT_EQ(refusal(1, {"halftones", "order.txt", "--out", "none/x.png"}),
+            "'none/x.png' cannot be written: No such file or directory");
+  EXPECT_THAT(refusal(1, {"halftones", "order.txt", "--out", "/dev/full"}),
+              testing::StartsWith("'/dev/full' cannot be written: "));
+  standIn("cupsfilter", "exit 1\n");
+  refusal(3, {"halftones", "order.txt", "--out", "old.png"});
+  EXPECT_EQ(bytesOf("old.png"), "old");
+  refusal(3, {"halftones", "order.txt", "--into", "new"});
+  EXPECT_FALSE(std::filesystem::exists(pathOf("new")));
+}
+
 TEST_F(WrenProgramHalftones, RefuseWhatTheyCannotShow) {
   folder_.write("good.txt", "text\n");
   EXPECT_THAT(refusal(2, {"halftones", "good.txt", "--crop", "100"}),
