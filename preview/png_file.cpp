@@ -75,7 +75,6 @@ void writeSoftware(const PngWriter& writer) {
   text.compression = PNG_TEXT_COMPRESSION_NONE;
   text.key = key;
   text.text = value;
-  text.text_length = sizeof value - 1;
   png_set_text(writer.png(), writer.info(), &text, 1);
 }
 

@@ -30,23 +30,38 @@ bool isInk(const Picture& picture, std::uint32_t x, std::uint32_t y) {
   return picture.row(y)[x] < kMarkerLevel;
 }
 
-bool isTextAt(const Picture& sheet, const std::string& text, std::uint32_t left,
-              std::uint32_t top) {
-  for (std::uint32_t y = 0; y < kGlyphRows; ++y) {
-    for (std::uint32_t x = 0; x < text.size() * kGlyphAdvance; ++x) {
-      if (isInk(sheet, left + x, top + y) != textPixel(text, x, y)) return false;
+struct TextPoint {
+  std::uint32_t x;
+  std::uint32_t y;
+  bool isInk;
+};
+
+// All pixels of a text, ink first: there is much more paper on a sheet.
+std::vector<TextPoint> pointsOf(const std::string& text) {
+  std::vector<TextPoint> points;
+  for (const bool ink : {true, false}) {
+    for (std::uint32_t y = 0; y < kGlyphRows; ++y) {
+      for (std::uint32_t x = 0; x < text.size() * kGlyphAdvance; ++x) {
+        if (textPixel(text, x, y) == ink) points.push_back({x, y, ink});
+      }
     }
   }
-  return true;
+  return points;
 }
 
 // The left edges of a text, from top to bottom.
 std::vector<std::uint32_t> placesOf(const Picture& sheet, const std::string& text) {
   std::vector<std::uint32_t> places;
   const auto width = static_cast<std::uint32_t>(text.size()) * kGlyphAdvance;
+  const auto points = pointsOf(text);
+  const auto isTextAt = [&](std::uint32_t left, std::uint32_t top) {
+    return std::all_of(points.begin(), points.end(), [&](const TextPoint& point) {
+      return isInk(sheet, left + point.x, top + point.y) == point.isInk;
+    });
+  };
   for (std::uint32_t y = 0; y + kGlyphRows <= sheet.heightPx; ++y) {
     for (std::uint32_t x = 0; x + width <= sheet.widthPx; ++x) {
-      if (isTextAt(sheet, text, x, y)) places.push_back(x);
+      if (isTextAt(x, y)) places.push_back(x);
     }
   }
   return places;
@@ -172,6 +187,73 @@ TEST(ContactSheet, WrapsALabelToTheWidthOfItsCell) {
   for (const char* line : {"ordered dither", "4 x 4", "JarvisJudiceNin", "ke"}) {
     EXPECT_EQ(countOf(sheet, line), 1u) << line;
   }
+}
+
+void fill(Picture& picture, const Area& area, std::uint8_t level) {
+  for (std::uint32_t y = 0; y < area.heightPx; ++y) {
+    std::fill_n(picture.row(area.top + y) + area.left, area.widthPx, level);
+  }
+}
+
+void write(Picture& picture, const std::string& text, std::uint32_t left, std::uint32_t top) {
+  for (std::uint32_t y = 0; y < kGlyphRows; ++y) {
+    for (std::uint32_t x = 0; x < text.size() * kGlyphAdvance; ++x) {
+      if (textPixel(text, x, y)) picture.row(top + y)[left + x] = 30;
+    }
+  }
+}
+
+// Margins of 16 pixels and a cell of 180. From the top: the margin; the heading in a band of 4 + 24
+// + 4, and 8 pixels below; the label of 24, and 4 below; the picture in its frame of 1, and a gap
+// of 16.
+TEST(ContactSheet, IsLaidOutLikeThis) {
+  Picture expected = Picture::white(212, 16 + 40 + 28 + 10 + 16);
+  fill(expected, {16, 16, 180, 32}, 232);
+  write(expected, "Burkes", 20, 20);
+  write(expected, "dark", 16, 56);
+  fill(expected, {16, 84, 102, 10}, 200);
+  fill(expected, {17, 85, 100, 8}, kMarkerLevel);
+  const Picture sheet = drawContactSheet({{"Burkes", {{"dark", uniform(100, 8)}}}}, 800);
+  EXPECT_EQ(sheet.widthPx, expected.widthPx);
+  EXPECT_EQ(sheet.heightPx, expected.heightPx);
+  EXPECT_EQ(sheet.pixels, expected.pixels);
+}
+
+// Two columns of 180 pixels with the gap of 16; the labels take as many lines as the longest.
+TEST(ContactSheet, LaysItsColumnsOutSideBySide) {
+  Picture expected = Picture::white(16 + 180 + 16 + 180 + 16, 16 + 52 + 32 + 16);
+  write(expected, "one", 16, 16);
+  write(expected, "ordered dither", 212, 16);
+  write(expected, "4 x 4", 212, 40);
+  fill(expected, {16, 68, 102, 10}, 200);
+  fill(expected, {17, 69, 100, 8}, kMarkerLevel);
+  fill(expected, {212, 68, 52, 32}, 200);
+  fill(expected, {213, 69, 50, 30}, kMarkerLevel);
+  const Picture sheet = drawContactSheet(
+      {{"", {{"one", uniform(100, 8)}, {"ordered dither 4 x 4", uniform(50, 30)}}}}, 800);
+  EXPECT_EQ(sheet.widthPx, expected.widthPx);
+  EXPECT_EQ(sheet.heightPx, expected.heightPx);
+  EXPECT_EQ(sheet.pixels, expected.pixels);
+}
+
+// A sheet of 212 pixels has a band of 180, that is 14 letters of 12 within 4 pixels on both sides.
+TEST(ContactSheet, WrapsAHeadingToTheWidthOfTheSheet) {
+  const Picture sheet =
+      drawContactSheet({{"JarvisJudiceNinke at 203 dpi", {{"", uniform(50, 8)}}}}, 212);
+  for (const char* line : {"JarvisJudiceNi", "nke at 203 dpi"}) {
+    EXPECT_EQ(countOf(sheet, line), 1u) << line;
+  }
+}
+
+// A part has its label in 28 rows, its rows in a frame, and the gap.
+TEST(ContactSheet, CutsAPictureOfMoreThan900RowsInEqualParts) {
+  const auto heightFor = [](std::uint32_t rows) {
+    return drawContactSheet({{"", {{"label", uniform(100, rows)}}}}, 300).heightPx;
+  };
+  EXPECT_EQ(heightFor(900), 16u + (28 + 900 + 18));
+  EXPECT_EQ(heightFor(901), 16u + 2 * (28 + 451 + 18));
+  EXPECT_EQ(heightFor(1800), 16u + 2 * (28 + 900 + 18));
+  EXPECT_EQ(heightFor(1801), 16u + 3 * (28 + 601 + 18));
 }
 
 }  // namespace

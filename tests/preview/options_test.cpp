@@ -5,19 +5,39 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace wren::preview {
 namespace {
 
-ParsedOptions parse(std::vector<const char*> arguments) {
+struct Said {
+  ParsedOptions parsed;
+  std::string out;
+  std::string err;
+};
+
+Said sayingParse(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), "wren-preview");
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  auto parsed = parseOptions(static_cast<int>(arguments.size()), arguments.data());
-  testing::internal::GetCapturedStdout();
-  testing::internal::GetCapturedStderr();
-  return parsed;
+  Said said{parseOptions(static_cast<int>(arguments.size()), arguments.data()), {}, {}};
+  said.out = testing::internal::GetCapturedStdout();
+  said.err = testing::internal::GetCapturedStderr();
+  return said;
+}
+
+ParsedOptions parse(const std::vector<const char*>& arguments) {
+  return sayingParse(arguments).parsed;
+}
+
+// With one space between the words: the library breaks the lines.
+std::string help() {
+  std::istringstream words(sayingParse({"--help"}).out);
+  std::string text;
+  for (std::string word; words >> word;) text += word + ' ';
+  return text;
 }
 
 TEST(Options, DefaultToStandardInputAt203Dpi) {
@@ -28,6 +48,26 @@ TEST(Options, DefaultToStandardInputAt203Dpi) {
   EXPECT_EQ(parsed.options->style.scale, 1u);
   EXPECT_FALSE(parsed.options->style.marks);
   EXPECT_FALSE(parsed.options->listen);
+}
+
+// The numbers of the manual page.
+TEST(Options, DefaultToWhatTheManualSays) {
+  const Options options = parse({}).options.value();
+  EXPECT_EQ(options.output, "");
+  EXPECT_EQ(options.maxLengthMm, 80'000u);
+  EXPECT_EQ(options.directory, ".");
+  EXPECT_EQ(options.maxBytes, 64'000'000u);
+  EXPECT_EQ(options.maxSeconds, 300u);
+  EXPECT_EQ(options.controlAddress, "");
+  EXPECT_EQ(options.tellAddress, "");
+  EXPECT_FALSE(options.list || options.json || options.split);
+}
+
+TEST(Options, ListenToJobsThatAreSplitOrMarked) {
+  const auto parsed = parse({"--listen", "0", "--marks", "--split", "--scale", "2"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_TRUE(parsed.options->style.marks);
+  EXPECT_TRUE(parsed.options->split);
 }
 
 TEST(Options, AreTakenFromTheCommandLine) {
@@ -106,6 +146,8 @@ TEST(Options, EndTheProgramAfterHelpAndAfterUsageErrors) {
                                              {"--listen", "0", "--list"},
                                              {"--listen", "0", "-o", "a.png"},
                                              {"--listen", "0", "--directory", "absent"},
+                                             {"--listen", "0", "--directory", "/dev/null"},
+                                             {"--listen", "0", "--max-bytes", "1000000000001"},
                                              {"--listen", "0", "--fault", "stall", "go"},
                                              {"--directory", "."},
                                              {"--max-bytes", "5"}}) {
@@ -132,11 +174,65 @@ TEST(Options, AreTakenUpToTheirLimits) {
 }
 
 TEST(Options, AreRefusedInOneLine) {
-  testing::internal::CaptureStderr();
-  const char* const arguments[] = {"wren-preview", "--listen", "abc"};
-  parseOptions(3, arguments);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "wren-preview: --listen: 'abc' is not [HOST:]PORT; see wren-preview --help\n");
+  const struct {
+    std::vector<const char*> arguments;
+    const char* message;
+  } cases[] = {
+      {{"--listen", "abc"}, "--listen: 'abc' is not [HOST:]PORT"},
+      {{"--listen", "0", "--control", "1:2:3"}, "--control: '1:2:3' is not [HOST:]PORT"},
+      {{"--listen", "0", "--fault", "paper"}, "--fault: 'paper' is no command"},
+      {{"--tell", "abc", "go"}, "--tell: 'abc' is not [HOST:]PORT"},
+  };
+  for (const auto& one : cases) {
+    const Said said = sayingParse(one.arguments);
+    EXPECT_EQ(said.err,
+              std::string("wren-preview: ") + one.message + "; see wren-preview --help\n");
+    EXPECT_EQ(said.out, "");
+  }
+}
+
+TEST(Options, NameTheVersion) {
+  const Said said = sayingParse({"--version"});
+  EXPECT_EQ(said.out, "wren-preview " WREN_VERSION "\n");
+  EXPECT_EQ(said.err, "");
+}
+
+// What the manual page says, in the words of the help.
+TEST(Options, AreExplainedByTheHelp) {
+  const std::string text = help();
+  for (const char* part : {
+           "Shows the paper that an ESC/POS byte stream prints, as a PNG picture.",
+           "Printer bytes; - is standard input",
+           "Picture to write (default: FILE.png beside FILE)",
+           "Show a scale in mm, cuts, drawer pulses and beeps in the margin",
+           "Print every command with its offset and meaning",
+           "Report as a JSON document; with --list, with every command",
+           "Write one picture per page or cut piece",
+           "Dots per inch of the printer",
+           "in [50 - 2400]",
+           "Draw a dot as N x N pixels",
+           "in [1 - 16]",
+           "Length of the paper in mm",
+           "in [1 - 1000000]",
+           "80000",
+           "--listen [HOST:]PORT",
+           "Act as a printer on this loopback port; 0 selects any free one",
+           "Existing directory for received jobs",
+           "Maximum size of a job",
+           "64000000",
+           "Maximum time for a job",
+           "in [1 - 86400]",
+           "300",
+           "--control [HOST:]PORT",
+           "Obey commands on this loopback port, one a line",
+           "--fault COMMAND",
+           "Give the printer this command at its start, such as 'paper out after 30 mm'",
+           "--tell [HOST:]PORT COMMAND",
+           "Send a command to the control port of a listening wren-preview",
+           "Example: wren-preview receipt.prn --marks",
+       }) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+  }
 }
 
 }  // namespace

@@ -6,6 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "common/glyphs.h"
 #include "escpos/reader.h"
@@ -124,6 +128,132 @@ TEST(Marks, GrowWithTheResolution) {
   EXPECT_EQ(std::count(rows[0].begin(), rows[0].end(), kScale), 36);
 }
 
+// From 300 pixels an inch on, half way between 200 and 400.
+TEST(Marks, GrowFromTheNearerResolutionOn) {
+  const auto tickAt = [](unsigned dpi, unsigned scale) {
+    const auto paper = paperOf(feed(200));
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {dpi, scale, true});
+    const auto rows = painted(picture);
+    return std::count(rows[0].begin(), rows[0].end(), kScale);
+  };
+  EXPECT_EQ(tickAt(50, 1), 18);
+  EXPECT_EQ(tickAt(299, 1), 18);
+  EXPECT_EQ(tickAt(300, 1), 36);
+  EXPECT_EQ(tickAt(150, 2), 36);
+  EXPECT_EQ(tickAt(500, 1), 54);
+}
+
+using Rows = std::vector<std::vector<std::uint8_t>>;
+
+void fillRow(Rows& rows, std::size_t y, std::size_t left, std::size_t right, Ink ink) {
+  std::fill(rows[y].begin() + static_cast<std::ptrdiff_t>(left),
+            rows[y].begin() + static_cast<std::ptrdiff_t>(right), ink);
+}
+
+void write(Rows& rows, const std::string& text, std::size_t left, std::size_t top, Ink ink) {
+  for (unsigned y = 0; y < kGlyphRows; ++y) {
+    for (unsigned x = 0; x < text.size() * kGlyphAdvance; ++x) {
+      if (textPixel(text, x, y)) rows[top + y][left + x] = ink;
+    }
+  }
+}
+
+// The picture in letters, so that a difference shows.
+std::string drawn(const Rows& rows) {
+  constexpr char kLetters[] = ".# 'CDB";
+  std::string text;
+  for (const auto& row : rows) {
+    for (const std::uint8_t ink : row) text += kLetters[ink];
+    text += '\n';
+  }
+  return text;
+}
+
+// 100 rows at 203 dpi are 12.5 mm. From the left: 8 pixels, "10 mm" in 60, 8 pixels, the long tick
+// in 18, the paper in 8; 16 pixels, "full cut" in 96, 8 pixels. The cut is 3 pixels thick, and 12
+// longer than the paper on both sides; its label begins 4 pixels below its top.
+TEST(Marks, AreLaidOutRoundThePaper) {
+  const auto paper = paperOf(bitImage(1, hex("80")) + feed(200) + hex("1D5600"));
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+  Rows expected(136, std::vector<std::uint8_t>(222, kMargin));
+  for (std::size_t y = 0; y < 100; ++y) fillRow(expected, y, 94, 102, kPaper);
+  expected[0][94] = kDot;
+  const std::size_t ticks[] = {0, 8, 16, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96};
+  for (std::size_t mm = 0; mm <= 12; ++mm) {
+    const std::size_t length = mm % 10 == 0 ? 18 : mm == 5 ? 12 : 6;
+    fillRow(expected, ticks[mm], 94 - length, 94, kScale);
+  }
+  write(expected, "0 mm", 26, 1, kScale);
+  write(expected, "10 mm", 14, 81, kScale);
+  write(expected, "full cut", 118, 104, kCutInk);
+  for (std::size_t y = 100; y < 103; ++y) fillRow(expected, y, 82, 114, kCutInk);
+  EXPECT_EQ(drawn(painted(picture)), drawn(expected));
+}
+
+// Each tick is in the row that is nearest to its millimetre.
+TEST(Marks, ScaleIsRoundedToPixels) {
+  for (const unsigned dpi : {180U, 203U, 300U}) {
+    const auto paper = paperOf(feed(255) + feed(255) + feed(255) + feed(255) + feed(255));
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {dpi, 1, true});
+    const auto rows = painted(picture);
+    const auto edge = static_cast<std::size_t>(std::find(rows[1].begin(), rows[1].end(), kPaper) -
+                                               rows[1].begin());
+    std::vector<long> ticks;
+    for (std::size_t y = 0; y < rows.size(); ++y) {
+      if (rows[y][edge - 1] == kScale) ticks.push_back(static_cast<long>(y));
+    }
+    std::vector<long> expected;
+    for (int mm = 0; std::lround(mm * dpi / 25.4) <= 638; ++mm) {
+      expected.push_back(std::lround(mm * dpi / 25.4));
+    }
+    EXPECT_EQ(ticks, expected) << dpi;
+  }
+}
+
+const Bytes kMarkedPaper = bitImage(1, hex("AA 55 81 7E 3C")) + feed(200) + hex("1B70003232") +
+                           feed(200) + hex("1B420302 1B420101 1D5601") + feed(200) + hex("1D5600");
+
+// At 381 and 762 pixels an inch all distances are whole pixels, and text is enlarged two and four
+// times.
+TEST(Marks, AreTheSameAtTwiceTheScale) {
+  const auto paper = paperOf(kMarkedPaper);
+  PaperPicture picture(paper, escpos::wholeStrip(paper), {381, 1, true});
+  PaperPicture twice(paper, escpos::wholeStrip(paper), {381, 2, true});
+  const Rows rows = painted(picture);
+  const Rows large = painted(twice);
+  ASSERT_EQ(large.size(), 2 * rows.size());
+  ASSERT_EQ(large[0].size(), 2 * rows[0].size());
+  Rows halved(rows.size(), std::vector<std::uint8_t>(rows[0].size()));
+  for (std::size_t y = 0; y < rows.size(); ++y) {
+    for (std::size_t x = 0; x < rows[0].size(); ++x) halved[y][x] = large[2 * y][2 * x];
+  }
+  EXPECT_EQ(drawn(halved), drawn(rows));
+}
+
+// A piece shows what a paper of its own would show.
+TEST(Marks, OfAPieceCountFromItsTop) {
+  const auto paper = paperOf(feed(100) + hex("1B70003232 1D5600") + kMarkedPaper);
+  const auto parts = escpos::pieces(paper);
+  ASSERT_EQ(parts.size(), 3u);
+  const auto alone = paperOf(kMarkedPaper);
+  const auto partsAlone = escpos::pieces(alone);
+  ASSERT_EQ(partsAlone.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    PaperPicture picture(paper, parts[i + 1], {203, 1, true});
+    PaperPicture expected(alone, partsAlone[i], {203, 1, true});
+    EXPECT_EQ(drawn(painted(picture)), drawn(painted(expected))) << i;
+  }
+}
+
+// A beginning page is no event on the paper.
+TEST(Marks, LeaveOutTheBeginningOfAPage) {
+  const auto paper = paperOf(feed(200));
+  const auto withPage = paperOf(hex("1B3C") + feed(200));
+  PaperPicture expected(paper, escpos::wholeStrip(paper), {203, 1, true});
+  PaperPicture picture(withPage, escpos::wholeStrip(withPage), {203, 1, true});
+  EXPECT_EQ(drawn(painted(picture)), drawn(painted(expected)));
+}
+
 // The columns of the row of a cut that have its ink.
 std::vector<std::size_t> columnsOfCut(const char* cut) {
   const auto paper = paperOf(feed(200) + hex(cut) + feed(200));
@@ -171,8 +301,9 @@ TEST(Marks, AtOnePositionStackUpToALimit) {
   const auto heightOf = [](const escpos::Paper& paper) {
     return PaperPicture(paper, escpos::wholeStrip(paper), {203, 1, true}).height();
   };
-  EXPECT_GT(heightOf(few), 5u * kGlyphRows);
-  EXPECT_LT(heightOf(many), 20u * kGlyphRows);
+  // From row 1, a line of 28 pixels for each, and 8 pixels below; 12 may move down.
+  EXPECT_EQ(heightOf(few), 1u + 5 * 28 + 8);
+  EXPECT_EQ(heightOf(many), 1u + 13 * 28 + 8);
 }
 
 // Whether `text` is drawn in `ink` with blank pixels of the margin around it on all sides.
@@ -253,6 +384,15 @@ TEST(Marks, RulerHasFewerNumbersWhereTheyWouldTouch) {
   EXPECT_FALSE(shows(rows, "10 mm", kScale));
 }
 
+// A line of text is 28 pixels: a centimetre at 70 dpi, rounded.
+TEST(Marks, RulerHasANumberForEachCentimetreWhereThereIsRoom) {
+  const auto paper = paperOf(feed(200) + feed(200));
+  for (const unsigned dpi : {69U, 70U}) {
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {dpi, 1, true});
+    EXPECT_EQ(shows(painted(picture), "10 mm", kScale), dpi == 70) << dpi;
+  }
+}
+
 // The margin on the right ends 8 pixels after the longest label, or after the paper.
 TEST(Marks, LeaveNoEmptyStripOnTheRight) {
   const auto marginOf = [](const Bytes& marks) {
@@ -275,6 +415,21 @@ TEST(PaperPicture, TurnsItsInksIntoGreyLevels) {
   EXPECT_EQ(grey.widthPx, 8u);
   EXPECT_EQ(grey.heightPx, 1u);
   EXPECT_EQ(grey.pixels, (std::vector<std::uint8_t>{0, 255, 255, 255, 255, 255, 255, 0}));
+}
+
+// 0.299 red + 0.587 green + 0.114 blue: the margin is 227.9, the scale 73.7, a cut 82.3, a drawer
+// pulse 82.1, a beep 72.9.
+TEST(PaperPicture, TurnsTheColoursOfMarksIntoTheirLuma) {
+  const auto levelsOf = [](const char* mark) {
+    const auto paper = paperOf(bitImage(1, hex("FF")) + feed(200) + hex(mark));
+    PaperPicture picture(paper, escpos::wholeStrip(paper), {203, 1, true});
+    const Picture grey = greyPicture(picture);
+    const std::set<int> levels(grey.pixels.begin(), grey.pixels.end());
+    return levels;
+  };
+  EXPECT_EQ(levelsOf("1D5600"), (std::set<int>{0, 74, 82, 228, 255}));
+  EXPECT_EQ(levelsOf("1B70003232"), (std::set<int>{0, 74, 82, 228, 255}));
+  EXPECT_EQ(levelsOf("1B420101"), (std::set<int>{0, 73, 74, 228, 255}));
 }
 
 }  // namespace

@@ -20,6 +20,9 @@ TEST(Picture, IsCroppedToTheAreaThatLiesInIt) {
   EXPECT_EQ(part.pixels, (Pixels{11, 12, 21, 22}));
   EXPECT_EQ(cropped(picture, {3, 1, 50, 50}).pixels, (Pixels{13, 23}));
   EXPECT_EQ(cropped(picture, {4, 0, 1, 1}).pixels, Pixels{});
+  EXPECT_EQ(cropped(picture, {9, 9, 1, 1}).pixels, Pixels{});
+  EXPECT_EQ(cropped(picture, {0, 3, 4, 1}).heightPx, 0u);
+  EXPECT_EQ(cropped(picture, {2, 2, 1, 9}).pixels, Pixels{22});
 }
 
 struct ScaleCase {
@@ -49,12 +52,25 @@ INSTANTIATE_TEST_SUITE_P(
         ScaleCase{{3, 3, {0, 0, 0, 0, 255, 0, 0, 0, 0}}, {2, 2, {28, 28, 28, 28}}},
         // 1.5 of 255 and 0 is 127.5, rounded up.
         ScaleCase{{2, 2, {255, 0, 0, 255}}, {1, 1, {128}}},
+        // A corner's weight is 4 of 9; nothing of it is left for the next mean.
+        ScaleCase{{3, 3, {1, 0, 1, 0, 0, 0, 1, 0, 1}}, {2, 2, {0, 0, 0, 0}}},
+        ScaleCase{{3, 3, {2, 0, 2, 0, 0, 0, 1, 0, 1}}, {2, 2, {1, 1, 0, 0}}},
+        // Half a row is rounded up: 3 * 2 / 4 rows.
+        ScaleCase{{4, 3, Pixels(12, 60)}, {2, 2, {60, 60, 60, 60}}},
         // At least one row is left.
         ScaleCase{{4, 1, {10, 20, 30, 40}}, {1, 1, {25}}}));
 
 TEST(Picture, IsNotScaledUp) {
   const Picture picture = {2, 1, {1, 2}};
   EXPECT_EQ(scaledDown(picture, 5).pixels, picture.pixels);
+  EXPECT_EQ(scaledDown(picture, 5).widthPx, 2u);
+  EXPECT_EQ(scaledDown(picture, 2).pixels, picture.pixels);
+}
+
+TEST(Picture, WithoutRowsIsNotScaled) {
+  const Picture scaled = scaledDown({7, 0, {}}, 3);
+  EXPECT_EQ(scaled.widthPx, 7u);
+  EXPECT_EQ(scaled.heightPx, 0u);
 }
 
 TEST(Picture, KeepsItsMeanLevelAtAnOddScale) {

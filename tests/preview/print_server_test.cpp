@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -19,6 +20,7 @@
 #include "tests/preview/failing_accept.h"
 #include "tests/preview/loopback_client.h"
 #include "tests/preview/png_reading.h"
+#include "tests/preview/recorded_calls.h"
 #include "tests/preview/scratch_folder.h"
 
 namespace wren::preview {
@@ -212,7 +214,8 @@ TEST_F(PrintServerTest, AcceptsConnectionsAgainWhenFewerJobsWaitToBeDrawn) {
   }
   char name[32];
   std::snprintf(name, sizeof name, "job-%04zu.png", kJobs + 1);
-  for (int i = 0; i < 5'000 && !std::filesystem::exists(file(name)); ++i) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (std::chrono::steady_clock::now() < end && !std::filesystem::exists(file(name))) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   EXPECT_TRUE(std::filesystem::exists(file(name))) << name;
@@ -270,6 +273,31 @@ TEST_F(PrintServerTest, OutlivesErrorsThatAreNotOfItsSocket) {
   EXPECT_EQ(err_, "wren-preview: " + name + ": " + std::strerror(EMFILE) + "\n");
 }
 
+// The second shortage comes after a connection that was accepted.
+TEST_F(PrintServerTest, ReportsEachShortageOnce) {
+  failNextAccepts({EMFILE, EMFILE, ENFILE});
+  start();
+  print(kJob);
+  failNextAccepts({ENFILE});
+  print(kJob);
+  const std::string name = server_->name();
+  stop();
+  const std::string message = "wren-preview: " + name + ": ";
+  EXPECT_EQ(err_, message + std::strerror(EMFILE) + "\n" + message + std::strerror(ENFILE) + "\n" +
+                      message + std::strerror(ENFILE) + "\n");
+}
+
+// Three errors are two pauses of 50 ms; without them the processor would be busy.
+TEST_F(PrintServerTest, PausesAfterAShortage) {
+  failNextAccepts(std::vector<int>(1000, EMFILE));
+  start();
+  const auto before = std::chrono::steady_clock::now();
+  const LoopbackClient client(server_->name());
+  while (acceptErrorsLeft() > 997) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(95));
+  failNextAccepts({});
+}
+
 TEST_F(PrintServerTest, EndsWithAnErrorOfItsSocket) {
   failNextAccepts({EINVAL});
   start();
@@ -317,6 +345,7 @@ TEST_F(PrintServerTest, EndsAJobAtTheLimitOfTime) {
 }
 
 TEST_F(PrintServerTest, ShowsProgressOfALongJob) {
+  const auto before = std::chrono::steady_clock::now();
   start();
   LoopbackClient slow(server_->name());
   EXPECT_TRUE(slow.send({kJob.begin(), kJob.begin() + 98}));
@@ -324,7 +353,11 @@ TEST_F(PrintServerTest, ShowsProgressOfALongJob) {
   EXPECT_TRUE(slow.send({kJob.begin() + 98, kJob.end()}));
   slow.endAndWait();
   stop();
-  EXPECT_NE(err_.find("job-0001.prn: 98 bytes, 2.0 mm so far\n"), std::string::npos) << err_;
+  const std::string line = "wren-preview: " + file("job-0001.prn") + ": 98 bytes, 2.0 mm so far\n";
+  EXPECT_EQ(err_.substr(0, line.size()), line);
+  const auto seconds =
+      std::chrono::ceil<std::chrono::seconds>(std::chrono::steady_clock::now() - before);
+  EXPECT_LE(std::count(err_.begin(), err_.end(), '\n'), seconds.count()) << "one a second";
 }
 
 TEST_F(PrintServerTest, ContinuesAfterAConnectionReset) {
@@ -334,7 +367,52 @@ TEST_F(PrintServerTest, ContinuesAfterAConnectionReset) {
   client.abort();
   print(kJob);
   stop();
-  EXPECT_NE(out_.find("1 page, 2.0 mm"), std::string::npos) << out_;
+  EXPECT_EQ(out_, file("job-0001.prn") +
+                      ": 0 pages, 0.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, 2 bytes, cut short: "
+                      "Connection reset by peer\n" +
+                      file("job-0002.prn") +
+                      ": 1 page, 2.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, 108 bytes, " +
+                      file("job-0002.png") + "\n");
+}
+
+TEST_F(PrintServerTest, SaysWhyAConnectionLeftNoJob) {
+  start();
+  LoopbackClient(server_->name()).abort();
+  print({});
+  stop();
+  EXPECT_EQ(out_, "");
+  EXPECT_EQ(err_,
+            "wren-preview: a connection without a job: cut short: Connection reset by peer\n"
+            "wren-preview: a connection without a job\n");
+}
+
+// A host that asks all day fills neither the memory nor the folder.
+TEST_F(PrintServerTest, KeepsRequestsOfStatusUpTo64KiB) {
+  const auto requests = [](int count) {
+    Bytes bytes;
+    for (int i = 0; i < count; ++i) bytes = std::move(bytes) + hex("1D7201");
+    return bytes;
+  };
+  start();
+  print(requests(21'846));  // the last of them begins below 65,536 bytes
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
+  print(requests(21'847));
+  EXPECT_EQ(bytesOfFile(file("job-0001.prn")), requests(21'847));
+  stop();
+  EXPECT_EQ(err_, "");
+}
+
+// The window of a socket follows the buffer. 32 connections wait while a job is received.
+TEST_F(PrintServerTest, AsksItsSocketsForItsLimits) {
+  forgetCalls();
+  options_.controlAddress = "127.0.0.1:0";
+  start();
+  EXPECT_EQ(recordedBacklogs(), (std::vector<long>{32, 32})) << "jobs and commands";
+  EXPECT_EQ(recordedSocketOptions(SO_RCVBUF), std::vector<long>{65536});
+  LoopbackClient session(server_->controlName());
+  session.send({'b', 'u', 'f', 'f', 'e', 'r', ' ', '5', '\n'});
+  EXPECT_EQ(session.readLine(), "ok");
+  EXPECT_EQ(recordedSocketOptions(SO_RCVBUF).back(), 5120);
 }
 
 TEST_F(PrintServerTest, ReportsAFaultyJobAndContinues) {
@@ -366,7 +444,34 @@ TEST_F(PrintServerTest, ReportsAMissingFolder) {
   client.send(kJob);
   client.waitForClose();
   stop();
-  EXPECT_NE(out_.find("job-0001.prn: No such file or directory"), std::string::npos) << out_;
+  const std::string missing = ": No such file or directory";
+  EXPECT_EQ(out_, file("gone/job-0001.prn") +
+                      ": 1 page, 2.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, 108 bytes, cut short, " +
+                      file("gone/job-0001.png") + missing + ", " + file("gone/job-0001.prn") +
+                      missing + "\n");
+}
+
+TEST_F(PrintServerTest, DoesNotOpenWithWhatItCannotUse) {
+  const auto errorOf = [&](const Options& options) {
+    return PrintServer(options, stopRead_.get()).open();
+  };
+  Options options = options_;
+  options.address = "x";
+  EXPECT_EQ(errorOf(options), "x: not [HOST:]PORT");
+  options.address = "192.0.2.1:0";
+  EXPECT_EQ(errorOf(options),
+            "192.0.2.1:0: not a loopback address; only this computer may print here");
+  const LoopbackSocket taken = openLoopbackSocket({"127.0.0.1", "0"});
+  options.address = "127.0.0.1:0";
+  options.controlAddress = taken.name;
+  EXPECT_EQ(errorOf(options), taken.name + ": Address already in use");
+  options.controlAddress = "";
+  options.faults = {"paper out", "paper"};
+  EXPECT_EQ(errorOf(options), "error: 'paper' is no command");
+  options.faults = std::vector<std::string>(101, "stall after 1000 ms");
+  EXPECT_EQ(errorOf(options), "error: too many commands wait already");
+  options.faults.pop_back();
+  EXPECT_EQ(errorOf(options), "");
 }
 
 }  // namespace

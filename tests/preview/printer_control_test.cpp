@@ -52,7 +52,14 @@ INSTANTIATE_TEST_SUITE_P(
                     ControlCase{"speed 150", ControlKind::kSpeed, 150},
                     ControlCase{"buffer 4", ControlKind::kBuffer, 4},
                     ControlCase{"buffer 64", ControlKind::kBuffer, 64},
-                    ControlCase{"accept-delay 500", ControlKind::kAcceptDelay, 500}));
+                    ControlCase{"accept-delay 500", ControlKind::kAcceptDelay, 500},
+                    // The ends of the ranges.
+                    ControlCase{"baud 0", ControlKind::kBaud, 0},
+                    ControlCase{"baud 10000000", ControlKind::kBaud, 10'000'000},
+                    ControlCase{"speed 0", ControlKind::kSpeed, 0},
+                    ControlCase{"speed 10000", ControlKind::kSpeed, 10'000},
+                    ControlCase{"accept-delay 0", ControlKind::kAcceptDelay, 0},
+                    ControlCase{"accept-delay 3600000", ControlKind::kAcceptDelay, 3'600'000}));
 
 TEST(PrinterControlTrigger, SaysWhen) {
   const struct {
@@ -61,6 +68,7 @@ TEST(PrinterControlTrigger, SaysWhen) {
     std::uint64_t count;
   } cases[] = {{"paper out after 30 mm", Trigger::Unit::kMillimetres, 30},
                {"reset after 0 bytes", Trigger::Unit::kBytes, 0},
+               {"go after 1000000000 mm", Trigger::Unit::kMillimetres, 1'000'000'000},
                {"baud 9600 after 1500 ms", Trigger::Unit::kMilliseconds, 1500}};
   for (const auto& one : cases) {
     const ParsedControl parsed = parseControl(one.line);
@@ -80,6 +88,7 @@ TEST(PrinterControlError, NamesWhatIsWrong) {
       {"Paper out", "'Paper out' is no command"},
       {"paper out now", "'paper out now' is no command"},
       {"buffer", "buffer wants a number from 4 to 64"},
+      {"buffer 5x", "buffer wants a number from 4 to 64"},
       {"buffer 3", "buffer wants a number from 4 to 64"},
       {"buffer 65", "buffer wants a number from 4 to 64"},
       {"baud -1", "baud wants a number from 0 to 10000000"},
@@ -92,6 +101,9 @@ TEST(PrinterControlError, NamesWhatIsWrong) {
       {"stall after 1000000001 ms", "'after' wants a number and mm, bytes or ms"},
       {"stall after 5 mm now", "'after' wants a number and mm, bytes or ms"},
       {"after 5 mm", "'' is no command"},
+      {"blue after 5 mm", "'blue' is no command"},
+      {"  paper\t blue ", "'paper blue' is no command"},
+      {"buffer 3 after 5 mm", "buffer wants a number from 4 to 64"},
   };
   for (const auto& one : cases) {
     const ParsedControl parsed = parseControl(one.line);

@@ -21,6 +21,7 @@
 #include "preview/tell_run.h"
 #include "tests/escpos/printer_streams.h"
 #include "tests/preview/png_reading.h"
+#include "tests/preview/recorded_calls.h"
 #include "tests/preview/running_printer.h"
 
 namespace wren::preview {
@@ -82,6 +83,7 @@ TEST_F(PrinterFaults, AConnectionThatOnlyAsksLeavesNoFiles) {
   asking.send(hex("1D7201 100401"));
   EXPECT_EQ(asking.read(2), hex("12 00")) << "real-time requests overtake";
   asking.endAndWait();
+  EXPECT_EQ(saidSoFar(), "");
   LoopbackClient printing(printer.address());
   printing.send(hex("1D7201") + linesOf(0, 1));
   printing.endAndWait();
@@ -288,6 +290,8 @@ TEST_F(PrinterFaults, AResetOfTheHostIsNoticedByAStalledPrinter) {
   client.send(linesOf(0, 1));
   client.abort();
   EXPECT_TRUE(printer.waitFor("\"receiving\":false"));
+  EXPECT_EQ(saidSoFar(),
+            "wren-preview: a connection without a job: cut short: Connection reset by peer\n");
 }
 
 TEST_F(PrinterFaults, TheStatusIsAJsonDocument) {
@@ -307,6 +311,84 @@ TEST_F(PrinterFaults, TheLengthOfThePaperIsInTheStatus) {
   client.send(feed(200) + feed(200));  // 200 rows at 203 dpi are 25.02 mm
   client.endAndWait();
   EXPECT_NE(printer.tell("status").find("\"printedMm\":25.0,"), std::string::npos);
+  LoopbackClient next(printer.address());
+  next.send(feed(6));  // and 203 rows 25.4 mm
+  next.endAndWait();
+  EXPECT_NE(printer.tell("status").find("\"printedMm\":25.4,"), std::string::npos);
+  LoopbackClient last(printer.address());
+  last.send(feed(4));  // and 205 rows 25.65 mm
+  last.endAndWait();
+  EXPECT_THAT(printer.tell("status"), testing::HasSubstr("\"printedMm\":25.7,"));
+}
+
+// The words of docs/PREVIEW.md.
+TEST_F(PrinterFaults, TheStatusNamesEveryState) {
+  RunningPrinter printer;
+  const std::pair<const char*, const char*> cases[] = {
+      {"paper near-end", R"("online":true,"paper":"near-end","cover":"closed",)"},
+      {"paper out", R"("online":false,"paper":"out","cover":"closed",)"},
+      {"paper ok", R"("online":true,"paper":"ok","cover":"closed",)"},
+      {"cover open", R"("paper":"ok","cover":"open","error":"none",)"},
+      {"cover closed", R"("paper":"ok","cover":"closed","error":"none",)"},
+      {"error recoverable", R"("error":"recoverable",)"},
+      {"error cutter", R"("error":"cutter",)"},
+      {"error unrecoverable", R"("error":"unrecoverable",)"},
+      {"error temperature", R"("error":"temperature",)"},
+      {"error none", R"("online":true,"paper":"ok","cover":"closed","error":"none",)"},
+      {"button held", R"("button":"held","drawer":"low",)"},
+      {"button released", R"("button":"released","drawer":"low",)"},
+      {"drawer high", R"("button":"released","drawer":"high",)"},
+      {"drawer low", R"("button":"released","drawer":"low",)"},
+      {"stall", R"("online":true,"paper":"ok",)"},
+      {"stall", R"("powered":true,"reachable":true,"stalled":true,)"},
+      {"go", R"("powered":true,"reachable":true,"stalled":false,)"},
+      {"vanish", R"("powered":true,"reachable":false,"stalled":false,)"},
+      {"return", R"("powered":true,"reachable":true,"stalled":false,)"},
+      {"power off", R"("powered":false,"reachable":false,"stalled":false,)"},
+      {"power on", R"("powered":true,"reachable":true,"stalled":false,)"},
+  };
+  for (const auto& [command, part] : cases) {
+    EXPECT_EQ(printer.tell(command), "ok");
+    EXPECT_THAT(printer.tell("status"), testing::HasSubstr(part)) << command;
+  }
+}
+
+// 30 mm at 100 mm/s; a late start of up to 50 ms is made up for. Nothing wakes the printer but its
+// own clock.
+TEST_F(PrinterFaults, APrinterPrintsAtItsSpeed) {
+  RunningPrinter printer({"speed 100"});
+  const Bytes job = feed(240) + feed(240) + hex("1D7201");  // 240 rows are 30.03 mm
+  const auto start = std::chrono::steady_clock::now();
+  LoopbackClient client(printer.address());
+  client.send(job);
+  EXPECT_EQ(client.read(1), hex("00"));
+  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  client.endAndWait();
+  EXPECT_EQ(printer.printed(1), job);
+}
+
+TEST_F(PrinterFaults, ACommandWaitsForItsTime) {
+  const auto start = std::chrono::steady_clock::now();
+  RunningPrinter printer({"reset after 150 ms"});
+  LoopbackClient client(printer.address());
+  client.send(linesOf(0, 1));
+  EXPECT_TRUE(client.isReset());
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(150));
+}
+
+// A cable that was pulled during the delay does not use it up.
+TEST_F(PrinterFaults, TheDelayBeginsAgainWhenThePrinterReturns) {
+  RunningPrinter printer({"accept-delay 150"});
+  const LoopbackClient first(printer.address());
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(printer.tell("go"), "ok");
+  EXPECT_EQ(printer.tell("vanish"), "ok");
+  std::this_thread::sleep_for(std::chrono::milliseconds(160));
+  EXPECT_EQ(printer.tell("return"), "ok");
+  const auto start = std::chrono::steady_clock::now();
+  LoopbackClient second(printer.address());
+  second.send(hex("100401"));
+  EXPECT_EQ(second.read(1), hex("12"));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(140));
 }
 
 TEST_F(PrinterFaults, AWrongCommandIsRefused) {
@@ -322,6 +404,58 @@ TEST_F(PrinterFaults, AControlSessionWithoutNewlinesIsEnded) {
   session.send(repeat(1000, 'x'));
   session.waitForClose();
   EXPECT_EQ(printer.tell("paper ok"), "ok");
+}
+
+// A line has at most 256 bytes before its newline.
+TEST_F(PrinterFaults, ALongLineOfASessionIsReadToItsLimit) {
+  RunningPrinter printer;
+  LoopbackClient session(printer.controlAddress());
+  session.send(repeat(200, 'x'));
+  EXPECT_EQ(printer.tell("go"), "ok");
+  session.send(repeat(56, 'x') + Bytes{'\n'});
+  EXPECT_EQ(session.readLine(), "error: '" + std::string(256, 'x') + "' is no command");
+  session.send(repeat(257, 'x'));
+  EXPECT_EQ(session.read(1), Bytes());
+}
+
+// One is the test's own, so that seven are served; the eighth waits until one of them ends.
+TEST_F(PrinterFaults, EightControlSessionsAreServedAtATime) {
+  RunningPrinter printer;
+  EXPECT_EQ(printer.tell("go"), "ok");
+  std::vector<std::unique_ptr<LoopbackClient>> sessions;
+  for (int i = 0; i < 8; ++i) {
+    sessions.push_back(std::make_unique<LoopbackClient>(printer.controlAddress()));
+    sessions.back()->send({'g', 'o', '\n'});
+    if (i == 7) break;
+    EXPECT_EQ(sessions.back()->readLine(), "ok") << i;
+  }
+  EXPECT_EQ(sessions.back()->read(1, 0.2), Bytes());
+  sessions.front().reset();
+  EXPECT_EQ(sessions.back()->readLine(), "ok");
+}
+
+TEST_F(PrinterFaults, ASessionEndsWhenItsHostResetsIt) {
+  RunningPrinter printer;
+  for (int i = 0; i < 20; ++i) {
+    LoopbackClient session(printer.controlAddress());
+    session.send({'g', 'o', '\n'});
+    EXPECT_EQ(session.readLine(), "ok") << i;
+    session.abort();
+  }
+}
+
+// About 350 bytes for seven: more than all windows on the way hold.
+TEST_F(PrinterFaults, ASessionEndsIfItsAnswersAreNotRead) {
+  RunningPrinter printer;
+  LoopbackClient session(printer.controlAddress());
+  Bytes requests;
+  for (int i = 0; i < 1000; ++i)
+    requests = std::move(requests) + Bytes{'s', 't', 'a', 't', 'u', 's', '\n'};
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  bool isOpen = true;
+  while (isOpen && std::chrono::steady_clock::now() < end) isOpen = session.send(requests);
+  EXPECT_FALSE(isOpen);
+  EXPECT_EQ(printer.tell("go"), "ok");
 }
 
 TEST_F(PrinterFaults, TheLastLineOfASessionNeedsNoNewline) {
@@ -408,6 +542,57 @@ TEST(TellWithoutAPrinter, FailsInOneLine) {
   EXPECT_EQ(runTell(options), 1);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "wren-preview: " + address + ": Connection refused\n");
+}
+
+// What the other side says after the command: "PART" and the end of the connection.
+class TellAnswer : public testing::TestWithParam<const char*> {};
+
+TEST_P(TellAnswer, IsAWholeLine) {
+  const LoopbackSocket port = openLoopbackSocket({"127.0.0.1", "0"});
+  std::thread printer([&] {
+    pollfd waited = {port.socket.get(), POLLIN, 0};
+    ::poll(&waited, 1, 20'000);
+    const FileDescriptor session(::accept(port.socket.get(), nullptr, nullptr));
+    char byte = 0;
+    while (::recv(session.get(), &byte, 1, 0) == 1 && byte != '\n') {
+    }
+    ::send(session.get(), GetParam(), std::strlen(GetParam()), 0);
+  });
+  Options options;
+  options.tellAddress = port.name;
+  options.tellCommand = "paper out";
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(runTell(options), 1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "wren-preview: " + port.name + ": no answer\n");
+  printer.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, TellAnswer, testing::Values("", "ok", "\n"));
+
+// Ten seconds: long for a printer that is busy, short for somebody who waits.
+TEST(TellWithAPrinter, HasPatience) {
+  const RunningPrinter printer;
+  Options options;
+  options.tellAddress = printer.controlAddress();
+  options.tellCommand = "go";
+  testing::internal::CaptureStdout();
+  forgetCalls();
+  EXPECT_EQ(runTell(options), 0);
+  testing::internal::GetCapturedStdout();
+  EXPECT_THAT(recordedSocketOptions(SO_RCVTIMEO), testing::Contains(10'000));
+}
+
+TEST(TellWithoutAPrinter, IsForThisComputerAlone) {
+  Options options;
+  options.tellAddress = "192.0.2.1:9";
+  options.tellCommand = "go";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(runTell(options), 1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: 192.0.2.1:9: not a loopback address; only this computer may print "
+            "here\n");
 }
 
 }  // namespace

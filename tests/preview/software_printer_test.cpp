@@ -283,6 +283,32 @@ TEST_F(SoftwarePrinterTest, ObeysAfterBytes) {
   EXPECT_TRUE(printer().isReachable());
 }
 
+TEST_F(SoftwarePrinterTest, CountsTheBytesFromTheCommand) {
+  sendJob(1, repeat(100, 0));
+  printer().beginJob(2);
+  tell("stall after 12 bytes");
+  send(line() + line());
+  EXPECT_EQ(printer().receivedBytes(), 112u);
+  EXPECT_TRUE(printer().isStalled());
+  tell("go");
+  tell("cover open after 0 bytes");
+  EXPECT_TRUE(printer().state().isCoverOpen);
+}
+
+TEST_F(SoftwarePrinterTest, ObeysTheFirstOfSeveralTriggers) {
+  printer().beginJob(1);
+  tell("cover open after 30 bytes");
+  tell("stall after 20 bytes");
+  EXPECT_EQ(printer().room(now()), 20u);
+  send(repeat(40, 0));
+  EXPECT_TRUE(printer().isStalled());
+  EXPECT_FALSE(printer().state().isCoverOpen);
+  tell("go");
+  push();
+  EXPECT_TRUE(printer().state().isCoverOpen);
+  EXPECT_EQ(printer().receivedBytes(), 40u);
+}
+
 TEST_F(SoftwarePrinterTest, ObeysAfterTime) {
   tell("cover open after 100 ms");
   EXPECT_EQ(printer().nextEvent(), now() + 100ms);
@@ -295,10 +321,97 @@ TEST_F(SoftwarePrinterTest, ObeysAfterTime) {
 
 TEST_F(SoftwarePrinterTest, RefusesTooManyWaitingCommands) {
   const Control control = *parseControl("stall after 1 ms").control;
-  for (std::size_t i = 0; i < SoftwarePrinter::kMaxTriggers; ++i) {
+  for (int i = 0; i < 100; ++i) {
     EXPECT_EQ(printer().control(control, now()), "");
   }
   EXPECT_EQ(printer().control(control, now()), "too many commands wait already");
+}
+
+// It need not be woken up while time alone changes nothing.
+TEST_F(SoftwarePrinterTest, SleepsUntilSomethingCanHappen) {
+  EXPECT_FALSE(printer().nextEvent().has_value());
+  tell("baud 1000");
+  EXPECT_FALSE(printer().nextEvent().has_value()) << "nobody sends";
+  printer().beginJob(1);
+  EXPECT_TRUE(printer().nextEvent().has_value());
+  tell("stall");
+  EXPECT_FALSE(printer().nextEvent().has_value()) << "it does not read";
+  tell("go");
+  tell("baud 0");
+  tell("cover open");
+  send(line());
+  EXPECT_FALSE(printer().nextEvent().has_value()) << "off-line";
+  tell("speed 1");
+  tell("cover closed");
+  send(line());
+  ASSERT_TRUE(printer().nextEvent().has_value());
+  EXPECT_GT(*printer().nextEvent(), now());
+  tell("go after 70 ms");
+  tell("go after 30 ms");
+  EXPECT_EQ(*printer().nextEvent(), now() + 30ms);
+}
+
+TEST_F(SoftwarePrinterTest, SeesTheDrawerCloseAgain) {
+  printer().beginJob(1);
+  tell("drawer high");
+  send(hex("1D7202 100401"));
+  EXPECT_EQ(takeAnswers(), hex("16 01"));
+  tell("drawer low");
+  send(hex("1D7202 100401"));
+  EXPECT_EQ(takeAnswers(), hex("12 00"));
+}
+
+// The line is printed by then, although both came in one packet.
+TEST_F(SoftwarePrinterTest, AnswersAfterWhatItPrintedMeanwhile) {
+  printer().beginJob(1);
+  tell("paper out after 5 mm");
+  send(line() + repeat(1000, 0) + hex("100404"));
+  EXPECT_EQ(takeAnswers(), hex("7E"));
+}
+
+// The dots are not fed: the command clears the line, and what follows waits for nothing.
+TEST_F(SoftwarePrinterTest, EndsALineWhenItIsInitialised) {
+  printer().beginJob(1);
+  send(bitImage(1, hex("FF")));
+  EXPECT_EQ(printed(1), Bytes());
+  send(hex("1B40 1D5600"));
+  EXPECT_EQ(printed(1), bitImage(1, hex("FF")) + hex("1B40 1D5600"));
+}
+
+// Nobody is connected: nothing happens.
+TEST_F(SoftwarePrinterTest, ResetsNothingWithoutAConnection) {
+  tell("reset");
+  tell("vanish");
+  tell("return");
+  tell("power off");
+  EXPECT_EQ(takeEnded(), "");
+  tell("power on");
+  sendJob(1, line());
+  EXPECT_EQ(printed(1), line());
+}
+
+// Power does not bring a pulled cable back, nor the cable the power.
+TEST_F(SoftwarePrinterTest, IsReachableWithPowerAndCable) {
+  tell("vanish");
+  tell("power off");
+  tell("power on");
+  EXPECT_FALSE(printer().isReachable());
+  EXPECT_TRUE(printer().isPowered());
+  tell("power off");
+  tell("return");
+  EXPECT_FALSE(printer().isReachable());
+  EXPECT_FALSE(printer().isPowered());
+  tell("power on");
+  EXPECT_TRUE(printer().isReachable());
+}
+
+// A second job is printed after the first, whose line has no feed.
+TEST_F(SoftwarePrinterTest, GivesALineWithoutAFeedToItsOwnJob) {
+  sendJob(1, bitImage(1, hex("01")));
+  sendJob(2, line(0x02));
+  EXPECT_EQ(printed(1), bitImage(1, hex("01")));
+  EXPECT_EQ(printed(2), line(0x02));
+  EXPECT_EQ(takeEnded(), "1; 2; ");
 }
 
 TEST_F(SoftwarePrinterTest, LosesItsBufferWithItsPower) {
