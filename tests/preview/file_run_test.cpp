@@ -3,12 +3,20 @@
 
 #include "preview/file_run.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <random>
+#include <thread>
 
+#include "common/handles.h"
 #include "tests/escpos/printer_streams.h"
 #include "tests/preview/png_reading.h"
 #include "tests/preview/scratch_folder.h"
@@ -173,6 +181,85 @@ TEST(FileRun, CountsTheProblemsThatItDoesNotShow) {
   for (int i = 0; i < 103; ++i) stream = stream + hex("41 1B40");
   const Outcome outcome = run(optionsFor(folder.write("bad.prn", stream)));
   EXPECT_NE(outcome.err.find("bad.prn: 3 more like these\n"), std::string::npos) << outcome.err;
+}
+
+TEST(FileRun, NamesWhatItCannotDo) {
+  const ScratchFolder folder;
+  const std::string absent = folder.file("absent.prn");
+  const Outcome missing = run(optionsFor(absent));
+  EXPECT_EQ(missing.err, "wren-preview: " + absent + ": No such file or directory\n");
+  EXPECT_EQ(missing.out, "");
+  const std::string picture = folder.write("job.png", kPage);
+  const Outcome same = run(optionsFor(picture));
+  EXPECT_EQ(same.err, "wren-preview: " + picture +
+                          ": the picture would replace its input, name another with -o\n");
+  EXPECT_EQ(same.out, "");
+}
+
+// Longer than what is read at once, in both directions from a multiple of it.
+TEST(FileRun, ReadsALongStreamToItsEnd) {
+  const ScratchFolder folder;
+  for (const std::size_t zeros : {131'068U, 131'069U, 131'070U, 300'000U}) {
+    const std::string file = folder.write("long.prn", streams::repeat(zeros, 0) + feed(16));
+    const Outcome outcome = run(optionsFor(file));
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, file + ": 0 pages, 1.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, " +
+                               std::to_string(zeros + 3) + " bytes\n" + folder.file("long.png") +
+                               "\n");
+  }
+}
+
+// The sender keeps its pipe open until the run has ended.
+TEST(FileRun, DoesNotReadBeyondTheEndOfThePaper) {
+  const ScratchFolder folder;
+  const std::string path = folder.file("pipe.prn");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  std::atomic<bool> hasEnded = false;
+  bool endedByItself = false;
+  std::thread sender([&] {
+    const FileDescriptor pipe(::open(path.c_str(), O_WRONLY));
+    Bytes stream;
+    for (int i = 0; i < 30'000; ++i) stream = std::move(stream) + feed(255);
+    ::signal(SIGPIPE, SIG_IGN);
+    [[maybe_unused]] const ssize_t count = ::write(pipe.get(), stream.data(), stream.size());
+    for (int i = 0; i < 2000 && !hasEnded; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    endedByItself = hasEnded;
+  });
+  Options options = optionsFor(path);
+  options.maxLengthMm = 100;
+  const Outcome outcome = run(options);
+  hasEnded = true;
+  sender.join();
+  EXPECT_TRUE(endedByItself);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.err.find("the paper limit is reached"), std::string::npos) << outcome.err;
+}
+
+TEST(FileRun, ReportsProblemsBesideAJsonDocumentToo) {
+  const ScratchFolder folder;
+  Options options = optionsFor(folder.write("bad.prn", kPage + hex("41")));
+  options.json = true;
+  const Outcome outcome = run(options);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "wren-preview: " + options.input + ": offset 21: 1 unknown byte\n");
+  EXPECT_EQ(outcome.out.substr(0, 12), "{\"schema\":1,");
+}
+
+// The listing comes first, then the summary, then the pictures; no picture hides the next error.
+TEST(FileRun, PrintsInThisOrder) {
+  const ScratchFolder folder;
+  Options options = optionsFor(folder.write("two.prn", feed(16) + hex("1D5600") + feed(16)));
+  options.list = true;
+  options.split = true;
+  const Outcome outcome = run(options);
+  EXPECT_EQ(outcome.out,
+            "         0        0  1B 4A 10                    print and feed 16 units (8 rows)\n"
+            "         3        3  1D 56 00                    full cut\n"
+            "         6        6  1B 4A 10                    print and feed 16 units (8 rows)\n" +
+                options.input + ": 0 pages, 2.0 mm, 1 cut, 0 drawer pulses, 0 beeps, 9 bytes\n" +
+                folder.file("two-1.png") + "\n" + folder.file("two-2.png") + "\n");
 }
 
 TEST(FileRun, DoesNotRemoveADeviceAfterAnError) {

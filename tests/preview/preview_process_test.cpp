@@ -10,6 +10,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -17,7 +19,10 @@
 #include <thread>
 #include <vector>
 
+#include "preview/listen_run.h"
+#include "preview/loopback_socket.h"
 #include "tests/escpos/printer_streams.h"
+#include "tests/preview/failing_accept.h"
 #include "tests/preview/loopback_client.h"
 #include "tests/preview/png_reading.h"
 #include "tests/preview/running_printer.h"
@@ -106,6 +111,106 @@ TEST(PreviewProgram, ReadsStandardInput) {
   const auto result = wren_test::runProcess(spec, std::string(kJob.begin(), kJob.end()));
   EXPECT_EQ(result.exitStatus, 0) << result.err;
   EXPECT_EQ(readPng(folder.file("paper.png")).height, 8u);
+}
+
+// The name is that of the input; that of standard input is fixed.
+TEST(PreviewProgram, NamesThePictureOfStandardInput) {
+  const ScratchFolder folder;
+  auto spec = previewWith({});
+  spec.workingFolder = folder.path();
+  const auto result = wren_test::runProcess(spec, std::string(kJob.begin(), kJob.end()));
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  EXPECT_EQ(result.out, "-: 1 page, 1.0 mm, 0 cuts, 0 drawer pulses, 0 beeps, " +
+                            std::to_string(kJob.size()) + " bytes\nwren-preview.png\n");
+  EXPECT_EQ(readPng(folder.file("wren-preview.png")).height, 8u);
+}
+
+// Scripts read the first two lines, as docs/PREVIEW.md shows.
+TEST(PreviewProgram, SaysWhereItListens) {
+  const ScratchFolder folder;
+  wren_test::Process process(previewWith(
+      {"--listen", "0", "--control", "0", "--fault", "paper out", "--directory", folder.path()}));
+  std::string text;
+  for (int i = 0; i < 2000 && std::count(text.begin(), text.end(), '\n') < 2; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    text = process.outSoFar();
+  }
+  const std::string start = "listening on 127.0.0.1:";
+  EXPECT_EQ(text.substr(0, start.size()), start);
+  const std::size_t second = text.find('\n') + 1;
+  const std::string control = "control on ";
+  ASSERT_EQ(text.substr(second, control.size()), control);
+  const std::string address =
+      text.substr(second + control.size(), text.size() - 1 - second - control.size());
+  const auto told = wren_test::runProcess(previewWith({"--tell", address, "status"}));
+  EXPECT_EQ(told.exitStatus, 0) << told.err;
+  EXPECT_EQ(told.out.substr(0, 30), "{\"online\":false,\"paper\":\"out\",");
+  process.signal(SIGTERM);
+  const auto result = process.finish();
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_EQ(result.out, text);
+  EXPECT_EQ(result.err, "");
+}
+
+TEST(PreviewProgram, SaysNothingOfAControlPortThatItHasNot) {
+  ListeningPreview printer;
+  const std::string expected = "listening on " + printer.name() + "\n";
+  const auto result = printer.end(SIGTERM);
+  EXPECT_EQ(result.out, expected);
+  EXPECT_EQ(result.err, "");
+}
+
+// The socket breaks: nobody could print any more, so a service manager has to know.
+TEST(Listener, FailsWithItsSocket) {
+  struct sigaction before[2];
+  ASSERT_EQ(::sigaction(SIGINT, nullptr, &before[0]), 0);
+  ASSERT_EQ(::sigaction(SIGTERM, nullptr, &before[1]), 0);
+  const ScratchFolder folder;
+  Options options;
+  {
+    // A port that is free now.
+    options.address = openLoopbackSocket({"127.0.0.1", "0"}).name;
+  }
+  options.directory = folder.path();
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  failNextAccepts({EINVAL});
+  int status = -1;
+  std::thread listener([&] { status = runListener(options); });
+  for (int i = 0; i < 2000 && acceptErrorsLeft() > 0; ++i) {
+    const LoopbackClient client(options.address);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  listener.join();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "listening on " + options.address + "\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: " + options.address + ": Invalid argument\n");
+  EXPECT_EQ(status, 1);
+  ::sigaction(SIGINT, &before[0], nullptr);
+  ::sigaction(SIGTERM, &before[1], nullptr);
+}
+
+// What was received is kept; the printer goes on.
+TEST(PreviewProgram, OutlivesAFullDisk) {
+  ListeningPreview printer([] {
+    const rlimit small = {1000, 1000};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    ::signal(SIGXFSZ, SIG_IGN);
+  });
+  LoopbackClient large(printer.name());
+  large.send(kJob + streams::repeat(100'000, 0));
+  large.waitForClose();
+  LoopbackClient small(printer.name());
+  EXPECT_TRUE(small.send(kJob));
+  small.endAndWait();
+  EXPECT_EQ(bytesOfFile(printer.file("job-0001.prn")).size(), 1000u);
+  EXPECT_EQ(bytesOfFile(printer.file("job-0002.prn")), kJob);
+  const auto result = printer.end(SIGTERM);
+  EXPECT_EQ(result.exitStatus, 0);
+  EXPECT_NE(result.out.find(", cut short, " + printer.file("job-0001.png") + ", " +
+                            printer.file("job-0001.prn") + ": File too large\n"),
+            std::string::npos)
+      << result.out;
 }
 
 class EndedBySignal : public testing::TestWithParam<int> {};
@@ -221,8 +326,16 @@ TEST(PreviewProgram, BoundsThePictureOfAHostileFile) {
 
 TEST(PreviewProgram, FailsOnAPortInUseAndOnAPublicAddress) {
   ListeningPreview first;
-  EXPECT_EQ(statusOf({"--listen", first.name()}), 1);
-  EXPECT_EQ(statusOf({"--listen", "0.0.0.0:0"}), 1);
+  const std::pair<std::string, std::string> cases[] = {
+      {first.name(), "Address already in use"},
+      {"0.0.0.0:0", "not a loopback address; only this computer may print here"},
+  };
+  for (const auto& [address, message] : cases) {
+    const auto result = wren_test::runProcess(previewWith({"--listen", address}));
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "wren-preview: " + address + ": " + message + "\n");
+  }
   EXPECT_EQ(first.end(SIGTERM).exitStatus, 0);
 }
 
