@@ -59,8 +59,8 @@ class PaperPng : public testing::Test {
     return chunksOf(bytesOfFile(folder_.file("p.png")));
   }
 
-  const ScratchFolder folder_;
-  const escpos::Paper paper_ =
+  ScratchFolder folder_;
+  escpos::Paper paper_ =
       escpos::readAll(bitImage(1, hex("80 40 20 80 40 20 80 40 20")) + feed(6)).paper;
 };
 

@@ -167,10 +167,8 @@ TEST(Listener, FailsWithItsSocket) {
   ASSERT_EQ(::sigaction(SIGTERM, nullptr, &before[1]), 0);
   const ScratchFolder folder;
   Options options;
-  {
-    // A port that is free now.
-    options.address = openLoopbackSocket({"127.0.0.1", "0"}).name;
-  }
+  // A port that is free now, on an address that no other program uses.
+  options.address = openLoopbackSocket({"127.8.9.10", "0"}).name;
   options.directory = folder.path();
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -178,7 +176,7 @@ TEST(Listener, FailsWithItsSocket) {
   int status = -1;
   std::thread listener([&] { status = runListener(options); });
   for (int i = 0; i < 2000 && acceptErrorsLeft() > 0; ++i) {
-    const LoopbackClient client(options.address);
+    const LoopbackSocket client = connectLoopbackSocket(*parseListenAddress(options.address));
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   listener.join();

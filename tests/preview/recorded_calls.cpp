@@ -22,8 +22,8 @@ struct Calls {
 };
 
 Calls& calls() {
-  static auto* const only = new Calls;
-  return *only;
+  static auto* const kCalls = new Calls;
+  return *kCalls;
 }
 
 long valueOf(const void* value, socklen_t length) {
