@@ -51,15 +51,19 @@ pid_t startChild(Arguments command, int output, int error) {
   const bool started = !program.empty() && posix_spawn(&child, program.c_str(), &actions, nullptr,
                                                        pointersTo(command).data(), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
-  return started ? child : -1;
+  if (!started) return -1;
+  endAtInterruption(child);
+  return child;
 }
 
-// A signal for this process ends the child as well.
 int waitForEnd(pid_t child) {
+  siginfo_t ended;
+  while (waitid(P_PID, child, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
+  }
+  endAtInterruption(0);
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) return kNotStarted;
-    if (isInterrupted()) kill(child, SIGTERM);
   }
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

@@ -3,15 +3,23 @@
 
 #include "cli/interruption.h"
 
+#include <signal.h>
+
+#include <cerrno>
+
 #include "cli/failure.h"
 
 namespace wren::cli {
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t childToEnd = 0;
 
 extern "C" void onInterruption(int /*signal*/) {
+  const int reason = errno;
   interrupted = 1;
+  if (childToEnd != 0) kill(childToEnd, SIGTERM);
+  errno = reason;
 }
 
 }  // namespace
@@ -26,6 +34,12 @@ void watchForInterruption() {
     action.sa_handler = onInterruption;
     sigaction(number, &action, nullptr);
   }
+}
+
+// A signal that comes before a wait would not end the wait; the end of the child does.
+void endAtInterruption(pid_t child) {
+  childToEnd = child;
+  if (child != 0 && isInterrupted()) kill(child, SIGTERM);
 }
 
 bool isInterrupted() {
