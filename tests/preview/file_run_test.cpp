@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <thread>
@@ -235,6 +236,21 @@ TEST(FileRun, DoesNotReadBeyondTheEndOfThePaper) {
   EXPECT_TRUE(endedByItself);
   EXPECT_EQ(outcome.status, 1);
   EXPECT_NE(outcome.err.find("the paper limit is reached"), std::string::npos) << outcome.err;
+}
+
+// Part of the output was lost, although there was room again at the end.
+TEST(FileRun, RemembersThatItsOutputCouldNotBeWritten) {
+  const ScratchFolder folder;
+  const Options options = optionsFor(folder.write("job.prn", kPage));
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  std::fgetc(stdout);  // sets the error flag of a stream that is for writing
+  const int status = runFile(options);
+  std::clearerr(stdout);
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "wren-preview: standard output cannot be written\n");
+  EXPECT_EQ(status, 1);
 }
 
 TEST(FileRun, ReportsProblemsBesideAJsonDocumentToo) {

@@ -105,6 +105,12 @@ TEST_F(JobPicture, IsLeftOutBeyondTheLimitOfPictures) {
                           ": left out; a job has at most 800000000 pixels in 2 pictures"));
 }
 
+TEST_F(JobPicture, ShowsEvenHalfARow) {
+  EXPECT_THAT(write(escpos::readAll(feed(1)).paper).files, ElementsAre(file("p.png")));
+  EXPECT_EQ(readPng(file("p.png")).height, 1u);
+  EXPECT_THAT(write(escpos::readAll(feed(0)).paper).files, IsEmpty());
+}
+
 TEST_F(JobPicture, KeepsAnExistingFile) {
   rules_.keepExisting = true;
   folder_.write("p.png", hex("0102"));

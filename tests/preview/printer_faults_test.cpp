@@ -105,7 +105,7 @@ TEST_F(PrinterFaults, StatusIsAnsweredToTheNextConnectionWhileAJobWaits) {
 }
 
 TEST_F(PrinterFaults, NotMoreJobsWaitThanAreAllowed) {
-  constexpr unsigned kMost = PrintServer::kMaxUnfinishedJobs;
+  constexpr unsigned kMost = 64;
   constexpr unsigned kJobs = kMost + 6;
   RunningPrinter printer({"cover open"});
   std::vector<std::unique_ptr<LoopbackClient>> clients;
@@ -376,6 +376,63 @@ TEST_F(PrinterFaults, ACommandWaitsForItsTime) {
   client.endInput();
   EXPECT_EQ(client.read(1), hex("00"));
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(150));
+}
+
+// A printer that can do nothing sleeps: its loop comes round a few times at most, not thousands.
+TEST_F(PrinterFaults, APrinterThatWaitsLeavesTheProcessorAlone) {
+  const auto loopsOf = [](const RunningPrinter&) {
+    forgetCalls();
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    return recordedPolls();
+  };
+  constexpr long kFew = 10;
+  {
+    RunningPrinter printer;
+    EXPECT_EQ(printer.tell("go"), "ok");
+    EXPECT_LE(loopsOf(printer), kFew) << "nobody is connected";
+    LoopbackClient client(printer.address());
+    EXPECT_TRUE(printer.waitFor("\"receiving\":true"));
+    EXPECT_LE(loopsOf(printer), kFew) << "nobody sends";
+    EXPECT_EQ(printer.tell("stall"), "ok");
+    client.send(linesOf(0, 3));
+    EXPECT_LE(loopsOf(printer), kFew) << "stalled";
+  }
+  {
+    RunningPrinter printer({"cover open", "buffer 4"});
+    LoopbackClient first(printer.address());
+    first.send(linesOf(0, 3));
+    first.endInput();
+    EXPECT_TRUE(printer.waitFor("\"bufferedBytes\":33"));
+    EXPECT_LE(loopsOf(printer), kFew) << "a job waits in the buffer";
+    LoopbackClient second(printer.address());
+    second.send(repeat(10'000, 0));
+    EXPECT_TRUE(printer.waitFor("\"bufferedBytes\":4096"));
+    EXPECT_LE(loopsOf(printer), kFew) << "the buffer is full";
+    EXPECT_EQ(printer.tell("vanish"), "ok");
+    EXPECT_LE(loopsOf(printer), kFew) << "not reachable";
+  }
+  {
+    RunningPrinter printer({"accept-delay 10000"});
+    const LoopbackClient client(printer.address());
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(printer.tell("go"), "ok");
+    EXPECT_LE(loopsOf(printer), kFew) << "a connection is accepted later";
+  }
+  {
+    RunningPrinter printer({"speed 1"});
+    LoopbackClient client(printer.address());
+    client.send(linesOf(0, 10));
+    EXPECT_TRUE(printer.waitFor("\"receivedBytes\":110"));
+    EXPECT_LE(loopsOf(printer), kFew) << "a line takes a second";
+  }
+  {
+    RunningPrinter printer;
+    std::vector<std::unique_ptr<LoopbackClient>> sessions;
+    for (int i = 0; i < 12; ++i) {
+      sessions.push_back(std::make_unique<LoopbackClient>(printer.controlAddress()));
+    }
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(printer.tell("go"), "ok");
+    EXPECT_LE(loopsOf(printer), kFew) << "sessions wait";
+  }
 }
 
 // A cable that was pulled during the delay does not use it up.

@@ -3,12 +3,15 @@
 
 #include "tests/preview/recorded_calls.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
+#include <ctime>
 #include <mutex>
 #include <utility>
 
@@ -19,6 +22,7 @@ struct Calls {
   std::mutex mutex;
   std::vector<std::pair<int, long>> options;
   std::vector<long> backlogs;
+  std::atomic<long> polls = 0;
 };
 
 Calls& calls() {
@@ -53,7 +57,12 @@ std::vector<long> recordedBacklogs() {
   return calls().backlogs;
 }
 
+long recordedPolls() {
+  return calls().polls;
+}
+
 void forgetCalls() {
+  calls().polls = 0;
   const std::lock_guard lock(calls().mutex);
   calls().options.clear();
   calls().backlogs.clear();
@@ -74,4 +83,10 @@ extern "C" int listen(int socket, int backlog) noexcept {
     calls().backlogs.push_back(backlog);
   }
   return static_cast<int>(::syscall(SYS_listen, socket, backlog));
+}
+
+extern "C" int poll(pollfd* descriptors, nfds_t count, int timeoutMs) {
+  ++calls().polls;
+  const std::timespec timeout = {timeoutMs / 1000, (timeoutMs % 1000) * 1'000'000L};
+  return ::ppoll(descriptors, count, timeoutMs < 0 ? nullptr : &timeout, nullptr);
 }

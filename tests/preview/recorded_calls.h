@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 //
-// Records what this test program asks of its sockets: limits that cannot be read back
-// from outside, and that would take long to reach.
+// Records what this test program asks of the system: limits of sockets that cannot be
+// read back from outside, and how often a loop comes round.
 
 #pragma once
 
@@ -13,4 +13,6 @@
 std::vector<long> recordedSocketOptions(int option);
 /// The backlogs of listen() since then.
 std::vector<long> recordedBacklogs();
+/// How many calls of poll() there were since then.
+long recordedPolls();
 void forgetCalls();
