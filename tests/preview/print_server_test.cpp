@@ -334,9 +334,11 @@ TEST_F(PrintServerTest, EndsAJobAtTheLimitOfBytes) {
 TEST_F(PrintServerTest, EndsAJobAtTheLimitOfTime) {
   options_.maxSeconds = 1;
   start();
+  const auto before = std::chrono::steady_clock::now();
   LoopbackClient silent(server_->name());
   EXPECT_TRUE(silent.send({kJob.begin(), kJob.begin() + 90}));
   silent.waitForClose();
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
   print(kJob);
   stop();
   EXPECT_NE(out_.find("cut short after 1 s"), std::string::npos) << out_;
