@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Copyright (c) 2026 the Wren developers
 
+// With it, the C library defines poll() in its header.
+#undef _FORTIFY_SOURCE
+
 #include "tests/preview/recorded_calls.h"
 
 #include <poll.h>
