@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -331,6 +332,29 @@ TEST_F(WrenProgramDoctorQueue, FindsPrintersThatAreNotThere) {
                           "here"));
 }
 
+// A printer that is switched off answers nothing at all; five seconds are waited for it.
+TEST_F(WrenProgramDoctorQueue, GivesUpOnAPrinterThatDoesNotAnswer) {
+  const FileDescriptor silent(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  ASSERT_EQ(bind(silent.get(), generic, length), 0);
+  ASSERT_EQ(listen(silent.get(), 0), 0);
+  ASSERT_EQ(getsockname(silent.get(), generic, &length), 0);
+  // Its queue of connections is full.
+  std::vector<FileDescriptor> waiting;
+  for (int i = 0; i < 3; ++i) {
+    waiting.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    static_cast<void>(connect(waiting.back().get(), generic, length));
+  }
+  addQueue("till", "socket://127.0.0.1:" + std::to_string(ntohs(address.sin_port)));
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_THAT(findingsOf("till"), Contains(HasSubstr("does not answer at 127.0.0.1 port ")));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(4900));
+}
+
 TEST_F(WrenProgramDoctorQueue, SaysThatOnlyRootSeesAUsbPrinter) {
   addQueue("till", "usb://Nobody/has-this");
   scheduler_.refuse(Refusal::kNeedsPassword);
@@ -378,7 +402,7 @@ TEST_F(WrenProgramDoctorMachine, FindsFiltersThatCupsRefuses) {
   for (const std::string& path :
        {filters(), filters() + "/rastertowren", filters() + "/commandtowren"}) {
     const std::string cure = " | sudo chown root: " + path + " && sudo chmod 755 " + path;
-    for (const unsigned mode : {0775U, 0757U, 0745U, 0754U, 0455U}) {
+    for (const unsigned mode : {0775U, 0757U, 0745U, 0754U, 0455U, 02775U}) {
       fs::permissions(path, fs::perms(mode));
       char octal[8];
       std::snprintf(octal, sizeof octal, "%o", mode);

@@ -25,10 +25,14 @@ TEST(NearestName, FindsWhatWasMeant) {
   EXPECT_EQ(nearestName("brightnes", kNames), "Brightness");
   EXPECT_EQ(nearestName("pgetype", kNames), "PageType");
   EXPECT_EQ(nearestName("Halftone", kNames), "HalftoneType") << "a beginning";
+  EXPECT_EQ(nearestName("Half", kNames), "HalftoneType") << "the shortest beginning";
+  EXPECT_EQ(nearestName("bri", {"brixx", "bright"}), "") << "shorter than a beginning";
+  EXPECT_EQ(nearestName("abcx", {"abcde", "abcy", "abcd"}), "abcy") << "the first of the nearest";
+  EXPECT_EQ(nearestName("abcd", {"abxx", "abcdefgh"}), "abcdefgh");
 }
 
 TEST(NearestName, FindsNothingForWhatIsFar) {
-  for (const char* wanted : {"banana", "xyz", "Half!!!Type", ""}) {
+  for (const char* wanted : {"banana", "xyz", "Half!!!Type", "Halftone!!!!!", "xpi!", "ab", ""}) {
     EXPECT_EQ(nearestName(wanted, kNames), "") << wanted;
   }
   EXPECT_EQ(nearestName("anything", {}), "");

@@ -430,6 +430,48 @@ TEST_F(WrenProgramDocuments, LongerThanTheLongestPictureArePrintedWithoutOne) {
       done({"print", example("order.txt"), "--out", "/dev/null", "--json"}).out);
   EXPECT_EQ(report["picture"], nullptr);
   EXPECT_THAT(report["notes"], ElementsAre("no picture: 81 m of paper are too much for one"));
+  const auto piped = done({"print", example("order.txt"), "--out", "-"});
+  EXPECT_THAT(piped.err, EndsWith("wren: no picture: 81 m of paper are too much for one\n"));
+  EXPECT_THAT(done({"print", example("order.txt"), "--out", "my roll.prn"}).err,
+              HasSubstr("; wren preview 'my roll.prn' --split --max-length 81000 draws"));
+}
+
+// 80 m are 639370 dot rows of 203 dpi.
+TEST_F(WrenProgramDocuments, AsLongAsTheLongestPictureHaveOne) {
+  renderAs(std::vector(4, wren_test::flatPage(8, 128000, 255)));
+  const auto result = done({"print", example("order.txt"), "--out", "roll.prn"});
+  EXPECT_THAT(result.out, HasSubstr("picture: roll.png\n"));
+  EXPECT_EQ(result.err, "");
+}
+
+// The renderers do not say that they had no room.
+TEST_F(WrenProgramDocuments, AreNotBlamedForAFullDisk) {
+  wren_test::ProcessSpec spec;
+  spec.program = "/usr/bin/env";
+  spec.arguments = {"env", "unshare", "-rm", "true"};
+  spec.environment = {"PATH=/usr/bin:/bin"};
+  if (wren_test::runProcess(spec).exitStatus != 0) GTEST_SKIP() << "no mounts for this user";
+  standIn("cupsfilter", "head -c 1000000 /dev/zero 2>/dev/null; exit 1\n");
+  fs::create_directory(pathOf("tmp"));
+  spec.workingFolder = folder_.path();
+  spec.environment = {"PATH=" + pathOf("bin") + ":/usr/sbin:/usr/bin:/bin",
+                      "TMPDIR=" + pathOf("tmp")};
+  for (const char* size : {"300k", "30m"}) {
+    spec.arguments = {"env",
+                      "unshare",
+                      "-rm",
+                      "sh",
+                      "-c",
+                      std::string("mount -t tmpfs -o size=") + size + " none tmp && exec " +
+                          WREN_PROGRAM + " print " + example("order.txt")};
+    const auto result = wren_test::runProcess(spec);
+    const bool isFull = std::string(size) == "300k";
+    EXPECT_EQ(result.exitStatus, isFull ? 1 : 3);
+    EXPECT_EQ(result.err,
+              isFull
+                  ? "wren: '" + pathOf("tmp") + "' cannot be written: No space left on device\n"
+                  : "wren: '" + example("order.txt") + "' cannot be rendered; it may be damaged\n");
+  }
 }
 
 // The pieces in which the bytes are read have 65536 bytes: neither a piece that is just full nor a

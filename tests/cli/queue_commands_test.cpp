@@ -150,7 +150,8 @@ TEST_F(WrenProgramAddQueue, NamesTheCommandForSomebodyWhoMay) {
       "the scheduler did not take the queue 'till': only root or a member of the group lpadmin may "
       "do that: sudo wren add-queue ";
   folder_.write("my shop.json", R"({"schema": 1, "queues": [{"name": "till", "uri": "usb://x"}]})");
-  for (const Refusal refusal : {Refusal::kForbidden, Refusal::kNeedsPassword}) {
+  for (const Refusal refusal : {Refusal::kNotAuthorized, Refusal::kNotAuthenticated,
+                                Refusal::kForbidden, Refusal::kNeedsPassword}) {
     scheduler_.refuse(refusal);
     EXPECT_EQ(refused(1, {"till", kUri}), begin + "till '" + kUri + "'");
     EXPECT_EQ(refused(1, {"till", "usb://x", "58", "-o", "cpi=14", "-o",
@@ -158,6 +159,8 @@ TEST_F(WrenProgramAddQueue, NamesTheCommandForSomebodyWhoMay) {
               begin + "till usb://x 58 -o cpi=14 -o 'HalftoneType=Burkes lpi=6' --replace");
     EXPECT_EQ(refused(1, {"--from", "my shop.json"}), begin + "--from 'my shop.json'");
   }
+  scheduler_.refuse(Refusal::kConflicts);
+  EXPECT_EQ(added({"bar", "usb://x"}), "the queue 'bar' is added: 80 mm, usb://x\n");
   scheduler_.refuse(Refusal::kFails);
   EXPECT_EQ(refused(1, {"till", kUri}),
             "the scheduler did not take the queue 'till': Out of paste");

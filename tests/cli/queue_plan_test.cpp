@@ -117,6 +117,44 @@ TEST(QueuePlan, OfAFileTakesAllOtherOptionsBack) {
   EXPECT_EQ(defaultOf(plan, "HalftoneType"), "None");
 }
 
+TEST(QueuePlan, PassesOverWhatCupsGivesEveryQueue) {
+  ExistingQueue existing = queueWith({});
+  for (const char* name :
+       {"job-sheets", "copies", "document-format", "job-cancel-after", "job-hold-until",
+        "job-priority", "number-up", "notify-lease-duration", "notify-events", "print-color-mode",
+        "print-quality", "sides", "output-bin", "printer-resolution", "finishings", "media",
+        "media-col"}) {
+    existing.queue.defaults[name] = "x";
+  }
+  EXPECT_THAT(ownOptions(existing, ppdOf(80).printer), IsEmpty());
+  const QueuePlan plan = planQueue(specOf({}, true), existing, ppdOf(80));
+  EXPECT_THAT(plan.changes, IsEmpty());
+  EXPECT_THAT(plan.removedDefaults, IsEmpty());
+}
+
+TEST(QueuePlan, ChangesOptionsBesideThePpdOfAnotherVersion) {
+  ExistingQueue existing = queueWith({{"HalftoneType", "Burkes"}});
+  existing.ppdText += "*WrenOld: \"1\"\n";
+  const QueuePlan plan = planQueue(specOf({{"PageType", "1"}}), existing, ppdOf(80));
+  EXPECT_THAT(plan.changes, ElementsAre("the PPD of this version", "PageType 0 -> 1"));
+  EXPECT_EQ(defaultOf(plan, "HalftoneType"), "Burkes");
+}
+
+TEST(QueuePlan, TakesTheOptionOfTheUserForThatOfTheQueue) {
+  const auto existing = queueWith({{"HalftoneType", "Burkes"}, {"PageSize", "Custom.72x350mm"}});
+  const QueuePlan plan = planQueue(specOf({{"halftonetype", "stucki"}}), existing, ppdOf(80));
+  EXPECT_THAT(plan.changes, ElementsAre("HalftoneType Burkes -> Stucki"));
+  EXPECT_EQ(defaultOf(plan, "HalftoneType"), "Stucki");
+  EXPECT_EQ(defaultOf(plan, "PageSize"), "Custom.72x350mm") << "a size of its own is kept";
+  EXPECT_EQ(defaultOf(plan, "PageRegion"), "Custom.72x350mm");
+}
+
+TEST(OwnOptions, HaveWhatDiffersFromTheReceiptDefaults) {
+  ExistingQueue existing = queueWith({});
+  existing.queue.defaults["position"] = "center";
+  EXPECT_THAT(ownOptions(existing, ppdOf(80).printer), ElementsAre(Pair("position", "center")));
+}
+
 TEST(QueuePlan, WithAnotherPaperKeepsAllButTheSize) {
   const auto existing = queueWith({{"HalftoneType", "Burkes"}, {"PageSize", "X58MMY600MM"}}, 58);
   const QueuePlan plan = planQueue(specOf(), existing, ppdOf(80));

@@ -60,6 +60,18 @@ TEST(SavedOptions, AreRemovedByLpoptionsFromTheFileThatItWrites) {
             "lpoptions -p till -r HalftoneType");
 }
 
+TEST(SavedOptions, OfTheMachineAreRemovedByRoot) {
+  const SavedOptions machine = {"/etc/cups/lpoptions", true, {}};
+  for (const bool isRoot : {true, false}) {
+    EXPECT_THAT(removalCommand(machine, "till", "cpi", isRoot),
+                testing::MatchesRegex("sudo sed -i -E '.*' /etc/cups/lpoptions"));
+  }
+  const SavedOptions own = {"/home/a user/.cups/lpoptions", false, {}};
+  EXPECT_THAT(removalCommand(own, "till", "cpi", true),
+              testing::EndsWith(" '/home/a user/.cups/lpoptions'"));
+  EXPECT_EQ(removalCommand(own, "till", "a b", false), "lpoptions -p till -r 'a b'");
+}
+
 TEST(SavedOptions, AreRemovedFromTheOtherFilesByAnEdit) {
   struct Row {
     const char* before;

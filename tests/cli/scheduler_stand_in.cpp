@@ -173,7 +173,7 @@ void SchedulerStandIn::sendAnswer(http_t* http, const std::string& resource) {
 }
 
 bool SchedulerStandIn::isRefused(ipp_op_t operation) const {
-  return refusal_ != Refusal::kNone &&
+  return refusal_ != Refusal::kNone && refusal_ != Refusal::kConflicts &&
          (operation == IPP_OP_CUPS_ADD_MODIFY_PRINTER || operation == IPP_OP_CUPS_DELETE_PRINTER ||
           operation == IPP_OP_CUPS_GET_DEVICES);
 }
@@ -194,6 +194,8 @@ SchedulerStandIn::Ipp SchedulerStandIn::answerTo(ipp_t* request, const std::stri
     ippAddString(answer.get(), IPP_TAG_OPERATION, IPP_TAG_TEXT, "status-message", nullptr, words);
   };
   if (isRefused(operation)) {
+    if (refusal_ == Refusal::kNotAuthorized) fail(IPP_STATUS_ERROR_NOT_AUTHORIZED, "Not you");
+    if (refusal_ == Refusal::kNotAuthenticated) fail(IPP_STATUS_ERROR_NOT_AUTHENTICATED, "Who");
     if (refusal_ == Refusal::kForbidden) fail(IPP_STATUS_ERROR_FORBIDDEN, "Forbidden here");
     if (refusal_ == Refusal::kFails) fail(IPP_STATUS_ERROR_DEVICE, "Out of paste");
   } else if (operation == IPP_OP_CUPS_GET_PRINTERS) {
@@ -205,6 +207,7 @@ SchedulerStandIn::Ipp SchedulerStandIn::answerTo(ipp_t* request, const std::stri
     if (devices_.empty()) fail(IPP_STATUS_ERROR_NOT_FOUND, "No devices");
   } else if (operation == IPP_OP_CUPS_ADD_MODIFY_PRINTER) {
     put(request, data);
+    if (refusal_ == Refusal::kConflicts) fail(IPP_STATUS_OK_CONFLICTING, "Other values");
   } else if (operation == IPP_OP_CUPS_DELETE_PRINTER) {
     std::erase_if(queues_, [&](const Kept& queue) { return queue.name == name; });
   } else if (operation == IPP_OP_PRINT_JOB && !refusesCommands_) {

@@ -50,7 +50,15 @@ class SchedulerStandIn {
     std::string data = {};
   };
   /// How requests of administrators and searches are answered.
-  enum class Refusal { kNone, kForbidden, kNeedsPassword, kFails };
+  enum class Refusal {
+    kNone,
+    kNotAuthorized,
+    kNotAuthenticated,
+    kForbidden,
+    kNeedsPassword,
+    kFails,
+    kConflicts,  ///< done, but with a word about other values
+  };
 
   /// @param socketPath of the socket; it is the value for CUPS_SERVER.
   explicit SchedulerStandIn(const std::string& socketPath);
