@@ -214,6 +214,18 @@ TEST_F(WrenProgramDoctorQueue, FindsAPpdOfAnotherVersion) {
   }
 }
 
+// What is missing is a fault of the machine, not of the queue.
+TEST_F(WrenProgramDoctorQueue, DoesNotCompareWithAPpdThatIsMissing) {
+  addUsbQueue({{"cpi", "14"}},
+              withLine(ppdText(80), "*DefaultHalftoneType", "*DefaultHalftoneType: Burkes"));
+  fs::remove(installedPpd(80));
+  EXPECT_THAT(findingsOf("till"), IsEmpty());
+  EXPECT_THAT(checksOf("till"), Not(Contains(HasSubstr("of this version"))));
+  const json queue = report()["queues"][0];
+  EXPECT_EQ(queue["paper"], 80);
+  EXPECT_EQ(queue["options"], (json{{"cpi", "14"}}));
+}
+
 TEST_F(WrenProgramDoctorQueue, SaysThatAPpdCannotBeRead) {
   scheduler_.setDevices({{"direct", "usb://Wren/80", "Wren 80", "Wren 80"}});
   addUsbQueue({}, "*NickName: \"Wren 80\"\n");

@@ -374,7 +374,9 @@ TEST_F(WrenProgramDocuments, LargerThanThePaperAreSaidToBeShrunk) {
             "wren: page 2 (72 x 10000 mm) was shrunk to fit the paper of 80 x 200 mm; no page can "
             "be longer than 3000 mm, so only a document of several pages prints at its length\n");
   folder_.write("bon.pdf", pdfOf({{204, 1000}}));
-  const auto report = nlohmann::json::parse(done({"print", "bon.pdf", "--json"}).out);
+  const auto asJson = done({"print", "bon.pdf", "--json"});
+  EXPECT_EQ(asJson.err, "");
+  const auto report = nlohmann::json::parse(asJson.out);
   EXPECT_THAT(report["notes"],
               ElementsAre("page 1 (72 x 353 mm) was shrunk to fit the paper of 80 x 200 mm; -o "
                           "PageSize=Custom.72x353mm prints it at its length"));

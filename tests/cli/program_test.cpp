@@ -194,6 +194,18 @@ TEST_F(WrenProgramUsage, UsesNoColourOutsideATerminal) {
   EXPECT_THAT(wren({"doctor"}).out, Not(HasSubstr("\033")));
 }
 
+TEST_F(WrenProgramUsage, NamesTheCommandThatStartsTheScheduler) {
+  const std::string start = std::filesystem::exists("/run/systemd/system")
+                                ? "sudo systemctl start cups"
+                                : "sudo service cups start";
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"drawer", "till"}, {"remove-queue", "till"}}) {
+    EXPECT_EQ(refusal(1, command), "the scheduler does not run; start it with: " + start);
+  }
+  EXPECT_THAT(wren({"doctor"}).out,
+              HasSubstr("BAD   the scheduler does not run\n      fix: " + start + "\n"));
+}
+
 TEST_F(WrenProgramUsage, SaysThatTheSchedulerDoesNotRun) {
   const auto doctor = wren({"doctor"});
   EXPECT_EQ(doctor.exitStatus, 1);
