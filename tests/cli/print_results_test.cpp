@@ -498,6 +498,17 @@ TEST_F(WrenProgramDocuments, OfAnyNumberOfBytesAreReadToTheLast) {
   }
 }
 
+// The filter says that the data of the page are missing, and at last that it printed none.
+TEST_F(WrenProgramDocuments, ThatAreCutOffAreRefusedWithTheLastWordOfTheFilter) {
+  wren_test::RasterPage page = wren_test::flatPage(64, 64, 255);
+  page.pixels.resize(64 * 32);
+  renderAs({page});
+  const std::string words = " has no page that can be printed: No pages found!";
+  EXPECT_EQ(refusal(3, {"print", example("order.txt")}), "'" + example("order.txt") + "'" + words);
+  EXPECT_EQ(refusal(3, {"halftones", example("order.txt")}), "the document" + words);
+  EXPECT_THAT(namesIn("."), UnorderedElementsAre("bin", "bin.ras"));
+}
+
 TEST_F(WrenProgramDocuments, OfOtherFiltersPassOnTheirStatus) {
   standIn("cupsfilter", "echo 'ERROR: out of paste' >&2\nexit 3\n");
   EXPECT_EQ(refusal(3, {"print", example("order.txt")}),
