@@ -481,6 +481,10 @@ TEST(Completions, WorkInAnInteractiveZsh) {
       {"wren cut till ", {"full", "partial"}},
       {"wren feed ", {"till", "bar"}},
       {"wren selftest ", {"till", "bar"}},
+      // Files, of which the folder has two; a name of a value may hold a colon.
+      {"wren print ", {"lpstat", "_wren"}},
+      {"wren print --raster ", {"lpstat", "_wren"}},
+      {"wren preview --listen ", {"lpstat", "_wren"}},
   };
   for (const auto& [words, offers] : kShown) {
     const std::string shown = shownByZsh(words);

@@ -93,6 +93,12 @@ TEST(QueueSpec, RefusesNamesAddressesAndPapersThatCannotBe) {
   for (const char* name : {"", "-till", "my till", "a/b", "caf\xC3\xA9", "a;b", "a\nb", "../x"}) {
     EXPECT_FALSE(isTaken(name, "usb://x", 80)) << name;
   }
+  const std::string taken = "-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
+  for (int c = 0; c < 256; ++c) {
+    const bool isNamePart = taken.find(static_cast<char>(c)) != std::string::npos;
+    const std::string name = std::string("a") + static_cast<char>(c);
+    EXPECT_EQ(isTaken(name, "usb://x", 80), isNamePart) << "byte " << c;
+  }
   EXPECT_TRUE(isTaken(std::string(127, 'a'), "usb://x", 80));
   EXPECT_FALSE(isTaken(std::string(128, 'a'), "usb://x", 80));
   for (const char* uri : {"socket://192.0.2.7:9100", "usb://Wren/80?serial=1", "file:/tmp/x"}) {
