@@ -66,7 +66,9 @@ TEST(BadJobs, WithABadHeaderAreRefusedInWordsBeforeTheirFirstByte) {
     row.spoil(page.header);
     const JobOutcome job = app.print(pwg({page}), kPwg);
     EXPECT_EQ(job.state, IPP_JSTATE_ABORTED);
-    EXPECT_THAT(job.message, HasSubstr(row.message));
+    // Newer versions of CUPS refuse some of them before anybody sees the numbers.
+    EXPECT_THAT(job.message,
+                HasSubstr(cupsPassesOn(page) ? row.message : "header of page 1 is damaged"));
   }
   ASSERT_EQ(app.print(goodDocument(), kPwg).state, IPP_JSTATE_COMPLETED) << app.log();
   EXPECT_THAT(app.waitForPapers(1), testing::SizeIs(1));

@@ -256,6 +256,13 @@ TEST(ProblemOfOption, KeepsACustomSizeWithinTheLimitsOfThePrinter) {
   for (const char* value : {"Custom.25x10mm", "Custom.72x3000mm"}) {
     EXPECT_EQ(problem("PageSize", value), "") << value;
   }
+  // Less than half a point beyond a limit is rounding.
+  for (const char* value : {"Custom.70.36614227294922x200", "Custom.204x8504.4375"}) {
+    EXPECT_THAT(problem("PageSize", value), HasSubstr("cannot be printed")) << value;
+  }
+  for (const char* value : {"Custom.70.3662x27.8465", "Custom.204x8504.437"}) {
+    EXPECT_EQ(problem("PageSize", value), "") << value;
+  }
   EXPECT_EQ(problem("PageSize", "Custom.100x150mm"), "") << "cut at both sides";
   for (const char* value : {"Custom.72x9999mm", "custom.72x9999MM", "auto,Custom.72x9999mm"}) {
     EXPECT_THAT(problem("media", value), HasSubstr("cannot be printed: the smallest is ")) << value;
