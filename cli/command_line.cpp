@@ -12,8 +12,9 @@ namespace wren::cli {
 namespace {
 
 constexpr char kFooter[] =
-    "Exit status: 0 done; 1 it was tried and failed; 2 wrong usage; 3 the document cannot be\n"
-    "used; 4 something that is needed is missing. wren COMMAND --help shows an example.";
+    "Exit status: 0 done; 1 it was tried and failed; 2 wrong usage; 3 the document\n"
+    "cannot be used; 4 something that is needed is missing. wren COMMAND --help\n"
+    "shows an example.";
 
 CLI::App* addCommand(CLI::App& app, const char* name, const char* summary, const char* example) {
   CLI::App* command = app.add_subcommand(name, summary);

@@ -317,19 +317,20 @@ TEST(OptionTree, ShowsExamplesThatItTakes) {
     const std::vector<std::string> arguments(words.begin() + (isForRoot ? 1 : 0), words.end());
     std::string example = isForRoot ? "Example: sudo wren" : "Example: wren";
     for (const std::string& word : arguments) example += " " + word;
-    EXPECT_THAT(app->get_subcommand(name)->help(), HasSubstr("\n" + example + "\n")) << name;
+    EXPECT_EQ(app->get_subcommand(name)->get_footer(), example) << name;
     EXPECT_NO_THROW(parsed(arguments)) << name;
   }
 }
 
-// The words of the README and of the man page.
+// The words of the README and of the man page. Newer versions of CLI11 break lines of 80 letters.
 TEST(OptionTree, SaysWhatTheExitStatusesMean) {
   CommandLine line;
   const auto app = makeOptionTree(line);
-  EXPECT_THAT(app->help(),
-              HasSubstr("Exit status: 0 done; 1 it was tried and failed; 2 wrong usage; 3 the "
-                        "document cannot be\nused; 4 something that is needed is missing. wren "
-                        "COMMAND --help shows an example."));
+  EXPECT_EQ(app->get_footer(),
+            "Exit status: 0 done; 1 it was tried and failed; 2 wrong usage; 3 the document\n"
+            "cannot be used; 4 something that is needed is missing. wren COMMAND --help\n"
+            "shows an example.");
+  EXPECT_THAT(app->help(), HasSubstr("Exit status: 0 done; 1 it was tried"));
 }
 
 TEST(OptionTree, RefusesWrongUsage) {

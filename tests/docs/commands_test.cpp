@@ -117,7 +117,7 @@ std::string programFault(const SimpleCommand& command) {
   }
   // A command that does not exist gets the help of the whole program.
   const std::string help = outputOf(program, {command[1], "--help"});
-  if (!contains(help, "Usage: wren " + command[1] + " ") && command[1] != "preview") {
+  if (!contains(help, "wren " + command[1] + " [OPTIONS]") && command[1] != "preview") {
     return "has no command " + command[1];
   }
   return optionsFault(command, 2, help);
