@@ -84,10 +84,7 @@ TEST_F(WrenProgramUsage, CannotBeReadByThoseWhoMayNot) {
   folder_.write("locked.json", "{}");
   std::filesystem::permissions(pathOf("locked.txt"), std::filesystem::perms::none);
   std::filesystem::permissions(pathOf("locked.json"), std::filesystem::perms::none);
-  std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
-  beforeExec_ = [] {
-    if (geteuid() == 0 && setuid(65534) != 0) _exit(125);
-  };
+  becomeOrdinary();
   EXPECT_EQ(refusal(3, {"print", "locked.txt"}), "'locked.txt' cannot be read");
   EXPECT_EQ(refusal(3, {"halftones", "locked.txt"}), "'locked.txt' cannot be read");
   EXPECT_EQ(refusal(3, {"add-queue", "--from", "locked.json"}),

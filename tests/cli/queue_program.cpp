@@ -3,8 +3,6 @@
 
 #include "tests/cli/queue_program.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 
 namespace wren::cli {
@@ -47,15 +45,6 @@ void WrenProgramQueues::addQueue(const std::string& name, const std::string& uri
 std::vector<std::string> WrenProgramQueues::here(std::vector<std::string> command) const {
   command.insert(command.end(), {"--root", root()});
   return command;
-}
-
-void WrenProgramQueues::becomeOrdinary() {
-  if (geteuid() != 0) return;
-  fs::permissions(folder_.path(), fs::perms(0755));
-  beforeExec_ = [] {
-    constexpr uid_t kNobody = 65534;
-    if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(125);
-  };
 }
 
 std::string withLine(const std::string& text, const std::string& begin, const std::string& line) {

@@ -23,8 +23,6 @@ class WrenProgramQueues : public WrenProgram {
   void addQueue(const std::string& name, const std::string& uri, int paper = 80);
   /// The command with the installation of this test.
   std::vector<std::string> here(std::vector<std::string> command) const;
-  /// Takes away the rights that root has, if root runs the tests.
-  void becomeOrdinary();
 
   std::string root() const { return pathOf("root"); }
   std::string installedPpd(int paper) const;

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "common/handles.h"
 #include "tests/support/process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -35,9 +36,15 @@ class WrenProgram : public testing::Test {
   /// Puts a script into "bin".
   void standIn(const std::string& name, const std::string& script);
 
+  /// From now on the program does not run as root, wherever its build lies.
+  void becomeOrdinary();
+
   wren_test::TemporaryFolder folder_;
   std::vector<std::string> environment_;  ///< of the program, before PATH, HOME and LC_ALL
   std::function<void()> beforeExec_;      ///< runs in the child; may replace descriptors
+
+ private:
+  FileDescriptor program_;  ///< opened as root
 };
 
 /// The path of an example document.
