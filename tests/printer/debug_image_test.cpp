@@ -306,8 +306,11 @@ TEST(DebugImageWriting, OfBandsIsThatOfTheirPixels) {
   const auto noMemory = [](std::size_t bytes) {
     return bytes > 512 ? wren::MallocBytes() : wren::printer::allocatePage(bytes);
   };
-  for (const auto& [width, rows] :
+  for (const auto& size :
        {std::pair<std::size_t, std::size_t>{1, 1}, {8, 8}, {9, 15}, {33, 17}, {300, 41}}) {
+    // No structured binding: clang before 16 refuses to capture one in a lambda.
+    const std::size_t width = size.first;
+    const std::size_t rows = size.second;
     const auto bands = makeBands(width, rows);
     const std::string pixels = pixelsOf(bands);
     const auto written = [&](auto write) {
