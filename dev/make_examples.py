@@ -7,11 +7,11 @@ make_examples.py FOLDER; needs ghostscript and qrencode. The pictures are
 the same on every run; the PDFs differ only in their dates.
 """
 
+import argparse
 import math
 import pathlib
 import struct
 import subprocess
-import sys
 import zlib
 
 DOT = 72 / 203  # points; codes are drawn in whole dots, so that all modules have the same width
@@ -293,7 +293,9 @@ def order_text():
 
 
 def main():
-    folder = pathlib.Path(sys.argv[1])
+    arguments = argparse.ArgumentParser(description="Makes the documents in examples/ anew.")
+    arguments.add_argument("folder", type=pathlib.Path, help="where they are written, such as examples")
+    folder = arguments.parse_args().folder
     receipt(folder / "receipt.pdf", 80, 72, 10)
     receipt(folder / "receipt-58mm.pdf", 58, 48, 8)
     write_png(folder / "photo.png", 576, 432, landscape(576, 432))

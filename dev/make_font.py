@@ -11,6 +11,7 @@ FONT is spleen-12x24 of Debian's package fonts-spleen, in
 UTF-8.
 """
 
+import argparse
 import gzip
 import struct
 import sys
@@ -82,6 +83,6 @@ def main(path):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    main(sys.argv[1])
+    arguments = argparse.ArgumentParser(description="Writes common/font_12x24.h to standard output.")
+    arguments.add_argument("font", help="spleen-12x24.psfu.gz of the package fonts-spleen")
+    main(arguments.parse_args().font)
