@@ -107,7 +107,9 @@ NewFolder::NewFolder(const std::string& path) {
   }
   failed.clear();
   if (!path.empty()) fs::create_directories(path, failed);
-  if (!failed && !path.empty() && !fs::is_directory(path, failed) && !failed) {
+  // For a file, libstdc++ reports nothing and libc++ EEXIST.
+  std::error_code ignored;
+  if (fs::exists(path, ignored) && !fs::is_directory(path, ignored)) {
     failed = std::make_error_code(std::errc::not_a_directory);
   }
   if (!failed) return;

@@ -4,10 +4,12 @@
 #include "cli/rendering.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <sstream>
 
@@ -66,10 +68,10 @@ Arguments commandFor(const RenderRequest& request) {
 // The filters of CUPS do not say that they had no room.
 void failIfFull(const std::string& rasterPath) {
   constexpr std::uintmax_t kLeast = 64 << 10;
-  std::error_code failed;
-  const fs::path folder = fs::path(rasterPath).parent_path().parent_path();
-  const fs::space_info space = fs::space(folder, failed);
-  if (!failed && space.available < kLeast) failToWrite(folder.string(), ENOSPC);
+  const std::string folder = fs::path(rasterPath).parent_path().parent_path();
+  struct statvfs space = {};  // not fs::space: in libc++ 14 nothing available is the largest number
+  if (statvfs(folder.c_str(), &space) != 0) return;
+  if (std::uintmax_t{space.f_bavail} * space.f_frsize < kLeast) failToWrite(folder, ENOSPC);
 }
 
 // The line begins with the name of the document already.
