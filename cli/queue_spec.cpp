@@ -103,6 +103,8 @@ json parseDocument(const std::string& text, const std::string& source) {
     return json::parse(text);
   } catch (const json::parse_error& error) {
     throw Failure(kUsage, source + " is not JSON: error at byte " + std::to_string(error.byte));
+  } catch (const json::out_of_range&) {  // 1e999 is JSON
+    throw Failure(kUsage, source + " has a number that is too large");
   }
 }
 

@@ -55,6 +55,7 @@ TEST(QueueFile, SaysWhereItIsWrong) {
   const std::pair<std::string, std::string> kWrong[] = {
       {"", "shop.json is not JSON: error at byte 1"},
       {R"({"schema": 1, "queues": [)", "shop.json is not JSON: error at byte "},
+      {R"({"schema": 1, "queues": [1e999]})", "shop.json has a number that is too large"},
       {"[]", "shop.json has no list \"queues\""},
       {R"({"schema": 1, "queues": {}})", "shop.json has no list \"queues\""},
       {R"({"queues": []})", "shop.json has not \"schema\": 1"},
