@@ -317,8 +317,10 @@ Bytes bandsOfAJob() {
   Bytes bands;
   for (int i = 0; i < 200; ++i) {
     Bytes band(584, 0x55);
-    std::ranges::copy(Bytes{0x1B, 0x2A, 0x01, 0x40, 0x02}, band.begin());
-    std::ranges::copy(Bytes{0x1B, 0x4A, 0x10}, band.end() - 3);
+    const Bytes image = {0x1B, 0x2A, 0x01, 0x40, 0x02};
+    const Bytes feed = {0x1B, 0x4A, 0x10};
+    std::copy(image.begin(), image.end(), band.begin());
+    std::copy(feed.begin(), feed.end(), band.end() - 3);
     bands.insert(bands.end(), band.begin(), band.end());
   }
   return bands;

@@ -54,12 +54,11 @@ TEST(AppThreads, PrintTheBytesOfTheFilterOnThreePrintersAtOnce) {
   RunningApp app({.paperMm = 80, .options = {"--more-papers", "58,112"}});
   const std::string names[] = {"wren", "wren2", "wren3"};
   std::vector<PrintedJob> jobs[3];
-  {
-    std::vector<std::jthread> clients;
-    for (unsigned i = 0; i < 3; ++i) {
-      clients.emplace_back([&, i] { jobs[i] = printMatrix(app, names[i], 7 * i + 1); });
-    }
+  std::vector<std::thread> clients;
+  for (unsigned i = 0; i < 3; ++i) {
+    clients.emplace_back([&, i] { jobs[i] = printMatrix(app, names[i], 7 * i + 1); });
   }
+  for (std::thread& client : clients) client.join();
   for (int printer = 0; printer < 3; ++printer) {
     SCOPED_TRACE(names[printer]);
     const auto papers = app.waitForPapers(jobs[printer].size(), names[printer]);

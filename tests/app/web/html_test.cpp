@@ -33,7 +33,8 @@ std::string faultIn(const std::string& html) {
     if (between.find_first_of("<>") != std::string::npos) return "not a tag: " + between;
     end = begin + static_cast<std::size_t>(at->length());
     const std::string name = (*at)[2];
-    if (std::ranges::find(kVoidElements, name) != kVoidElements.end()) continue;
+    if (std::find(kVoidElements.begin(), kVoidElements.end(), name) != kVoidElements.end())
+      continue;
     if ((*at)[1].length() == 0) {
       open.push_back(name);
     } else if (open.empty() || open.back() != name) {
