@@ -271,7 +271,7 @@ TEST(KilledServer, CancelsAJobThatHadBegun) {
   const int next = server.submit("till", kReceipt);
   EXPECT_TRUE(server.waitForState("till", next, "completed")) << server.log();
   EXPECT_EQ(jobsAt(printer), 2U);
-  EXPECT_TRUE(std::filesystem::is_empty(server.stateFolder() / "spool"));
+  EXPECT_TRUE(server.waitForEmptySpool());
 }
 
 TEST(KilledServer, CancelsARasterJobThatHadBegun) {

@@ -143,6 +143,10 @@ bool RunningServer::waitUntilSaved(const std::string& text) const {
       [&] { return readFile(stateFolder() / "state").find(text) != std::string::npos; });
 }
 
+bool RunningServer::waitForEmptySpool() const {
+  return waitUntil([&] { return std::filesystem::is_empty(stateFolder() / "spool"); });
+}
+
 std::string RunningServer::attributeOf(const std::string& printer, const std::string& name) const {
   return askByIpp(IPP_OP_GET_PRINTER_ATTRIBUTES, printer, 0, name);
 }

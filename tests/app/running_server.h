@@ -50,6 +50,9 @@ class RunningServer {
   /// once.
   bool waitUntilSaved(const std::string& text) const;
 
+  /// Waits at most 20 seconds until no document is spooled: that of a job goes after its end.
+  bool waitForEmptySpool() const;
+
   /// The value of an attribute as ippAttributeString writes it; empty if it has none.
   std::string attributeOf(const std::string& printer, const std::string& name) const;
   std::string jobAttribute(const std::string& printer, int job, const std::string& name) const;
