@@ -3,7 +3,10 @@
 
 #include "app/network_printer.h"
 
+#include <fcntl.h>
+#ifdef __linux__
 #include <linux/sockios.h>
+#endif
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -41,9 +44,29 @@ milliseconds timeUntil(Clock::time_point when) {
   return std::max(left, milliseconds(0));
 }
 
+// Never waits, is closed in child processes, raises no SIGPIPE with `kSendFlags`.
+#ifdef SOCK_NONBLOCK
+constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
+
+int newSocket(const addrinfo& address) {
+  return ::socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC,
+                  address.ai_protocol);
+}
+#else  // macOS
+constexpr int kSendFlags = MSG_DONTWAIT;
+
+int newSocket(const addrinfo& address) {
+  const int socket = ::socket(address.ai_family, address.ai_socktype, address.ai_protocol);
+  const int on = 1;
+  ::fcntl(socket, F_SETFD, FD_CLOEXEC);
+  ::fcntl(socket, F_SETFL, O_NONBLOCK);
+  ::setsockopt(socket, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+  return socket;
+}
+#endif
+
 FileDescriptor openSocket(const addrinfo& address) {
-  FileDescriptor socket(::socket(
-      address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol));
+  FileDescriptor socket(newSocket(address));
   const int on = 1;
   const int size = kSendBuffer;
   ::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -192,8 +215,7 @@ LinkResult NetworkPrinter::write(std::span<const std::uint8_t> bytes, const Pati
     // A printer that has closed its side takes nothing more; what it still gets is lost.
     if (!receive()) return closed(std::string(error_));
     const std::span left = bytes.subspan(taken);
-    const ssize_t count =
-        ::send(socket_.get(), left.data(), left.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t count = ::send(socket_.get(), left.data(), left.size(), kSendFlags);
     if (count > 0) {
       taken += static_cast<std::size_t>(count);
     } else if (count < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
@@ -225,7 +247,14 @@ std::vector<std::uint8_t> NetworkPrinter::takeReceived() {
 
 std::size_t NetworkPrinter::unacknowledged() const {
   int count = 0;
+#ifdef SIOCOUTQ
   if (!isOpen() || ::ioctl(socket_.get(), SIOCOUTQ, &count) != 0) return 0;
+#else  // macOS
+  socklen_t length = sizeof count;
+  if (!isOpen() || ::getsockopt(socket_.get(), SOL_SOCKET, SO_NWRITE, &count, &length) != 0) {
+    return 0;
+  }
+#endif
   return static_cast<std::size_t>(std::max(count, 0));
 }
 

@@ -15,13 +15,13 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include "app/network_device.h"
 #include "app/printer_driver.h"
 #include "app/server.h"
 #include "app/sub_commands.h"
 #include "app/trial.h"
+#include "common/own_program.h"
 
 namespace wren::app {
 namespace {
@@ -176,13 +176,6 @@ The manual page has an example for each: man wren-printer-app
              stdout);
 }
 
-// PAPPL starts a server by the word that started this process, without looking at PATH.
-std::string ownPath(const char* word) {
-  std::error_code error;
-  const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? word : path.string();
-}
-
 }  // namespace
 
 int runProgram(int argc, char** argv) {
@@ -193,8 +186,9 @@ int runProgram(int argc, char** argv) {
   if (isTrial) return runTrial(argc - 1, argv + 1);
   if (argc > 1 && isPrinterCommand(argv[1])) return runPrinterCommand(argc, argv);
   const auto drivers = printerDrivers();
-  std::string path = ownPath(argc > 0 ? argv[0] : "");
-  if (argc > 0) argv[0] = path.data();
+  // PAPPL starts a server by the word that started this process, without looking at PATH.
+  std::string path = ownProgram();
+  if (argc > 0 && !path.empty()) argv[0] = path.data();
   const int status = papplMainloop(
       argc, argv, WREN_VERSION, kFooter, static_cast<int>(drivers.size()), drivers.data(),
       driverForDevice, describeDriver, nullptr, nullptr, createSystem, showUsage, nullptr);

@@ -4,7 +4,6 @@
 #include "cli/halftones_command.h"
 
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
@@ -21,7 +20,7 @@
 #include "cli/printing.h"
 #include "cli/rendering.h"
 #include "cli/report.h"
-#include "common/handles.h"
+#include "common/memory_file.h"
 #include "escpos/reader.h"
 #include "preview/contact_sheet.h"
 #include "preview/paper_picture.h"
@@ -87,20 +86,14 @@ std::string printCell(const Sheet& sheet, const std::string& type, const std::st
   JobOptions options = sheet.options;
   options.emplace_back("HalftoneType", type);
   options.emplace_back("Brightness", brightness);
-  char* memory = nullptr;
-  std::size_t size = 0;
-  FilePtr out(open_memstream(&memory, &size));
-  if (out == nullptr) throw std::bad_alloc();
+  MemoryFile out;
   const PrintedPages printed =
-      printRasterFile(sheet.ppd, joinJobOptions(options), sheet.raster, out.get(), "");
-  const bool isWhole = std::fclose(out.release()) == 0;
-  const std::unique_ptr<char, FreeMemory> owner(memory);
-  if (!isWhole) throw std::bad_alloc();
+      printRasterFile(sheet.ppd, joinJobOptions(options), sheet.raster, out.stream(), "");
   if (!printed.success) {
     throw Failure(kDocument, "the document has no page that can be printed" +
                                  (printed.error.empty() ? "" : ": " + printed.error));
   }
-  return {memory, size};
+  return out.take();
 }
 
 preview::SheetCell drawCell(const Sheet& sheet, const std::string& type,

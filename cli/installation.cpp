@@ -9,6 +9,7 @@
 
 #include "cli/child_process.h"
 #include "cli/failure.h"
+#include "common/own_program.h"
 
 namespace wren::cli {
 
@@ -16,11 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The folder of this program; empty where the system does not tell.
+// Empty where the system does not tell.
 fs::path ownFolder() {
-  std::error_code failed;
-  const fs::path program = fs::read_symlink("/proc/self/exe", failed);
-  return failed ? fs::path() : program.parent_path();
+  return fs::path(ownProgram()).parent_path();
 }
 
 // A path beside the folder of this program, if it exists: in a build tree, cli/ has neighbours.
