@@ -11,7 +11,7 @@ declare -rA DEBIAN_PACKAGES=(
            libpappl-dev libpango1.0-dev libjpeg-dev libexif-dev libseccomp-dev"
   [chain]="cups cups-client cups-filters ghostscript poppler-utils fonts-dejavu-core"
   [test]="libgtest-dev libgmock-dev imagemagick zbar-tools locales git valgrind qemu-user-static
-          cups-ipp-utils zsh avahi-daemon avahi-utils dbus iproute2 zlib1g-dev"
+          cups-ipp-utils zsh avahi-daemon avahi-utils dbus iproute2 zlib1g-dev mkdocs"
   [browser]="chromium chromium-driver python3-selenium"
   [street]="python3 python3-pil qrencode zbar-tools"
   [libcxx]="clang libc++-dev libc++abi-dev googletest"
@@ -28,7 +28,7 @@ declare -rA DEBIAN_PACKAGES=(
 declare -rA BREW_PACKAGES=(
   [build]="cmake ninja libpng cli11 pkg-config highway nlohmann-json qrencode zint"
   [chain]="ghostscript poppler"
-  [test]="googletest imagemagick zbar git"
+  [test]="googletest imagemagick zbar git mkdocs"
   [browser]=""
   [street]="python pillow qrencode zbar"
   [libcxx]=""
